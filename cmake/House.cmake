@@ -1,0 +1,63 @@
+# The kinds of target that the house is made of.
+
+# Warnings are errors in our own code; generated code and libraries come in as system headers.
+add_library(house_options INTERFACE)
+target_compile_options(house_options INTERFACE
+  -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
+  -Wold-style-cast -Wcast-align -Woverloaded-virtual -Wdouble-promotion -Wformat=2
+  -Wimplicit-fallthrough -Wunused
+  $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond -Wduplicated-branches -Wlogical-op>)
+target_compile_definitions(house_options INTERFACE FMT_HEADER_ONLY
+  BOOST_ASIO_NO_DEPRECATED BOOST_ERROR_CODE_HEADER_ONLY)
+
+# house_room(NAME SOURCES … DEPENDS …): a static library, one folder. Headers are included as
+# "<folder>/<Header>.h" from the folder's parent.
+function(house_room name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  get_filename_component(parent ${CMAKE_CURRENT_SOURCE_DIR} DIRECTORY)
+  target_include_directories(${name} PUBLIC ${parent})
+  target_link_libraries(${name} PUBLIC ${ARG_DEPENDS} PRIVATE house_options)
+endfunction()
+
+# house_program(NAME SOURCES … DEPENDS …): a program in bin/.
+function(house_program name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_DEPENDS} house_options)
+  set_target_properties(${name} PROPERTIES ENABLE_EXPORTS ON)
+endfunction()
+
+# house_protos(NAME FILES … DEPENDS …): a static library of generated messages. The files are named
+# from the folder's parent, as they import each other and as they are included.
+function(house_protos name)
+  cmake_parse_arguments(ARG "" "ROOT" "FILES;DEPENDS" ${ARGN})
+  set(outputs)
+  foreach(file ${ARG_FILES})
+    get_filename_component(dir ${file} DIRECTORY)
+    get_filename_component(stem ${file} NAME_WE)
+    set(base ${CMAKE_CURRENT_BINARY_DIR}/generated/${dir}/${stem})
+    add_custom_command(
+      OUTPUT ${base}.pb.cc ${base}.pb.h
+      COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_CURRENT_BINARY_DIR}/generated
+      COMMAND protobuf::protoc --cpp_out=${CMAKE_CURRENT_BINARY_DIR}/generated
+              -I ${ARG_ROOT} ${ARG_ROOT}/${file}
+      DEPENDS ${ARG_ROOT}/${file}
+      VERBATIM)
+    list(APPEND outputs ${base}.pb.cc)
+  endforeach()
+  add_library(${name} STATIC ${outputs})
+  target_include_directories(${name} SYSTEM PUBLIC ${CMAKE_CURRENT_BINARY_DIR}/generated)
+  target_link_libraries(${name} PUBLIC protobuf::libprotobuf ${ARG_DEPENDS})
+  set_target_properties(${name} PROPERTIES CXX_CLANG_TIDY "")
+endfunction()
+
+# house_test(NAME SOURCES … DEPENDS …): a GoogleTest program; each of its tests is one of ctest's.
+function(house_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_DEPENDS} GTest::gmock GTest::gtest_main house_options)
+  set_target_properties(${name} PROPERTIES
+    RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests ENABLE_EXPORTS ON)
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 60)
+endfunction()

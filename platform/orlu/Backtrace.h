@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// The caller's stack, a text for each frame, innermost first; an empty text for one that cannot
+/// be named.
+std::vector<std::string> backtrace();
+
+namespace Orlu {
+
+/// Prepares for `SIGSEGV`: loads what `backtrace` needs, gives this thread (and each task's thread)
+/// a stack of its own for the handler, and installs `handler`. Inside it `FaultLog` and
+/// `FaultBacktrace` may be called: they take no memory and no lock, and two seconds after the fault
+/// the process ends whatever they do.
+void InstallFaultHandler(void (*handler)(int));
+
+/// One line at level 1 straight to standard error.
+void FaultLog(const char* logger, const char* text);
+
+/// One line for each frame, "<unresolved>" for one without a name.
+void FaultBacktrace(const char* logger);
+
+}  // namespace Orlu

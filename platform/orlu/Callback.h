@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+#include "orlu/Task.h"
+
+/// A call on the caller's own thread. `Callback<void>` takes no argument. May be empty: test it
+/// before the call.
+template <class... Args>
+class Callback {
+public:
+    using Function = std::function<void(const Args&...)>;
+
+    Callback() = default;
+    template <class F>
+        requires(!std::is_same_v<std::decay_t<F>, Callback> &&
+                 std::is_invocable_v<F&, const Args&...>)
+    Callback(F function)  // NOLINT(google-explicit-constructor): stands in for any callable
+        : m_function(std::move(function))
+    {
+    }
+
+    explicit operator bool() const { return static_cast<bool>(m_function); }
+    void operator()(const Args&... args) const { m_function(args...); }
+
+private:
+    Function m_function;
+};
+
+template <>
+class Callback<void> : public Callback<> {
+public:
+    using Callback<>::Callback;
+};
+
+/// A call from any thread that copies its arguments and queues the call on a task. After the task
+/// has stopped the call is dropped; the task object itself need not live any more.
+/// An empty one ignores the call.
+template <class... Args>
+class AsyncCallback {
+public:
+    using Function = std::function<void(const Args&...)>;
+
+    AsyncCallback() = default;
+    AsyncCallback(Function function, NotifyTargetTaskIF* task)
+        : m_function(std::make_shared<const Function>(std::move(function))), m_queue(task->Queue())
+    {
+    }
+
+    explicit operator bool() const { return m_function && *m_function; }
+
+    /// The queue on which the call runs; empty for an empty callback.
+    const Orlu::TaskQueuePtr& Queue() const { return m_queue; }
+
+    void operator()(Args... args) const
+    {
+        if (!*this) {
+            return;
+        }
+        m_queue->Post([function = m_function, args = std::make_tuple(std::move(args)...)] {
+            std::apply(*function, args);
+        });
+    }
+
+private:
+    std::shared_ptr<const Function> m_function;
+    Orlu::TaskQueuePtr m_queue;
+};
+
+/// Handle of a registration or a request. Dropping it leaves the registration in force.
+class CallbackConnection {
+public:
+    CallbackConnection() = default;
+    explicit CallbackConnection(std::function<void()> disconnect)
+        : m_disconnect(std::move(disconnect))
+    {
+    }
+
+    explicit operator bool() const { return static_cast<bool>(m_disconnect); }
+
+    /// On the task of what was registered: from here on the callback is not called. Once is enough.
+    void Disconnect()
+    {
+        if (auto disconnect = std::exchange(m_disconnect, nullptr)) {
+            disconnect();
+        }
+    }
+
+private:
+    std::function<void()> m_disconnect;
+};

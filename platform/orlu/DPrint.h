@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include <fmt/format.h>
+
+/// A named logger of one source unit. Any thread. A line is `<UTC time> <level> <logger>: <text>`
+/// on standard error, with systemd's `<priority>` in place of the time where systemd reads it.
+///
+/// Levels: 1 failure, 2 warning, 3 information, 4 trace, 6 signatures. `ORLU_LOG_LEVEL` (default 3)
+/// is the highest that is written; one that is off costs a comparison. Control characters in a text
+/// come out escaped, so that nobody can forge a line. Lines of a task leave together at the end of
+/// its wake-up, lines of level 1 at once with all before them.
+class DPrint {
+public:
+    /// Cheap enough for a static object; `name` and `prefix` must live as long as the logger.
+    explicit constexpr DPrint(const char* name, const char* prefix = "")
+        : m_name(name), m_prefix(prefix)
+    {
+    }
+
+    static bool IsLog(int level) { return level <= s_level; }
+
+    /// The same logger with `prefix` and ": " in front of each text.
+    constexpr DPrint Prefix(const char* prefix) const { return DPrint(m_name, prefix); }
+
+    /// Formats only if the level is on.
+    template <class... Args>
+    void Log(int level, fmt::format_string<Args...> format, Args&&... args) const
+    {
+        if (IsLog(level)) {
+            Put(level, fmt::format(format, std::forward<Args>(args)...));
+        }
+    }
+
+    /// Writes a finished text, if the level is on.
+    void Put(int level, std::string_view text) const;
+
+    /// Reads `ORLU_LOG_LEVEL`; a value that is none of the levels leaves the default.
+    static void ReadLevel();
+    static void SetLevel(int level) { s_level = level; }
+
+    /// For tests: takes each line, without time and line feed, in place of standard error.
+    using Sink = void (*)(int level, std::string_view logger, std::string_view text);
+    static void SetSink(Sink sink);
+
+private:
+    static inline int s_level = 3;
+    const char* m_name;
+    const char* m_prefix;
+};

@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "orlu/Callback.h"
+#include "orlu/IPCMessageEnvelope.pb.h"
+#include "orlu/Network.h"
+
+/// Serialises `message` into the envelope and names its type, without the package.
+void SetPayload(IPCMessageEnvelope& envelope, const google::protobuf::Message& message);
+
+/// False if the payload is not a `message`: another type is named, or the bytes do not parse.
+/// An envelope that names no type is taken as any.
+bool GetPayload(const IPCMessageEnvelope& envelope, google::protobuf::Message& message);
+
+/// Whether the envelope may hold a message of that type, given without its package.
+bool NamesType(const IPCMessageEnvelope& envelope, const std::string& typeName);
+
+/// Sends and receives messages by id on one connection. Bound to one task and used there; usable
+/// before it has a socket and between sockets: what is sent then is dropped.
+///
+/// On the socket: 4 bytes length, big-endian, then an `IPCMessageEnvelope` of that many bytes.
+class IPCMessageRouterIF {
+public:
+    using EnvelopeHandler = std::function<void(const IPCMessageEnvelope&)>;
+
+    virtual ~IPCMessageRouterIF() = default;
+
+    /// Takes the socket into use, in place of one before. `disconnected` is called once when the
+    /// peer goes or sends what is no frame; requests that wait then are dropped, uncalled.
+    virtual void Connect(Orlu::SocketPtr socket, std::function<void()> disconnected) = 0;
+
+    /// Closes the socket; `disconnected` is not called.
+    virtual void Disconnect() = 0;
+
+    virtual bool IsConnected() const = 0;
+
+    /// An event. False without a socket.
+    virtual bool Send(std::uint32_t id, IPCMessageEnvelope envelope) = 0;
+
+    /// A request with a token of its own; `reply` gets the envelope that answers it, once, or never.
+    /// Without a socket an empty connection is returned and `reply` is never called.
+    virtual CallbackConnection SendRequest(std::uint32_t id, IPCMessageEnvelope envelope,
+                                           EnvelopeHandler reply) = 0;
+
+    /// The answer to the request with that id and token. False without a socket.
+    virtual bool Reply(std::uint32_t id, IPCMessageEnvelope envelope, std::uint32_t token) = 0;
+
+    /// `handler` gets each event and request of that id; a second one replaces the first.
+    virtual CallbackConnection AddHandler(std::uint32_t id, EnvelopeHandler handler) = 0;
+
+    /// Takes what nobody can take: an id without a handler, a payload of another type or one that
+    /// does not parse, a reply that nobody waits for. Logs it at level 2.
+    virtual void Unexpected(const IPCMessageEnvelope& envelope) = 0;
+
+    /// The same with messages: the handler gets the parsed message and the envelope's token.
+    template <class Message, class Handler>
+        requires std::is_invocable_v<Handler&, const Message&, std::uint32_t>
+    CallbackConnection AddHandler(std::uint32_t id, Handler handler)
+    {
+        return AddHandler(
+            id, EnvelopeHandler([this, handler](const IPCMessageEnvelope& envelope) mutable {
+                Message message;
+                if (!GetPayload(envelope, message)) {
+                    Unexpected(envelope);
+                    return;
+                }
+                handler(message, envelope.token());
+            }));
+    }
+
+    /// Sends `message` as an event.
+    bool SendMessage(std::uint32_t id, const google::protobuf::Message& message);
+
+    /// Answers with `message`.
+    bool ReplyMessage(std::uint32_t id, const google::protobuf::Message& message,
+                      std::uint32_t token);
+
+    /// Sends `message` as a request; a reply of another type goes to `Unexpected`.
+    template <class Response>
+    CallbackConnection SendRequestMessage(std::uint32_t id,
+                                          const google::protobuf::Message& message,
+                                          Callback<Response> callback)
+    {
+        IPCMessageEnvelope envelope;
+        SetPayload(envelope, message);
+        return SendRequest(id, std::move(envelope),
+                           [this, callback = std::move(callback)](const IPCMessageEnvelope& reply) {
+                               Response response;
+                               if (!GetPayload(reply, response)) {
+                                   Unexpected(reply);
+                               } else if (callback) {
+                                   callback(response);
+                               }
+                           });
+    }
+};
+
+using IPCMessageRouterPtr = std::shared_ptr<IPCMessageRouterIF>;
+
+class IPCMessageRouterFactory {
+public:
+    /// The name is for logs. `socket` may be empty: `Connect` brings one later.
+    static IPCMessageRouterPtr CreateRouter(const std::string& name, NotifyTargetTaskIF* task,
+                                            Orlu::SocketPtr socket);
+};

@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "orlu/Callback.h"
+#include "orlu/Runtime.h"
+
+namespace Network {
+
+/// Who is at the other end, in words: "uid 0 pid 4711" for a local socket.
+class AddrInfo {
+public:
+    explicit AddrInfo(std::string text) : m_text(std::move(text)) {}
+    const std::string& ToString() const { return m_text; }
+
+private:
+    std::string m_text;
+};
+
+/// The place of a service: the path of its socket under `ORLU_ROOT`. False if there is none.
+class Address {
+public:
+    Address() = default;
+    explicit Address(std::string path) : m_path(std::move(path)) {}
+    explicit operator bool() const { return !m_path.empty(); }
+    const std::string& Path() const { return m_path; }
+
+private:
+    std::string m_path;
+};
+
+/// A connected byte stream, bound to one task and used there only.
+class ConnectorSocket {
+public:
+    using OnBytes = std::function<void(std::span<const std::uint8_t>)>;
+    using OnClosed = std::function<void()>;
+
+    virtual ~ConnectorSocket() = default;
+
+    virtual AddrInfo GetPeer() const = 0;
+
+    /// Begins to read. `bytes` gets what arrives, in pieces of any size; `closed` is called once,
+    /// when the peer has gone or the socket failed, and not after `Close`.
+    virtual void Receive(OnBytes bytes, OnClosed closed) = 0;
+
+    /// Queues bytes; they leave together at the end of the wake-up. False if the socket is closed.
+    /// A peer that leaves more than `Limits::kSendQueueBytes` unread is cut off: `closed` follows.
+    virtual bool Send(std::string_view bytes) = 0;
+
+    /// Drops the connection, with what was queued and not yet written.
+    virtual void Close() = 0;
+
+    /// `gone` is called once, however the connection ends, `Close` and destruction included. For the
+    /// listener that handed the socket over.
+    virtual void NotifyGone(Orlu::Work gone) = 0;
+};
+
+}  // namespace Network
+
+/// Accepts the connections of one service.
+class APServerSocketListenerIF {
+public:
+    using SocketPtr = Orlu::SocketPtr;
+
+    virtual ~APServerSocketListenerIF() = default;
+
+    /// Listens at `address`. Each connection of a peer with our user id, or of root, goes to
+    /// `accepted` (never with an empty pointer); another peer is refused with a log line.
+    /// Gives the address, or a false one on failure.
+    virtual Network::Address Serve(const Network::Address& address,
+                                   const AsyncCallback<SocketPtr>& accepted) = 0;
+};
+
+/// Connects to one service, again and again until it answers, and again after a loss.
+class APClientSocketListenerIF {
+public:
+    virtual ~APClientSocketListenerIF() = default;
+
+    /// Tries at once and then each interval until connected; `connected` gets each socket. When a
+    /// socket that was handed over goes down, the attempts begin again. False for a false address.
+    virtual bool Connect(const Network::Address& address,
+                         const AsyncCallback<Orlu::SocketPtr>& connected) = 0;
+};
+
+namespace IL {
+
+std::shared_ptr<APServerSocketListenerIF> CreateServerListener(const std::string& name,
+                                                               NotifyTargetTaskIF* task);
+
+/// Attempts `retryMs` apart, on the task of the callback given to `Connect`. Ends when the listener
+/// is destroyed.
+std::shared_ptr<APClientSocketListenerIF> CreateClientListener(const std::string& name,
+                                                               std::uint32_t retryMs);
+
+}  // namespace IL
+
+/// Where the services of the product listen.
+class IPCDirectory {
+public:
+    static IPCDirectory& Get();
+
+    /// The address of a service name: `$ORLU_ROOT/run/orlu/<name>.sock`.
+    Network::Address Lookup(const std::string& serviceName) const;
+};
