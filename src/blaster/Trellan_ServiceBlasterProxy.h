@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ProtoBufs/Trellan_Service.pb.h"
+#include "blaster/LpmClientIF.h"
+#include "blaster/UEIResponsesIF.h"
+#include "orlu/Callback.h"
+
+namespace TrellanService {
+
+/// The one place where the service meets the blaster: turns wishes into frames and keeps each
+/// caller's callback until its answer comes. On the server task.
+///
+/// A `BlasterReply` goes to the caller as it came, as raw bytes in a string. Where a bool is given,
+/// true means that the frame was handed to the client, no more. Answers to loads and key maps carry
+/// no sign of their request: they are matched by order alone.
+class Trellan_ServiceBlasterProxy {
+public:
+    using StringCallback = AsyncCallback<std::string>;
+    using OSMCallback = Callback<TrellanServiceMessages::OSMControlResp_t>;
+    using DirectEntryCallback = Callback<TrellanServiceMessages::DirectEntryResp_t>;
+    using SourceListCallback = Callback<LpmServiceMessages::BulkTransferResponse>;
+
+    /// The instance; `task` counts at the first call only, later ones may pass null.
+    static Trellan_ServiceBlasterProxy* getInstance(NotifyTargetTaskIF* task);
+
+    /// Works before the LPM service has answered. `responses` must outlive the proxy.
+    Trellan_ServiceBlasterProxy(NotifyTargetTaskIF* task, UEIResponsesIF& responses);
+    Trellan_ServiceBlasterProxy(const Trellan_ServiceBlasterProxy&) = delete;
+    Trellan_ServiceBlasterProxy& operator=(const Trellan_ServiceBlasterProxy&) = delete;
+
+    void Initialize();
+
+    /// `callback` gets the blaster's reply to this frame.
+    void SendToLPM(const LpmServiceMessages::TRS_BlasterMsg_t& message,
+                   const StringCallback& callback);
+
+    /// With flag 0 `callback` gets 01 00 at once, otherwise the blaster's reply. False, and no
+    /// call, for a name without a device number.
+    bool SendBlasterKey(const std::string& codeset, std::uint8_t key, std::uint8_t flag,
+                        const StringCallback& callback);
+    bool SendEndKey(const StringCallback& callback);
+
+    /// False for a name without a device number; `callback` then gets the name and
+    /// " not valid codeset".
+    bool GetBlasterKeyMap(const std::string& codeset, const StringCallback& callback);
+    bool DeleteCodesetFromBlaster(const std::string& codeset, const StringCallback& callback);
+
+    bool ListBlasterCodesets(const StringCallback& callback);
+    bool ResetBlaster(const StringCallback& callback);
+    bool SendGetVersion(const StringCallback& callback);
+
+    /// Begins a load; a callback that is to get its result is queued before. False, and nothing
+    /// sent, for a name without a device number or for more data than a store frame can carry.
+    bool StoreCodesetInBlaster(const std::string& codeset, const std::uint8_t* data,
+                               std::uint32_t size);
+
+    /// Waits for the result of a load. A result goes to the front of the first queue that holds
+    /// anything: guided test, direct entry, source list.
+    void QueueCallback(const OSMCallback& callback);
+    void QueueCallback(const DirectEntryCallback& callback);
+    void QueueCallback(const SourceListCallback& callback);
+
+    /// `callback` gets "CEC key sent" at once.
+    bool SendCecKeyPress(std::uint32_t key, const StringCallback& callback);
+    bool SendCecKeyRelease(const StringCallback& callback);
+
+private:
+    /// Level 4; for operations that stand outside this room's unit and share its logger.
+    static void LogSignature(const char* signature);
+
+    void AttachForEvents();
+    bool SendFrame(std::string frame, const StringCallback& callback);
+    void SendCecKey(std::uint32_t value, std::uint32_t state, const StringCallback& callback);
+
+    void BeginBulkTransfer(const std::string& frame, std::uint32_t size);
+    void BulkTransferComplete(const LpmServiceMessages::BulkTransferResponse& response);
+    void BulkTransferFailed(const LpmServiceMessages::BulkTransferResponse& response);
+    void UeiBulkTransferCompleteCb(const LpmServiceMessages::TRS_BlasterMsg_t& message);
+    void UeiBulkRXTransferCompleteCb(const LpmServiceMessages::BulkTransferData& message);
+    void CallbackFromQueue(const TrellanServiceMessages::DirectEntryResp_t& response);
+    void CallbackFromQueue(const LpmServiceMessages::BulkTransferResponse& response);
+
+    std::shared_ptr<LpmClientIF> m_client;
+
+public:
+    /// The server task, to which other classes bind their callbacks.
+    NotifyTargetTaskIF* m_task;
+
+private:
+    std::vector<OSMCallback> m_osmQueue;
+    std::vector<DirectEntryCallback> m_directEntryQueue;
+    std::vector<SourceListCallback> m_sourceListQueue;
+    std::vector<StringCallback> m_keyMapQueue;
+    UEIResponsesIF& m_responses;
+};
+
+}  // namespace TrellanService
