@@ -7,8 +7,8 @@
 
 namespace Lpm {
 
-/// A piece of infrared light as the diode sends it: microseconds of light and of dark in turn, light
-/// first, dark last; the last dark lasts until the next frame of the same key may begin.
+/// A piece of infrared light as the diode sends it: microseconds of light and of dark in turn,
+/// light first, dark last; the last dark lasts until the next frame of the same key may begin.
 struct LightFrame {
     std::uint32_t carrierHz;
     std::span<const std::uint32_t> durationsUs;
