@@ -28,10 +28,12 @@ function(house_program name)
   set_target_properties(${name} PROPERTIES ENABLE_EXPORTS ON)
 endfunction()
 
-# house_protos(NAME FILES … DEPENDS …): a static library of generated messages. The files are named
-# from the folder's parent, as they import each other and as they are included.
+# house_protos(NAME ROOT … FILES … IMPORTS … DEPENDS …): a static library of generated messages. The
+# files are named from ROOT, as they import each other and as they are included; IMPORTS are further
+# folders in which imports are looked up.
 function(house_protos name)
-  cmake_parse_arguments(ARG "" "ROOT" "FILES;DEPENDS" ${ARGN})
+  cmake_parse_arguments(ARG "" "ROOT" "FILES;IMPORTS;DEPENDS" ${ARGN})
+  list(TRANSFORM ARG_IMPORTS PREPEND "-I")
   set(outputs)
   foreach(file ${ARG_FILES})
     get_filename_component(dir ${file} DIRECTORY)
@@ -41,7 +43,7 @@ function(house_protos name)
       OUTPUT ${base}.pb.cc ${base}.pb.h
       COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_CURRENT_BINARY_DIR}/generated
       COMMAND protobuf::protoc --cpp_out=${CMAKE_CURRENT_BINARY_DIR}/generated
-              -I ${ARG_ROOT} ${ARG_ROOT}/${file}
+              -I${ARG_ROOT} ${ARG_IMPORTS} ${ARG_ROOT}/${file}
       DEPENDS ${ARG_ROOT}/${file}
       VERBATIM)
     list(APPEND outputs ${base}.pb.cc)
