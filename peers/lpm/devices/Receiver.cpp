@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "devices/Receiver.h"
+
+namespace Lpm::Devices {
+
+namespace {
+
+/// What the filter of a receiver lets through on either side of its carrier.
+constexpr std::uint32_t kFilterHz = 5000;
+
+bool Passes(std::uint32_t carrierHz, Protocol protocol)
+{
+    const std::uint32_t centre = InfoOf(protocol).carrierHz;
+    return carrierHz >= centre - kFilterHz && carrierHz <= centre + kFilterHz;
+}
+
+}  // namespace
+
+Receiver::Receiver(Protocol protocol) : m_protocol(protocol), m_decoder(MakeDecoder(protocol)) {}
+
+Receiver::Sight Receiver::Look(const LightFrame& frame, Microseconds begin)
+{
+    Sight sight;
+    if (!Passes(frame.carrierHz, m_protocol)) {
+        return sight;
+    }
+    for (const Burst& burst : SplitFrame(frame, begin)) {
+        const Reading reading = m_decoder->Read(burst);
+        sight.known |= reading.mine;
+        if (reading.code) {
+            sight.codes.push_back(*reading.code);
+        }
+    }
+    return sight;
+}
+
+}  // namespace Lpm::Devices
