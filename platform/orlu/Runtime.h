@@ -111,6 +111,9 @@ public:
 /// The runtime in force: the real one, unless a test has installed another.
 RuntimeIF& Runtime();
 
+/// The queue whose work runs on this thread; null on a thread that is no task's.
+TaskQueueIF* CurrentTaskQueue();
+
 /// For tests: installs `runtime` (not owned; null: the real one again). Before any task exists.
 void InstallRuntime(RuntimeIF* runtime);
 

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "orlu/AlarmList.h"
+
+namespace Orlu {
+
+AlarmList::Key AlarmList::Add(MonotonicMs due, Work work)
+{
+    const Key key{due, m_nextSequence++};
+    m_entries.emplace(key, std::move(work));
+    return key;
+}
+
+void AlarmList::Remove(const Key& key)
+{
+    // Out of the map before it is destroyed: what the work holds may remove alarms of its own.
+    const auto node = m_entries.extract(key);
+}
+
+void AlarmList::Clear()
+{
+    const auto entries = std::exchange(m_entries, {});
+}
+
+std::optional<MonotonicMs> AlarmList::Earliest() const
+{
+    if (m_entries.empty()) {
+        return std::nullopt;
+    }
+    return m_entries.begin()->first.first;
+}
+
+std::optional<Work> AlarmList::TakeDue(MonotonicMs now, std::uint64_t mark)
+{
+    const auto first = m_entries.begin();
+    if (first == m_entries.end() || first->first.first > now || first->first.second >= mark) {
+        return std::nullopt;
+    }
+    Work work = std::move(first->second);
+    m_entries.erase(first);
+    return work;
+}
+
+}  // namespace Orlu

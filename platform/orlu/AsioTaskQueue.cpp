@@ -1,0 +1,255 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "orlu/AsioTaskQueue.h"
+
+#include <iterator>
+#include <utility>
+
+#include <pthread.h>
+#include <boost/asio/executor_work_guard.hpp>
+#include <boost/asio/post.hpp>
+
+#include "orlu/CurrentQueue.h"
+#include "orlu/Limits.h"
+
+namespace Orlu {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// The deadline's millisecond has to be over before it counts: an alarm may come late, never early.
+constexpr MonotonicMs kResolution{1};
+
+/// Works may post works; after this many rounds sockets and timers have their turn between.
+constexpr int kRounds = 64;
+
+MonotonicMs DueBy()
+{
+    return Runtime().Now() - kResolution;
+}
+
+}  // namespace
+
+class AsioTaskQueue::Alarm final : public AlarmIF {
+public:
+    explicit Alarm(std::shared_ptr<AsioTaskQueue> queue) : m_queue(std::move(queue)) {}
+    ~Alarm() override { Cancel(); }
+    Alarm(const Alarm&) = delete;
+    Alarm& operator=(const Alarm&) = delete;
+
+    void Arm(MonotonicMs due, Work work) override
+    {
+        Cancel();
+        if (!m_queue->m_stopped) {
+            m_key = m_queue->m_alarms.Add(due, std::move(work));
+        }
+    }
+
+    void Cancel() override
+    {
+        if (const auto key = std::exchange(m_key, std::nullopt)) {
+            m_queue->m_alarms.Remove(*key);
+        }
+    }
+
+private:
+    std::shared_ptr<AsioTaskQueue> m_queue;
+    std::optional<AlarmList::Key> m_key;
+};
+
+AsioTaskQueue::AsioTaskQueue(std::string name) : m_name(std::move(name)) {}
+
+AsioTaskQueue::~AsioTaskQueue()
+{
+    // The last reference may go with a piece of work on the queue's own thread.
+    if (IsCurrent() && m_thread.joinable()) {
+        m_thread.detach();
+    } else {
+        Join();
+    }
+}
+
+bool AsioTaskQueue::IsCurrent() const
+{
+    return CurrentTaskQueue() == this;
+}
+
+bool AsioTaskQueue::Post(Work work)
+{
+    if (IsCurrent()) {
+        if (m_stopped) {
+            return false;
+        }
+        TakeForeign();
+        m_work.push_back(std::move(work));
+        return true;
+    }
+    const std::lock_guard lock(m_mutex);
+    if (m_stopped) {
+        return false;
+    }
+    m_foreign.push_back(std::move(work));
+    if (!m_hasForeign.exchange(true)) {
+        boost::asio::post(m_context, [] {});
+    }
+    return true;
+}
+
+void AsioTaskQueue::Start(Work entry)
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_stopped || m_started) {
+        return;
+    }
+    m_started = true;
+    m_thread =
+        std::thread([self = shared_from_this(), entry = std::move(entry)] { self->Run(entry); });
+    pthread_setname_np(m_thread.native_handle(), m_name.substr(0, 15).c_str());
+}
+
+void AsioTaskQueue::Stop()
+{
+    std::deque<Work> dropped;
+    const std::lock_guard lock(m_mutex);
+    m_stopped = true;
+    if (!m_started) {
+        m_foreign.swap(dropped);
+    }
+    m_context.stop();
+}
+
+void AsioTaskQueue::Join()
+{
+    if (IsCurrent()) {
+        return;
+    }
+    std::thread thread;
+    {
+        const std::lock_guard lock(m_mutex);
+        thread.swap(m_thread);
+    }
+    if (thread.joinable()) {
+        thread.join();
+    }
+}
+
+std::unique_ptr<AlarmIF> AsioTaskQueue::CreateAlarm()
+{
+    return std::make_unique<Alarm>(shared_from_this());
+}
+
+void AsioTaskQueue::AtEndOfWakeUp(Work work)
+{
+    m_endOfWakeUp.push_back(std::move(work));
+}
+
+std::span<std::uint8_t> AsioTaskQueue::ReadBuffer()
+{
+    if (!m_readBuffer) {
+        m_readBuffer = std::make_unique_for_overwrite<std::uint8_t[]>(Limits::kReadBytes);
+    }
+    return {m_readBuffer.get(), Limits::kReadBytes};
+}
+
+void AsioTaskQueue::Run(const Work& entry)
+{
+    const CurrentQueueScope scope(this);
+    const auto keepWaiting = boost::asio::make_work_guard(m_context);
+    if (entry) {
+        entry();
+    }
+    while (!m_stopped) {
+        WorkOff();
+        EndWakeUp();
+        Sleep();
+    }
+    DropAll();
+}
+
+void AsioTaskQueue::WorkOff()
+{
+    TakeForeign();
+    for (int round = 0; round < kRounds && !m_work.empty(); ++round) {
+        for (auto rest = m_work.size(); rest > 0 && !m_stopped; --rest) {
+            const Work work = std::move(m_work.front());
+            m_work.pop_front();
+            work();
+        }
+    }
+}
+
+void AsioTaskQueue::TakeForeign()
+{
+    if (!m_hasForeign.load(std::memory_order_acquire)) {
+        return;
+    }
+    const std::lock_guard lock(m_mutex);
+    std::move(m_foreign.begin(), m_foreign.end(), std::back_inserter(m_work));
+    m_foreign.clear();
+    m_hasForeign = false;
+}
+
+void AsioTaskQueue::EndWakeUp()
+{
+    while (!m_endOfWakeUp.empty() && !m_stopped) {
+        for (const auto& work : std::exchange(m_endOfWakeUp, {})) {
+            work();
+        }
+    }
+}
+
+void AsioTaskQueue::Sleep()
+{
+    SetTimer();
+    if (m_work.empty() && m_endOfWakeUp.empty()) {
+        m_context.run_one();
+    } else {
+        m_context.poll_one();
+    }
+}
+
+void AsioTaskQueue::SetTimer()
+{
+    // A timer that is set too early costs one idle wake-up; setting it back costs a system call for
+    // every alarm that is cancelled, and most are.
+    const auto due = m_alarms.Earliest();
+    if (!due || *due >= m_timerDue) {
+        return;
+    }
+    m_timerDue = *due;
+    m_timer.expires_at(Clock::time_point(*due + kResolution));
+    m_timer.async_wait([this](const boost::system::error_code& error) {
+        if (!error) {
+            m_timerDue = MonotonicMs::max();
+            RunDue();
+        }
+    });
+}
+
+void AsioTaskQueue::RunDue()
+{
+    const auto now = DueBy();
+    const auto mark = m_alarms.Mark();
+    while (!m_stopped) {
+        const auto work = m_alarms.TakeDue(now, mark);
+        if (!work) {
+            return;
+        }
+        (*work)();
+    }
+}
+
+void AsioTaskQueue::DropAll()
+{
+    std::deque<Work> foreign;
+    {
+        const std::lock_guard lock(m_mutex);
+        foreign.swap(m_foreign);
+    }
+    const auto work = std::exchange(m_work, {});
+    const auto endOfWakeUp = std::exchange(m_endOfWakeUp, {});
+    m_alarms.Clear();
+}
+
+}  // namespace Orlu

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <atomic>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <span>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/steady_timer.hpp>
+
+#include "orlu/AlarmList.h"
+#include "orlu/Runtime.h"
+
+namespace Orlu {
+
+/// A task's queue on a thread and a Boost.Asio loop of its own.
+///
+/// A wake-up is one event of the loop and all work that follows from it; then the works of
+/// `AtEndOfWakeUp` run, and the thread sleeps. Work that is posted from the queue's own thread
+/// costs no system call; work from another thread wakes the loop once, however much is posted
+/// meanwhile.
+class AsioTaskQueue final : public TaskQueueIF, public std::enable_shared_from_this<AsioTaskQueue> {
+public:
+    explicit AsioTaskQueue(std::string name);
+    ~AsioTaskQueue() override;
+    AsioTaskQueue(const AsioTaskQueue&) = delete;
+    AsioTaskQueue& operator=(const AsioTaskQueue&) = delete;
+
+    bool Post(Work work) override;
+    void Start(Work entry) override;
+    void Stop() override;
+    void Join() override;
+    bool IsCurrent() const override;
+    std::unique_ptr<AlarmIF> CreateAlarm() override;
+    void AtEndOfWakeUp(Work work) override;
+
+    boost::asio::io_context& Context() { return m_context; }
+    bool IsStopped() const { return m_stopped; }
+
+    /// Where a socket of this queue reads to, `Limits::kReadBytes` long: one for all of them, as no
+    /// two read at the same time.
+    std::span<std::uint8_t> ReadBuffer();
+
+private:
+    class Alarm;
+
+    void Run(const Work& entry);
+    void WorkOff();
+    void TakeForeign();
+    void EndWakeUp();
+    void Sleep();
+    void SetTimer();
+    void RunDue();
+    void DropAll();
+
+    const std::string m_name;
+    boost::asio::io_context m_context{1};
+    boost::asio::steady_timer m_timer{m_context};
+    MonotonicMs m_timerDue = MonotonicMs::max();
+
+    std::deque<Work> m_work;
+    std::vector<Work> m_endOfWakeUp;
+    AlarmList m_alarms;
+    std::unique_ptr<std::uint8_t[]> m_readBuffer;
+
+    std::mutex m_mutex;
+    std::deque<Work> m_foreign;
+    std::atomic<bool> m_hasForeign = false;
+    std::atomic<bool> m_stopped = false;
+    bool m_started = false;
+    std::thread m_thread;
+};
+
+}  // namespace Orlu
