@@ -13,7 +13,7 @@ class NotifyTargetTaskIF {
 public:
     virtual ~NotifyTargetTaskIF() = default;
 
-    /// The task's thread: calls `OnEntry`, then runs the queue until `Stop`.
+    /// What the task's thread begins with: calls `OnEntry`. The queue runs behind it, until `Stop`.
     virtual void Entry() = 0;
 
     /// Runs once, on the task's own thread, before anything that was queued.
@@ -29,14 +29,15 @@ public:
     virtual const Orlu::TaskQueuePtr& Queue() const = 0;
 };
 
-/// Is told when a task has stopped.
+/// Is told when a task has been stopped, on the thread that stops it.
 class TaskObserverIF {
 public:
     virtual ~TaskObserverIF() = default;
     virtual void TaskStopped() = 0;
 };
 
-/// A task: a thread of its own with a queue. Work that was queued before the task was started waits.
+/// A task: a thread of its own with a queue. Work that was queued before the task was started
+/// waits.
 class APTask : public NotifyTargetTaskIF {
 public:
     /// The stack size, the kind of real-time scheduling and the last number are taken for the
@@ -54,7 +55,7 @@ public:
 
     virtual void AttachObserver(TaskObserverIF* observer);
     virtual void DetachObserver(TaskObserverIF* observer);
-    /// `stopped` runs on the stopping thread once the task has ended.
+    /// `stopped` runs once, on the thread that calls `Stop`, when the queue takes no more work.
     virtual void RegisterForStopped(Orlu::Work stopped);
 
     const std::string& Name() const { return m_name; }

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "orlu/ConditionSemaphore.h"
+
+ConditionSemaphore::ConditionSemaphore(unsigned count)
+    : m_semaphore(Orlu::Runtime().CreateSemaphore(count))
+{
+}
+
+ConditionSemaphore::~ConditionSemaphore() = default;
+
+int ConditionSemaphore::Wait()
+{
+    m_semaphore->Wait();
+    return 0;
+}
+
+void ConditionSemaphore::Signal()
+{
+    m_semaphore->Signal();
+}
