@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -50,15 +51,19 @@ public:
     /// when the peer has gone or the socket failed, and not after `Close`.
     virtual void Receive(OnBytes bytes, OnClosed closed) = 0;
 
-    /// Queues bytes; they leave together at the end of the wake-up. False if the socket is closed.
-    /// A peer that leaves more than `Limits::kSendQueueBytes` unread is cut off: `closed` follows.
-    virtual bool Send(std::string_view bytes) = 0;
+    /// Adds `size` bytes to what is to be sent and says where; the caller fills them at once. They
+    /// leave together at the end of the wake-up. Null if the socket is closed. A peer that leaves
+    /// more than `Limits::kSendQueueBytes` unread is cut off: null, and `closed` follows.
+    virtual std::uint8_t* Extend(std::size_t size) = 0;
+
+    /// The same with bytes that are there. False if the socket is closed or is cut off now.
+    bool Send(std::string_view bytes);
 
     /// Drops the connection, with what was queued and not yet written.
     virtual void Close() = 0;
 
-    /// `gone` is called once, however the connection ends, `Close` and destruction included. For the
-    /// listener that handed the socket over.
+    /// `gone` is called once, however the connection ends, `Close` and destruction included. For
+    /// the listener that handed the socket over.
     virtual void NotifyGone(Orlu::Work gone) = 0;
 };
 

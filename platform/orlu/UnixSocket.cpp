@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "orlu/UnixSocket.h"
+
+#include <cerrno>
+#include <utility>
+
+#include <sys/socket.h>
+
+#include "orlu/DPrint.h"
+#include "orlu/Limits.h"
+
+namespace Orlu {
+
+namespace {
+
+const DPrint s_log("IPC");
+
+/// Enough for all that the kernel holds of a peer that has gone.
+constexpr int kLastReads = 64;
+
+bool IsTemporary(int error)
+{
+    return error == EAGAIN || error == EINTR;
+}
+
+}  // namespace
+
+UnixSocket::UnixSocket(std::shared_ptr<AsioTaskQueue> queue, LocalSocket socket, std::string peer)
+    : m_queue(std::move(queue)), m_socket(std::move(socket)), m_peer(std::move(peer))
+{
+}
+
+UnixSocket::~UnixSocket()
+{
+    Release();
+}
+
+void UnixSocket::Receive(OnBytes bytes, OnClosed closed)
+{
+    m_bytes = std::make_shared<const OnBytes>(std::move(bytes));
+    m_closed = std::move(closed);
+    if (m_failed) {
+        PostFail();
+    } else if (m_open) {
+        WaitReadable();
+    }
+}
+
+void UnixSocket::WaitReadable()
+{
+    m_socket.async_wait(LocalSocket::wait_read,
+                        [weak = weak_from_this()](const boost::system::error_code& error) {
+                            const auto self = weak.lock();
+                            if (self && !error) {
+                                self->ReadOnce();
+                            }
+                        });
+}
+
+void UnixSocket::ReadOnce()
+{
+    if (m_open) {
+        Read();
+    }
+    if (m_open) {
+        WaitReadable();
+    }
+}
+
+bool UnixSocket::Read()
+{
+    const auto buffer = m_queue->ReadBuffer();
+    const auto size = ::recv(m_socket.native_handle(), buffer.data(), buffer.size(), MSG_DONTWAIT);
+    if (size > 0) {
+        const auto bytes = m_bytes;
+        (*bytes)(buffer.first(static_cast<std::size_t>(size)));
+        return m_open;
+    }
+    if (size == 0 || !IsTemporary(errno)) {
+        Fail();
+    }
+    return false;
+}
+
+std::uint8_t* UnixSocket::Extend(std::size_t size)
+{
+    if (!m_open || m_failed) {
+        return nullptr;
+    }
+    const auto end = m_out.size();
+    if (end - m_sent + size > Limits::kSendQueueBytes) {
+        s_log.Log(2, "{} has stopped reading and is cut off", m_peer);
+        PostFail();
+        return nullptr;
+    }
+    m_out.resize(end + size);
+    if (!m_flushing) {
+        m_flushing = true;
+        m_queue->AtEndOfWakeUp([weak = weak_from_this()] {
+            if (const auto self = weak.lock()) {
+                self->Flush();
+            }
+        });
+    }
+    return reinterpret_cast<std::uint8_t*>(m_out.data() + end);
+}
+
+void UnixSocket::Flush()
+{
+    while (m_open && m_sent < m_out.size()) {
+        const auto size = ::send(m_socket.native_handle(), m_out.data() + m_sent,
+                                 m_out.size() - m_sent, MSG_DONTWAIT | MSG_NOSIGNAL);
+        if (size > 0) {
+            m_sent += static_cast<std::size_t>(size);
+        } else if (IsTemporary(errno)) {
+            WaitWritable();
+            return;
+        } else {
+            PostFail();
+            return;
+        }
+    }
+    m_flushing = false;
+    m_sent = 0;
+    m_out.clear();
+    if (m_out.capacity() > Limits::kReadBytes) {
+        m_out.shrink_to_fit();
+    }
+}
+
+void UnixSocket::WaitWritable()
+{
+    if (m_sent > Limits::kReadBytes) {
+        m_out.erase(0, std::exchange(m_sent, 0));
+    }
+    m_socket.async_wait(LocalSocket::wait_write,
+                        [weak = weak_from_this()](const boost::system::error_code& error) {
+                            const auto self = weak.lock();
+                            if (self && !error) {
+                                self->Flush();
+                            }
+                        });
+}
+
+void UnixSocket::PostFail()
+{
+    m_failed = true;
+    m_queue->Post([weak = weak_from_this()] {
+        const auto self = weak.lock();
+        if (!self || !self->m_bytes) {
+            return;
+        }
+        // What the peer sent before it went is still to be had.
+        for (int i = 0; i < kLastReads && self->m_open && self->Read(); ++i) {
+        }
+        self->Fail();
+    });
+}
+
+void UnixSocket::Fail()
+{
+    if (!m_open) {
+        return;
+    }
+    const auto closed = std::move(m_closed);
+    Release();
+    if (closed) {
+        closed();
+    }
+}
+
+void UnixSocket::Close()
+{
+    Release();
+}
+
+void UnixSocket::NotifyGone(Work gone)
+{
+    m_gone = std::move(gone);
+}
+
+void UnixSocket::Release()
+{
+    if (!std::exchange(m_open, false)) {
+        return;
+    }
+    boost::system::error_code ignored;
+    m_socket.close(ignored);
+    std::string().swap(m_out);
+    // Out of the members first: what they hold may hold this socket.
+    const auto bytes = std::exchange(m_bytes, nullptr);
+    const auto closed = std::exchange(m_closed, nullptr);
+    if (const auto gone = std::exchange(m_gone, nullptr)) {
+        gone();
+    }
+}
+
+}  // namespace Orlu

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include <boost/asio/local/stream_protocol.hpp>
+
+#include "orlu/AsioTaskQueue.h"
+#include "orlu/Network.h"
+
+namespace Orlu {
+
+using LocalSocket = boost::asio::local::stream_protocol::socket;
+
+/// The real `ConnectorSocket`. Reads into the queue's buffer, writes once a wake-up.
+class UnixSocket final : public Network::ConnectorSocket,
+                         public std::enable_shared_from_this<UnixSocket> {
+public:
+    UnixSocket(std::shared_ptr<AsioTaskQueue> queue, LocalSocket socket, std::string peer);
+    ~UnixSocket() override;
+    UnixSocket(const UnixSocket&) = delete;
+    UnixSocket& operator=(const UnixSocket&) = delete;
+
+    Network::AddrInfo GetPeer() const override { return Network::AddrInfo(m_peer); }
+    void Receive(OnBytes bytes, OnClosed closed) override;
+    std::uint8_t* Extend(std::size_t size) override;
+    void Close() override;
+    void NotifyGone(Work gone) override;
+
+private:
+    void WaitReadable();
+    void ReadOnce();
+    /// One read; true if it brought bytes and the socket is still open.
+    bool Read();
+    void Flush();
+    void WaitWritable();
+    /// The connection is over, by the peer or by a failure: `closed` is called.
+    void Fail();
+    /// The same from the next piece of work on; until then nothing more is sent.
+    void PostFail();
+    void Release();
+
+    const std::shared_ptr<AsioTaskQueue> m_queue;
+    LocalSocket m_socket;
+    const std::string m_peer;
+    std::shared_ptr<const OnBytes> m_bytes;
+    OnClosed m_closed;
+    Work m_gone;
+    std::string m_out;
+    std::size_t m_sent = 0;
+    bool m_open = true;
+    bool m_failed = false;
+    bool m_flushing = false;
+};
+
+}  // namespace Orlu
