@@ -43,8 +43,8 @@ public:
     /// An event. False without a socket.
     virtual bool Send(std::uint32_t id, IPCMessageEnvelope envelope) = 0;
 
-    /// A request with a token of its own; `reply` gets the envelope that answers it, once, or never.
-    /// Without a socket an empty connection is returned and `reply` is never called.
+    /// A request with a token of its own; `reply` gets the envelope that answers it, once, or
+    /// never. Without a socket an empty connection is returned and `reply` is never called.
     virtual CallbackConnection SendRequest(std::uint32_t id, IPCMessageEnvelope envelope,
                                            EnvelopeHandler reply) = 0;
 
@@ -60,8 +60,8 @@ public:
 
     /// The same with messages: the handler gets the parsed message and the envelope's token.
     template <class Message, class Handler>
-        requires std::is_invocable_v<Handler&, const Message&, std::uint32_t>
-    CallbackConnection AddHandler(std::uint32_t id, Handler handler)
+    requires std::is_invocable_v<Handler&, const Message&, std::uint32_t> CallbackConnection
+    AddHandler(std::uint32_t id, Handler handler)
     {
         return AddHandler(
             id, EnvelopeHandler([this, handler](const IPCMessageEnvelope& envelope) mutable {

@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "orlu/IPCFrames.h"
+
+#include "orlu/Limits.h"
+#include "orlu/Network.h"
+
+namespace IPCFrames {
+
+namespace {
+
+using Orlu::Limits::kFrameBytes;
+
+void PutSize(std::uint8_t* to, std::size_t size)
+{
+    for (int shift = 24; shift >= 0; shift -= 8) {
+        *to++ = static_cast<std::uint8_t>(size >> shift);
+    }
+}
+
+std::size_t GetSize(std::span<const std::uint8_t> header)
+{
+    std::size_t size = 0;
+    for (const auto byte : header.first(kHeaderBytes)) {
+        size = size << 8 | byte;
+    }
+    return size;
+}
+
+std::span<const std::uint8_t> BytesOf(const std::string& text)
+{
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+}  // namespace
+
+bool Write(const IPCMessageEnvelope& envelope, Network::ConnectorSocket& socket)
+{
+    const auto size = envelope.ByteSizeLong();
+    auto* const to = size > kFrameBytes ? nullptr : socket.Extend(kHeaderBytes + size);
+    if (to == nullptr) {
+        return false;
+    }
+    PutSize(to, size);
+    envelope.SerializeWithCachedSizesToArray(to + kHeaderBytes);
+    return true;
+}
+
+std::string Encode(const IPCMessageEnvelope& envelope)
+{
+    std::string frame(kHeaderBytes, '\0');
+    envelope.AppendToString(&frame);
+    PutSize(reinterpret_cast<std::uint8_t*>(frame.data()), frame.size() - kHeaderBytes);
+    return frame;
+}
+
+void Reader::Feed(std::span<const std::uint8_t> bytes)
+{
+    if (m_kept.empty()) {
+        m_input = bytes;
+        return;
+    }
+    m_kept.append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    m_input = BytesOf(m_kept);
+}
+
+Reader::Status Reader::Next(IPCMessageEnvelope& envelope)
+{
+    if (m_input.size() < kHeaderBytes) {
+        return KeepRest();
+    }
+    const auto size = GetSize(m_input);
+    if (size > kFrameBytes) {
+        return Status::kTooLong;
+    }
+    if (m_input.size() - kHeaderBytes < size) {
+        return KeepRest();
+    }
+    const auto body = m_input.subspan(kHeaderBytes, size);
+    m_input = m_input.subspan(kHeaderBytes + size);
+    if (!envelope.ParseFromArray(body.data(), static_cast<int>(body.size()))) {
+        return Status::kDamaged;
+    }
+    return envelope.kind() > kReply ? Status::kUnknownKind : Status::kFrame;
+}
+
+Reader::Status Reader::KeepRest()
+{
+    if (m_kept.empty()) {
+        m_kept.assign(m_input.begin(), m_input.end());
+    } else {
+        m_kept.erase(0, m_kept.size() - m_input.size());
+    }
+    if (m_kept.empty() && m_kept.capacity() > Orlu::Limits::kReadBytes) {
+        m_kept.shrink_to_fit();
+    }
+    m_input = {};
+    return Status::kMore;
+}
+
+const char* Describe(Reader::Status status)
+{
+    switch (status) {
+        case Reader::Status::kTooLong:
+            return "a frame is too long";
+        case Reader::Status::kDamaged:
+            return "a frame cannot be read";
+        case Reader::Status::kUnknownKind:
+            return "a message is of no known kind";
+        case Reader::Status::kFrame:
+        case Reader::Status::kMore:
+            break;
+    }
+    return "";
+}
+
+}  // namespace IPCFrames

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "orlu/IPCMessageEnvelope.pb.h"
+
+namespace Network {
+class ConnectorSocket;
+}
+
+/// A message on an IPC connection:
+///
+///     +--------+--------+--------+--------+---------------------+
+///     | size, 4 bytes, big-endian         | IPCMessageEnvelope  |
+///     +--------+--------+--------+--------+---------------------+
+///
+/// `size` counts what follows it and is at most `Limits::kFrameBytes`.
+namespace IPCFrames {
+
+inline constexpr std::size_t kHeaderBytes = 4;
+
+enum Kind : std::uint32_t { kEvent = 0, kRequest = 1, kReply = 2 };
+
+/// Writes a frame to the end of the socket's send queue. False, and nothing is sent, if the socket
+/// is closed or the frame would be too long.
+bool Write(const IPCMessageEnvelope& envelope, Network::ConnectorSocket& socket);
+
+/// The frame as text.
+std::string Encode(const IPCMessageEnvelope& envelope);
+
+/// Takes the frames out of a byte stream that comes in pieces of any size.
+class Reader {
+public:
+    enum class Status {
+        kFrame,        // one more frame was read
+        kMore,         // the rest is the beginning of a frame; it is kept
+        kTooLong,      // a size above the limit: nothing behind it can be read
+        kDamaged,      // no envelope
+        kUnknownKind,  // neither event nor request nor reply
+    };
+
+    /// The next piece. Frames are read where they lie: `bytes` must stay until `Next` has given
+    /// something else than `kFrame`.
+    void Feed(std::span<const std::uint8_t> bytes);
+
+    /// Fills `envelope` with the next frame.
+    Status Next(IPCMessageEnvelope& envelope);
+
+private:
+    Status KeepRest();
+
+    std::string m_kept;
+    std::span<const std::uint8_t> m_input;
+};
+
+/// For logs.
+const char* Describe(Reader::Status status);
+
+}  // namespace IPCFrames
