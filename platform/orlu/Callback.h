@@ -19,9 +19,8 @@ public:
 
     Callback() = default;
     template <class F>
-        requires(!std::is_same_v<std::decay_t<F>, Callback> &&
-                 std::is_invocable_v<F&, const Args&...>)
-    Callback(F function)  // NOLINT(google-explicit-constructor): stands in for any callable
+    requires(!std::is_same_v<std::decay_t<F>, Callback> && std::is_invocable_v<F&, const Args&...>)
+        Callback(F function)  // NOLINT(google-explicit-constructor): stands in for any callable
         : m_function(std::move(function))
     {
     }
