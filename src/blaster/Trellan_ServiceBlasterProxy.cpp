@@ -49,14 +49,16 @@ Trellan_ServiceBlasterProxy::Trellan_ServiceBlasterProxy(NotifyTargetTaskIF* tas
     kLog.Log(4, "Client = {}", fmt::ptr(m_client.get()));
 }
 
-void Trellan_ServiceBlasterProxy::LogSignature(const char* signature)
+void Trellan_ServiceBlasterProxy::LogGetInstance()
 {
-    kLog.Put(4, signature);
+    kLog.Put(4,
+             "static TrellanService::Trellan_ServiceBlasterProxy& "
+             "TrellanService::Trellan_ServiceBlasterProxy::getInstance(NotifyTargetTaskIF*)");
 }
 
 void Trellan_ServiceBlasterProxy::Initialize()
 {
-    LogSignature(__PRETTY_FUNCTION__);
+    kLog.Put(4, __PRETTY_FUNCTION__);
 }
 
 void Trellan_ServiceBlasterProxy::AttachForEvents()

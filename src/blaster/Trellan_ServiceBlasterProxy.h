@@ -28,7 +28,10 @@ public:
     using SourceListCallback = Callback<LpmServiceMessages::BulkTransferResponse>;
 
     /// The instance; `task` counts at the first call only, later ones may pass null.
-    static Trellan_ServiceBlasterProxy* getInstance(NotifyTargetTaskIF* task);
+    static Trellan_ServiceBlasterProxy& getInstance(NotifyTargetTaskIF* task);
+
+    /// What `getInstance` logs at its start.
+    static void LogGetInstance();
 
     /// Works before the LPM service has answered. `responses` must outlive the proxy.
     Trellan_ServiceBlasterProxy(NotifyTargetTaskIF* task, UEIResponsesIF& responses);
@@ -72,9 +75,6 @@ public:
     bool SendCecKeyRelease(const StringCallback& callback);
 
 private:
-    /// Level 4; for operations that stand outside this room's unit and share its logger.
-    static void LogSignature(const char* signature);
-
     void AttachForEvents();
     bool SendFrame(std::string frame, const StringCallback& callback);
     void SendCecKey(std::uint32_t value, std::uint32_t state, const StringCallback& callback);

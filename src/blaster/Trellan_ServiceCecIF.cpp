@@ -17,17 +17,19 @@ constexpr DPrint kLog("TrellanService");
 Trellan_ServiceCecIF::Trellan_ServiceCecIF(Trellan_Server* server, NotifyTargetTaskIF* task)
     : m_server(server), m_task(task)
 {
-    LogSignature(__PRETTY_FUNCTION__);
+    kLog.Put(6, __PRETTY_FUNCTION__);
 }
 
 Trellan_ServiceCecIF::~Trellan_ServiceCecIF()
 {
-    LogSignature(__PRETTY_FUNCTION__);
+    kLog.Put(6, __PRETTY_FUNCTION__);
 }
 
-void Trellan_ServiceCecIF::LogSignature(const char* signature)
+void Trellan_ServiceCecIF::LogGetInstance()
 {
-    kLog.Put(6, signature);
+    kLog.Put(6,
+             "static TrellanService::Trellan_ServiceCecIF& "
+             "TrellanService::Trellan_ServiceCecIF::GetInstance(Trellan_Server*)");
 }
 
 void Trellan_ServiceCecIF::LogReturned() const
@@ -37,7 +39,7 @@ void Trellan_ServiceCecIF::LogReturned() const
 
 void Trellan_ServiceCecIF::Initialize()
 {
-    LogSignature(__PRETTY_FUNCTION__);
+    kLog.Put(6, __PRETTY_FUNCTION__);
     m_client = CreateLpmClient("TRSCecIF", m_task);
     m_client->Connect([](const bool& connected) {
         kLog.Put(3, connected ? "TRS CEC IF connected" : "TRS CEC IF not connected");

@@ -15,7 +15,11 @@ class Trellan_Server;
 class Trellan_ServiceCecIF {
 public:
     /// The instance; `server` counts at the first call only.
-    static Trellan_ServiceCecIF* GetInstance(Trellan_Server* server);
+    static Trellan_ServiceCecIF& GetInstance(Trellan_Server* server);
+
+    /// What `GetInstance` logs: at its start, and before it returns this instance.
+    static void LogGetInstance();
+    void LogReturned() const;
 
     /// `task` is the server's task; neither is owned.
     Trellan_ServiceCecIF(Trellan_Server* server, NotifyTargetTaskIF* task);
@@ -30,10 +34,6 @@ public:
     bool ReceiveCecMessage(const LpmServiceMessages::IpcCecMessage_t& message);
 
 private:
-    /// The lines of `GetInstance`, before and after the instance is known.
-    static void LogSignature(const char* signature);
-    void LogReturned() const;
-
     std::shared_ptr<LpmClientIF> m_client;
     [[maybe_unused]] Trellan_Server* m_server;
     NotifyTargetTaskIF* m_task;
