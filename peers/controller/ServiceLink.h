@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "orlu/IPCMessageRouter.h"
+#include "orlu/Runtime.h"
+#include "orlu/Timer.h"
+
+namespace Controller {
+
+/// The name under which a controller that stays connected lets others through.
+inline constexpr const char* kRelayName = "ProductController";
+inline constexpr const char* kServiceName = "TrellanService";
+
+/// One connection to the service: through a controller that is connected already, for the service
+/// serves one client only and a second one would replace it; else straight. On one task.
+class ServiceLink {
+public:
+    struct Handlers {
+        std::function<void()> opened;
+        /// Neither a relay nor the service answered in time.
+        std::function<void()> unreachable;
+        /// The connection that was open has gone.
+        std::function<void()> lost;
+        /// Each event of the service.
+        std::function<void(const IPCMessageEnvelope&)> event;
+    };
+
+    ServiceLink(NotifyTargetTaskIF* task, Handlers handlers);
+
+    /// Tries for `patience`; then `opened` or `unreachable` is called, once.
+    void Open(std::chrono::milliseconds patience);
+    void Close();
+
+    /// Whether another controller stands between.
+    bool IsRelayed() const { return m_relayed; }
+    const IPCMessageRouterPtr& Router() const { return m_router; }
+
+private:
+    void TryRelay();
+    void TryService();
+    void TryAgain();
+    void Take(const Orlu::SocketPtr& socket, bool relayed);
+    void Attempt(const char* name, std::function<void(Orlu::SocketPtr)> done);
+
+    NotifyTargetTaskIF* m_task;
+    Handlers m_handlers;
+    IPCMessageRouterPtr m_router;
+    std::shared_ptr<APTimer> m_retryTimer;
+    std::unique_ptr<Orlu::TransportHandle> m_attempt;
+    Orlu::MonotonicMs m_giveUp{0};
+    bool m_relayed = false;
+};
+
+}  // namespace Controller

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "controller/Command.h"
+#include "controller/Relay.h"
+#include "controller/ServiceLink.h"
+#include "orlu/Timer.h"
+
+namespace Controller {
+
+/// How long the service may take to accept the connection, and for an answer; a guided lookup in
+/// the cloud takes up to 55 s.
+inline constexpr std::chrono::milliseconds kConnectPatience{3000};
+inline constexpr std::chrono::milliseconds kAnswerPatience{120000};
+
+/// One command from the connection to its end. On one task.
+class Session {
+public:
+    struct Output {
+        std::function<void(const std::string&)> line;
+        std::function<void(const std::string&)> complaint;
+        /// A session that stays is connected: lines may come.
+        std::function<void()> ready;
+        /// The last call, once, with the program's exit code.
+        std::function<void(int)> end;
+    };
+
+    Session(NotifyTargetTaskIF* task, Command command, Output output);
+
+    void Start();
+
+    /// A line of input, and its end: the session ends once all that it asked is answered.
+    void Line(const std::string& text);
+    void InputEnded();
+
+    /// Ends with 0; a key that is held is let go first.
+    void Interrupt();
+
+private:
+    bool Stays() const;
+
+    void Opened();
+    void Unreachable();
+    void Lost();
+    void Event(const IPCMessageEnvelope& envelope);
+
+    void OpenToOthers();
+    void Hold();
+    void LetGo();
+    void Ask(const ToService& question);
+    void Tell(const ToService& message);
+    void Answer(const IPCMessageEnvelope& reply);
+    void AskedAll();
+    void EndIfAnswered();
+    void End(int code);
+
+    NotifyTargetTaskIF* m_task;
+    Command m_command;
+    Output m_output;
+    ServiceLink m_link;
+    std::unique_ptr<Relay> m_relay;
+    std::shared_ptr<APTimer> m_holdTimer;
+    std::shared_ptr<APTimer> m_answerTimer;
+    std::size_t m_unanswered = 0;
+    std::size_t m_lineNumber = 0;
+    bool m_holding = false;
+    bool m_askedAll = false;
+    bool m_ended = false;
+};
+
+}  // namespace Controller

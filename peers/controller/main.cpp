@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <unistd.h>
+
+#include "controller/Session.h"
+#include "orlu/Process.h"
+
+namespace {
+
+std::atomic<int> s_code{-1};
+
+void EndProcess(int code)
+{
+    s_code = code;
+    ::kill(::getpid(), SIGTERM);
+}
+
+/// A reader that has gone ends the program as Ctrl-C does.
+void Print(const std::string& line)
+{
+    if (std::printf("%s\n", line.c_str()) < 0 || std::fflush(stdout) != 0) {
+        ::kill(::getpid(), SIGTERM);
+    }
+}
+
+void Complain(const std::string& complaint)
+{
+    std::fprintf(stderr, "ProductController: %s\n", complaint.c_str());
+}
+
+int Run(Controller::Command command)
+{
+    Orlu::PrepareProcess();
+    const auto task = IL::CreateTask("ProductControllerThread", "");
+    const bool lines = command.mode == Controller::Mode::kLines;
+    std::unique_ptr<Controller::Session> session;
+    session = std::make_unique<Controller::Session>(
+        task.get(), std::move(command),
+        Controller::Session::Output{.line = Print,
+                                    .complaint = Complain,
+                                    .ready =
+                                        [&session, task, lines] {
+                                            Orlu::SayReady();
+                                            if (lines) {
+                                                Orlu::ReadLines(
+                                                    STDIN_FILENO, task.get(),
+                                                    [&session](const std::string& text) {
+                                                        session->Line(text);
+                                                    },
+                                                    [&session] { session->InputEnded(); });
+                                            }
+                                        },
+                                    .end = EndProcess});
+    IL::BreakThread([&session] { session->Start(); }, task.get());
+
+    // Both a signal and the session's own end wake this thread; the first signal ends the session.
+    for (bool asked = false; s_code < 0;) {
+        Orlu::WaitForEnd();
+        if (s_code < 0 && std::exchange(asked, true)) {
+            std::_Exit(0);
+        }
+        if (s_code < 0) {
+            IL::BreakThread([&session] { session->Interrupt(); }, task.get());
+        }
+    }
+    task->Stop();
+    task->Queue()->Join();
+    return s_code;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    auto arguments =
+        Controller::ReadArguments(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
+    if (arguments.command) {
+        return Run(std::move(*arguments.command));
+    }
+    std::fputs(arguments.output.c_str(), stdout);
+    if (!arguments.complaint.empty()) {
+        Complain(arguments.complaint);
+    }
+    return arguments.code;
+}
