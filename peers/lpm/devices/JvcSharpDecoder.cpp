@@ -52,6 +52,9 @@ public:
         }
         if (*bits >> 13 == kPlain) {
             m_plain.Remember(*bits, false, burst);
+            if (m_held.IsHeldAt(burst, ScancodeOf(*bits), false)) {
+                m_held.Remember(ScancodeOf(*bits), false, burst);
+            }
             return {true};
         }
         const bool echoes = m_plain.IsHeldAt(burst, *bits ^ kInvertedBits, false);
@@ -59,15 +62,18 @@ public:
         if (*bits >> 13 != kInverted || !echoes) {
             return {};
         }
-        const std::uint32_t plain = *bits ^ kInvertedBits;
-        return ReadWholeCode(m_held, burst, Protocol::kSharp,
-                             (plain & 0x1f) << 8 | (plain >> 5 & 0xff));
+        return ReadWholeCode(m_held, burst, Protocol::kSharp, ScancodeOf(*bits ^ kInvertedBits));
     }
 
 private:
     static constexpr std::uint32_t kPlain = 0b01;
     static constexpr std::uint32_t kInverted = 0b10;
     static constexpr std::uint32_t kInvertedBits = 0x7fe0;
+
+    static std::uint32_t ScancodeOf(std::uint32_t plain)
+    {
+        return (plain & 0x1f) << 8 | (plain >> 5 & 0xff);
+    }
 
     HeldKey m_plain;
     HeldKey m_held;

@@ -17,17 +17,20 @@ namespace {
 /// The level of each half bit; light is true.
 using Halves = std::vector<bool>;
 
-/// Three halves in one stretch occur only next to a bit of double length, so the limit between two
-/// and three lies where either may be off by the same share.
+/// How many halves a stretch is long, 0 for none. One that is longer by 60 % must not pass for two,
+/// nor two that are shorter by as much for one: either could turn the last bit over. Three occur
+/// only next to a bit of double length; the limit below them lies where either is off by the same
+/// share.
 unsigned HalvesIn(std::uint32_t duration, std::uint32_t half)
 {
-    if (IsAbout(duration, half)) {
+    const std::uint64_t permille = duration * 1000ULL / half;
+    if (permille >= 810 && permille <= 1250) {
         return 1;
     }
-    if (duration * 100ULL <= half * 245ULL) {
-        return IsAbout(duration, 2 * half) ? 2 : 0;
+    if (permille >= 1620 && permille <= 2450) {
+        return 2;
     }
-    return IsAbout(duration, 3 * half) ? 3 : 0;
+    return permille > 2450 && permille <= 3750 ? 3 : 0;
 }
 
 std::optional<Halves> ReadHalves(std::span<const std::uint32_t> durations, std::uint32_t half)
