@@ -6,7 +6,7 @@ namespace Orlu {
 
 AlarmList::Key AlarmList::Add(MonotonicMs due, Work work)
 {
-    const Key key{due, m_nextSequence++};
+    const Key key{due, s_nextSequence++};
     m_entries.emplace(key, std::move(work));
     return key;
 }
@@ -22,12 +22,12 @@ void AlarmList::Clear()
     const auto entries = std::exchange(m_entries, {});
 }
 
-std::optional<MonotonicMs> AlarmList::Earliest() const
+std::optional<AlarmList::Key> AlarmList::First() const
 {
     if (m_entries.empty()) {
         return std::nullopt;
     }
-    return m_entries.begin()->first.first;
+    return m_entries.begin()->first;
 }
 
 std::optional<Work> AlarmList::TakeDue(MonotonicMs now, std::uint64_t mark)

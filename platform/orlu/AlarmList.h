@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -12,7 +13,7 @@
 namespace Orlu {
 
 /// Works that wait for their time, ordered by (due, sequence): of two that are due at the same
-/// time, the one that was added first goes first. One thread.
+/// time, the one that was added first goes first, in whichever list. One thread.
 class AlarmList {
 public:
     using Key = std::pair<MonotonicMs, std::uint64_t>;
@@ -20,11 +21,11 @@ public:
     Key Add(MonotonicMs due, Work work);
     void Remove(const Key& key);
 
-    /// The due time of the first; nothing if none waits.
-    std::optional<MonotonicMs> Earliest() const;
+    /// Nothing if none waits.
+    std::optional<Key> First() const;
 
     /// A mark between what has been added and what comes.
-    std::uint64_t Mark() const { return m_nextSequence; }
+    static std::uint64_t Mark() { return s_nextSequence; }
 
     /// Takes out the first, if it is due by `now` and was added before `mark`. With a mark from the
     /// start of a round, work that arms itself for a time gone by waits for the next round.
@@ -34,7 +35,7 @@ public:
 
 private:
     std::map<Key, Work> m_entries;
-    std::uint64_t m_nextSequence = 0;
+    static inline std::atomic<std::uint64_t> s_nextSequence = 0;
 };
 
 }  // namespace Orlu

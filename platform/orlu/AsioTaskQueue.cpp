@@ -213,12 +213,12 @@ void AsioTaskQueue::SetTimer()
 {
     // A timer that is set too early costs one idle wake-up; setting it back costs a system call for
     // every alarm that is cancelled, and most are.
-    const auto due = m_alarms.Earliest();
-    if (!due || *due >= m_timerDue) {
+    const auto first = m_alarms.First();
+    if (!first || first->first >= m_timerDue) {
         return;
     }
-    m_timerDue = *due;
-    m_timer.expires_at(Clock::time_point(*due + kResolution));
+    m_timerDue = first->first;
+    m_timer.expires_at(Clock::time_point(m_timerDue + kResolution));
     m_timer.async_wait([this](const boost::system::error_code& error) {
         if (!error) {
             m_timerDue = MonotonicMs::max();
@@ -230,7 +230,7 @@ void AsioTaskQueue::SetTimer()
 void AsioTaskQueue::RunDue()
 {
     const auto now = DueBy();
-    const auto mark = m_alarms.Mark();
+    const auto mark = AlarmList::Mark();
     while (!m_stopped) {
         const auto work = m_alarms.TakeDue(now, mark);
         if (!work) {
