@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "orlu/IPCMessageRouter.h"
+#include "support/Effects.h"
+
+/// The product controller of a test: connects to "TrellanService" in memory, sends what the test
+/// says, and records what comes back: "client reply 6 {…}", "client event 9 {…}", "client closed".
+class ScriptedClient {
+public:
+    /// Connects at the next turn of the tasks; `name` stands in the records.
+    ScriptedClient(Effects& effects, std::string name);
+    ~ScriptedClient();
+    ScriptedClient(const ScriptedClient&) = delete;
+    ScriptedClient& operator=(const ScriptedClient&) = delete;
+
+    void Send(std::uint32_t id, const google::protobuf::Message& message);
+    void Request(std::uint32_t id, const google::protobuf::Message& message);
+    /// A request whose envelope is as given, but for its token.
+    void RequestRaw(std::uint32_t id, IPCMessageEnvelope envelope);
+    void Disconnect();
+
+private:
+    void Connected(const Orlu::SocketPtr& socket);
+    void Record(const char* kind, const IPCMessageEnvelope& envelope);
+
+    Effects& m_effects;
+    const std::string m_name;
+    std::shared_ptr<NotifyTargetTaskIF> m_task;
+    IPCMessageRouterPtr m_router;
+    std::unique_ptr<Orlu::TransportHandle> m_attempt;
+};
