@@ -11,11 +11,15 @@ std::vector<std::string> backtrace();
 
 namespace Orlu {
 
-/// Prepares for `SIGSEGV`: loads what `backtrace` needs, gives this thread (and each task's thread)
-/// a stack of its own for the handler, and installs `handler`. Inside it `FaultLog` and
-/// `FaultBacktrace` may be called: they take no memory and no lock, and two seconds after the fault
-/// the process ends whatever they do.
+/// Prepares for `SIGSEGV`: makes what `backtrace` needs, gives this thread a stack of its own for
+/// the handler, and installs `handler`. Inside it `FaultLog` and `FaultBacktrace` may be called:
+/// they take nothing from the heap and write without waiting for a lock of ours, and two seconds
+/// after the fault the process ends whatever they do.
 void InstallFaultHandler(void (*handler)(int));
+
+/// Gives the calling thread a stack for the fault handler, so that an overflow of its own is told
+/// too. Each task's thread calls it once.
+void GiveThreadFaultStack();
 
 /// One line at level 1 straight to standard error.
 void FaultLog(const char* logger, const char* text);

@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "orlu/DPrint.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "orlu/LogLine.h"
+#include "orlu/LogOutput.h"
+#include "orlu/Runtime.h"
+
+namespace {
+
+DPrint::Sink g_sink = nullptr;
+
+constexpr std::string_view kLevels[] = {"1", "2", "3", "4", "6"};
+
+/// As much as gathers before it is written although the wake-up goes on.
+constexpr std::size_t kGatheredBytes = 16 * 1024;
+
+/// The lines of this thread that have not been written yet.
+struct Gathered {
+    Gathered() = default;
+    ~Gathered() { Flush(); }
+    Gathered(const Gathered&) = delete;
+    Gathered& operator=(const Gathered&) = delete;
+
+    void Flush()
+    {
+        promisedBy = nullptr;
+        if (!lines.empty()) {
+            Orlu::LogOutput::Get().Write(lines);
+            lines.clear();
+        }
+    }
+
+    std::string lines;
+    /// The queue that flushes at the end of its wake-up.
+    Orlu::TaskQueueIF* promisedBy = nullptr;
+};
+
+Gathered& Lines()
+{
+    thread_local Gathered lines;
+    return lines;
+}
+
+void FlushOrPromise(Gathered& lines, int level)
+{
+    Orlu::TaskQueueIF* queue = Orlu::CurrentTaskQueue();
+    if (!queue || level <= 1 || lines.lines.size() >= kGatheredBytes) {
+        lines.Flush();
+    } else if (lines.promisedBy != queue) {
+        lines.promisedBy = queue;
+        queue->AtEndOfWakeUp([] { Lines().Flush(); });
+    }
+}
+
+void AppendText(std::string& line, std::string_view prefix, std::string_view text)
+{
+    if (!prefix.empty()) {
+        line.append(prefix).append(": ");
+    }
+    Orlu::AppendEscaped(line, text);
+}
+
+}  // namespace
+
+void DPrint::Put(int level, std::string_view text) const
+{
+    if (!IsLog(level)) {
+        return;
+    }
+    if (g_sink) {
+        std::string line;
+        AppendText(line, m_prefix, text);
+        g_sink(level, m_name, line);
+        return;
+    }
+    Gathered& lines = Lines();
+    Orlu::AppendLogHead(lines.lines, level, m_name);
+    AppendText(lines.lines, m_prefix, text);
+    lines.lines += '\n';
+    FlushOrPromise(lines, level);
+}
+
+void DPrint::ReadLevel()
+{
+    const char* level = std::getenv("ORLU_LOG_LEVEL");
+    if (level && std::ranges::find(kLevels, level) != std::end(kLevels)) {
+        s_level = *level - '0';
+    }
+}
+
+void DPrint::SetSink(Sink sink)
+{
+    g_sink = sink;
+}

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "orlu/StrictJson.h"
+
+#include <memory>
+
+#include <json/reader.h>
+
+#include "orlu/Limits.h"
+#include "orlu/SystemUtils.h"
+
+namespace Orlu {
+
+namespace {
+
+std::unique_ptr<Json::CharReader> CreateReader()
+{
+    Json::CharReaderBuilder builder;
+    Json::CharReaderBuilder::strictMode(&builder.settings_);
+    builder["stackLimit"] = Limits::kJsonDepth;
+    return std::unique_ptr<Json::CharReader>(builder.newCharReader());
+}
+
+/// The reader's words come on lines of their own: "* Line 1, Column 2\n  Syntax error: …\n".
+std::string OneLine(const std::string& words)
+{
+    std::string line;
+    for (const char c : words) {
+        const bool blank = c == '\n' || c == ' ';
+        if (!blank || (!line.empty() && line.back() != ' ')) {
+            line += blank ? ' ' : c;
+        }
+    }
+    line.erase(0, line.starts_with("* ") ? 2 : 0);
+    line.erase(line.find_last_not_of(' ') + 1);
+    return line;
+}
+
+}  // namespace
+
+std::optional<Json::Value> ParseStrictJson(std::string_view text, std::string& error)
+{
+    if (!StringUtils::IsUtf8(text)) {
+        error = "not UTF-8";
+        return std::nullopt;
+    }
+    try {
+        Json::Value value;
+        if (CreateReader()->parse(text.data(), text.data() + text.size(), &value, &error)) {
+            return value;
+        }
+        error = OneLine(error);
+    } catch (const Json::Exception&) {
+        // The reader's own word for too much nesting.
+        error = "nested too deeply";
+    }
+    return std::nullopt;
+}
+
+}  // namespace Orlu
