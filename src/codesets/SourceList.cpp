@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include <algorithm>
+#include <set>
+
+#include "codesets/CodesetLog.h"
+#include "codesets/Trellan_ServiceCodesetHandler.h"
+
+using TrellanServiceMessages::SrcCiCodeMessage_t;
+
+namespace TrellanService {
+
+void Trellan_ServiceCodesetHandler::HandlePCSourceList(const SrcCiCodeMessage_t& sourceList)
+{
+    switch (m_sendKeyState) {
+        case SendKeyStartup:
+            if (!compareCodesets(sourceList)) {
+                FollowChangedList(sourceList);
+                if (m_server.IsCloudConnected()) {
+                    syncCodesets();
+                }
+                break;
+            }
+            AddWhiteListStatus();
+            SetSendKeyState(SendKeyReady);
+            break;
+        case SendKeyReady:
+            if (!compareCodesets(sourceList)) {
+                FollowChangedList(sourceList);
+                syncCodesets();
+                break;
+            }
+            m_server.NotifyBlasterSyncComplete(true);
+            break;
+        case SendKeyOSM:
+            cacheCodesets(sourceList);
+            break;
+        case SendKeySyncPending:
+            if (m_server.IsCloudConnected()) {
+                kCodesetLog.Put(3, "aborting current codeset sync");
+                m_abortSync = true;
+            }
+            cacheCodesets(sourceList);
+            break;
+    }
+}
+
+void Trellan_ServiceCodesetHandler::FollowChangedList(const SrcCiCodeMessage_t& sourceList)
+{
+    cacheCodesets(sourceList);
+    SetSendKeyState(SendKeySyncPending);
+}
+
+bool Trellan_ServiceCodesetHandler::compareCodesets(const SrcCiCodeMessage_t& sourceList)
+{
+    if (!m_initialized) {
+        InitCodesetMap();
+    }
+    const bool match = std::ranges::all_of(
+        sourceList.cicode(), [this](const std::string& name) { return m_codesets.contains(name); });
+    kCodesetLog.Put(3, match ? "The codesets match, we can send keys"
+                             : "The codesets don't match, we need to sync");
+    return match;
+}
+
+void Trellan_ServiceCodesetHandler::cacheCodesets(const SrcCiCodeMessage_t& sourceList)
+{
+    kCodesetLog.Put(3, "setting trs codeset map to match the source list codesets");
+    const std::set<std::string_view> wanted(sourceList.cicode().begin(), sourceList.cicode().end());
+    for (auto entry = m_codesets.begin(); entry != m_codesets.end();) {
+        if (wanted.contains(entry->first)) {
+            ++entry;
+            continue;
+        }
+        // The position of a sync that is running must not be left on an entry that is gone.
+        const bool atPosition = entry == m_position;
+        entry = m_codesets.erase(entry);
+        if (atPosition) {
+            m_position = entry;
+        }
+    }
+    for (const std::string& name : sourceList.cicode()) {
+        std::uint16_t devNum = 0;
+        if (name.empty() || m_codesets.contains(name) || !devStringTodevNum(name, devNum)) {
+            continue;
+        }
+        m_codesets[name].devNum = devNum;
+        kCodesetLog.Log(3, "Codeset = {}", name);
+    }
+}
+
+bool Trellan_ServiceCodesetHandler::syncCodesets()
+{
+    return false;
+}
+
+}  // namespace TrellanService

@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ProtoBufs/Trellan_Service.pb.h"
+#include "codesets/CodesetServerIF.h"
+
+namespace TrellanService {
+
+/// What is known of one code set.
+struct CodesetEntry {
+    std::uint32_t devNum = 0;              ///< The blaster's number of it, 16 bits.
+    std::uint32_t ambiguousKeyBitMap = 0;  ///< Bits of `kAmbiguousKeys`.
+    std::string checksum;                  ///< MD5 of the binary in hexadecimal; empty: not loaded.
+    bool safeToBlast = false;              ///< May be sent without pause.
+    std::vector<std::uint8_t> ueiKeys;     ///< The keys it holds, in the blaster's order.
+};
+
+/// By name, byte by byte: the order in which code sets are loaded and written to the file.
+using CodesetMap = std::map<std::string, CodesetEntry, std::less<>>;
+
+/// Whether keys may go out by infrared.
+enum SendKeyState : std::uint32_t {
+    SendKeyStartup = 0,      ///< No source list handled yet.
+    SendKeyReady = 1,        ///< The blaster is in step with the source list.
+    SendKeyOSM = 2,          ///< A guided test owns the blaster.
+    SendKeySyncPending = 3,  ///< The blaster must be synced, or a sync is running.
+};
+
+/// Knows which code sets the blaster holds, keeps that over a restart, and follows the product's
+/// source list. On the server task; lives until the process ends. An empty map is always safe: the
+/// blaster is then loaded anew.
+class Trellan_ServiceCodesetHandler {
+public:
+    static Trellan_ServiceCodesetHandler& getInstance();
+
+    explicit Trellan_ServiceCodesetHandler(CodesetServerIF& server) : m_server(server) {}
+    Trellan_ServiceCodesetHandler(const Trellan_ServiceCodesetHandler&) = delete;
+    Trellan_ServiceCodesetHandler& operator=(const Trellan_ServiceCodesetHandler&) = delete;
+
+    /// A source list from the product controller.
+    void HandlePCSourceList(const TrellanServiceMessages::SrcCiCodeMessage_t& sourceList);
+
+    /// Whether every name of the list is in the map, which is read from its file first if that has
+    /// not happened yet. Names that the list lacks do not count.
+    bool compareCodesets(const TrellanServiceMessages::SrcCiCodeMessage_t& sourceList);
+
+    /// Makes the map hold exactly the list's code sets; entries that stay keep what they know. A
+    /// name that is none of a code set stays out.
+    void cacheCodesets(const TrellanServiceMessages::SrcCiCodeMessage_t& sourceList);
+
+    /// False: no sync could begin. There is no engine yet that could try the cloud or download a
+    /// code set, so this gives false with the cloud connected too, and touches nothing.
+    bool syncCodesets();
+
+    /// Fills the map from the file; one that is missing or damaged gives an empty map.
+    void InitCodesetMap();
+
+    /// Writes the map to the file. A failure is logged, and the old file stands.
+    void StoreCodesetConfig();
+
+    /// Works `safeToBlast` out for every entry from the whitelist file. A list that can't be read
+    /// as one changes nothing; one that is not there approves of no code set.
+    void AddWhiteListStatus();
+
+    /// "uninitialized" until a list was applied.
+    const std::string& GetWhiteListVersion() const { return m_whiteListVersion; }
+
+    /// From any task. False, with a log line, for a name without a device number: one that is no
+    /// capital letter with decimal digits behind it to its end, or of an unknown class.
+    static bool devStringTodevNum(const std::string& name, std::uint16_t& devNum);
+
+    /// Fills the entry at the position from the blaster's answer to a key map query.
+    void CalculateAmbiguousKeyMap(std::string_view answer);
+
+    /// Puts the position at the first entry.
+    void Rewind() { m_position = m_codesets.begin(); }
+
+    void SetSendKeyState(SendKeyState state);
+    SendKeyState GetSendKeyState() const { return m_sendKeyState; }
+
+    /// The entry of that name, or the end of `GetCodesets`.
+    CodesetMap::const_iterator FindCodeset(std::string_view name) const
+    {
+        return m_codesets.find(name);
+    }
+    const CodesetMap& GetCodesets() const { return m_codesets; }
+
+    /// For a name that is not in the map: no keys, and the one byte 0xFF in `ueiKey`.
+    TrellanServiceMessages::KeyMapMessage_t GetStoredKeyMap(const std::string& name) const;
+    bool isKeyInCodeset(std::uint8_t ueiKey, const std::string& name) const;
+
+private:
+    static std::string ConfigPath();
+    bool ReadEntries(const std::string& text);
+    void FollowChangedList(const TrellanServiceMessages::SrcCiCodeMessage_t& sourceList);
+
+    CodesetMap m_codesets;
+    CodesetMap::iterator m_position = m_codesets.end();
+    SendKeyState m_sendKeyState = SendKeyStartup;
+    bool m_initialized = false;
+    bool m_abortSync = false;
+    std::string m_whiteListVersion = "uninitialized";
+    CodesetServerIF& m_server;
+};
+
+}  // namespace TrellanService
