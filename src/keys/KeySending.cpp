@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "blaster/Trellan_ServiceBlasterProxy.h"
+#include "keys/KeyLog.h"
+#include "keys/KeyTables.h"
+#include "keys/Trellan_ServiceKeyHandler.h"
+
+namespace TrellanService {
+
+namespace {
+
+constexpr std::uint8_t kSinglePress = 0x80;
+constexpr std::size_t kHistoryLines = 50;
+
+}  // namespace
+
+void Trellan_ServiceKeyHandler::sendSingleKey(std::string codeset, std::uint32_t orluKey,
+                                              const StringCallback& callback)
+{
+    if (GoesByInfrared(codeset)) {
+        sendKey(codeset, orluKey, kSinglePress, callback);
+        return;
+    }
+    kKeyLog.Put(1, "CEC key press must have separate press and release, no single key press");
+    callback("");
+}
+
+void Trellan_ServiceKeyHandler::sendContinuousKey(std::string codeset, std::uint32_t orluKey,
+                                                  const StringCallback& callback, bool forceBlast)
+{
+    if (!forceBlast && !GoesByInfrared(codeset)) {
+        kKeyLog.Log(3, "Sending Orlu key {} to LPM CEC", orluKey);
+        m_blasterProxy->SendCecKeyPress(orluKey, callback);
+        return;
+    }
+    HandleBlastState(BlastPress, std::move(codeset), orluKey);
+    callback("");
+}
+
+void Trellan_ServiceKeyHandler::sendEndKey(std::string codeset, const StringCallback& callback,
+                                           bool forceBlast)
+{
+    if (!forceBlast && !GoesByInfrared(codeset)) {
+        m_blasterProxy->SendCecKeyRelease(callback);
+        kKeyLog.Put(3, "CEC END key press ");
+        return;
+    }
+    HandleBlastState(BlastRelease, "", kInvalidUEIKey);
+    callback("");
+    kKeyLog.Put(3, "UEI END Key Press ");
+}
+
+void Trellan_ServiceKeyHandler::sendKey(const std::string& codeset, std::uint32_t orluKey,
+                                        std::uint8_t flag, const StringCallback& callback)
+{
+    const std::uint32_t ueiKey = TranslateOrluToUEI(orluKey, codeset);
+    if (ueiKey == kInvalidUEIKey) {
+        kKeyLog.Log(2, "No UEI mapping for key, sending INVALID {}", orluKey);
+    }
+    if (ueiKey == UEIKeyNamesPB::kKey_POWER) {
+        flag = kSinglePress;
+    }
+    m_blasterProxy->SendBlasterKey(codeset, static_cast<std::uint8_t>(ueiKey), flag, callback);
+    AddToHistory(codeset, orluKey, ueiKey, flag);
+    kKeyLog.Log(3, "UEI Key Press: {} code set: {} Key Flag: {} corresponding Orlu key: {}", ueiKey,
+                codeset, flag, orluKey);
+}
+
+void Trellan_ServiceKeyHandler::AddToHistory(const std::string& codeset, std::uint32_t orluKey,
+                                             std::uint32_t ueiKey, std::uint8_t flag)
+{
+    const auto key = static_cast<UEIKeyNamesPB::ueikey>(ueiKey);
+    m_keyHistory.push_back(fmt::format("Value: {:x} Key: {} ciCode: {} Flag: {:x}\n", orluKey,
+                                       UEIKeyNamesPB::ueikey_Name(key), codeset, flag));
+    if (m_keyHistory.size() > kHistoryLines) {
+        m_keyHistory.pop_front();
+    }
+}
+
+}  // namespace TrellanService
