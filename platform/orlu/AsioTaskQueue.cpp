@@ -9,6 +9,7 @@
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/post.hpp>
 
+#include "orlu/Backtrace.h"
 #include "orlu/CurrentQueue.h"
 #include "orlu/Limits.h"
 
@@ -155,6 +156,7 @@ std::span<std::uint8_t> AsioTaskQueue::ReadBuffer()
 void AsioTaskQueue::Run(const Work& entry)
 {
     const CurrentQueueScope scope(this);
+    GiveThreadFaultStack();
     const auto keepWaiting = boost::asio::make_work_guard(m_context);
     if (entry) {
         entry();

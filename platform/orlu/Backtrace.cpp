@@ -6,19 +6,16 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
-#include <cstring>
+#include <cstdlib>
+#include <memory>
 #include <string_view>
 
 #include <backtrace.h>
+#include <cxxabi.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
 #include "orlu/LogLine.h"
-
-// Of the C++ library: the one way to read a mangled name that takes no memory.
-extern "C" int __gcclibcxx_demangle_callback(const char* mangled,
-                                             void (*take)(const char*, std::size_t, void*),
-                                             void* context);
 
 namespace {
 
@@ -28,42 +25,58 @@ constexpr int kMostFrames = 64;
 /// Room for reading symbols and names; only touched pages cost memory.
 constexpr std::size_t kStackBytes = 256 * 1024;
 
-/// A longer name, from deep templates, is written as it stands: reading it takes stack.
-constexpr std::size_t kMostMangled = 512;
-
 void (*g_handler)(int) = nullptr;
-
-/// The reader of symbols takes its memory from the system, not from the heap, and no lock.
-backtrace_state* g_state = nullptr;
 
 void IgnoreError(void*, const char*, int) {}
 
+/// The reader of symbols takes its memory from the system, not from the heap, and no lock.
 backtrace_state* State()
 {
     static backtrace_state* const state = backtrace_create_state(nullptr, 1, IgnoreError, nullptr);
     return state;
 }
 
-/// Called with each part of a frame's name, in order.
-struct NameTaker {
-    void (*take)(const char* text, std::size_t size, void* context);
-    void* context;
-};
-
-void TakeSymbol(void* data, std::uintptr_t, const char* symbol, std::uintptr_t, std::uintptr_t)
+void TakeSymbol(void* name, std::uintptr_t, const char* symbol, std::uintptr_t, std::uintptr_t)
 {
-    const auto& taker = *static_cast<const NameTaker*>(data);
-    if (!symbol) {
-        return;
-    }
-    const std::size_t length = std::strlen(symbol);
-    if (length > kMostMangled ||
-        __gcclibcxx_demangle_callback(symbol, taker.take, taker.context) != 0) {
-        taker.take(symbol, length, taker.context);
-    }
+    *static_cast<const char**>(name) = symbol;
 }
 
-int CountFrames(std::uintptr_t* frames, backtrace_state* state, int skip)
+/// The mangled name of a frame's function; null if it has none.
+const char* SymbolOf(std::uintptr_t frame)
+{
+    const char* symbol = nullptr;
+    backtrace_syminfo(State(), frame, TakeSymbol, IgnoreError, &symbol);
+    return symbol;
+}
+
+std::string Demangle(const char* symbol)
+{
+    int status = 0;
+    const std::unique_ptr<char, decltype(&std::free)> name(
+        abi::__cxa_demangle(symbol, nullptr, nullptr, &status), &std::free);
+    return name ? name.get() : symbol;
+}
+
+bool IsDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+/// Takes the next identifier, which stands behind its length, from a mangled name.
+std::string_view TakeIdentifier(std::string_view& mangled)
+{
+    std::size_t length = 0;
+    while (!mangled.empty() && IsDigit(mangled[0]) && length < mangled.size()) {
+        length = length * 10 + static_cast<std::size_t>(mangled[0] - '0');
+        mangled.remove_prefix(1);
+    }
+    const std::string_view identifier = mangled.substr(0, length);
+    mangled.remove_prefix(identifier.size());
+    return identifier;
+}
+
+/// Without this function and its caller.
+[[gnu::noinline]] int CountFrames(std::uintptr_t* frames)
 {
     struct Walk {
         std::uintptr_t* frames;
@@ -74,7 +87,7 @@ int CountFrames(std::uintptr_t* frames, backtrace_state* state, int skip)
         into.frames[into.count++] = frame;
         return into.count == kMostFrames ? 1 : 0;
     };
-    backtrace_simple(state, skip, add, IgnoreError, &walk);
+    backtrace_simple(State(), 2, add, IgnoreError, &walk);
     // The outermost frame of a thread has no caller and reads as all ones.
     while (walk.count > 0 && frames[walk.count - 1] == UINTPTR_MAX) {
         --walk.count;
@@ -100,10 +113,7 @@ void WriteAll(const char* text, std::size_t size)
 /// One line in a fixed buffer; what does not fit is cut.
 class FaultLine {
 public:
-    explicit FaultLine(const char* logger)
-        : m_size(Orlu::WriteLogHead(m_text, kRoom, 1, logger)), m_head(m_size)
-    {
-    }
+    explicit FaultLine(const char* logger) : m_size(Orlu::WriteLogHead(m_text, kRoom, 1, logger)) {}
     ~FaultLine()
     {
         m_text[m_size] = '\n';
@@ -119,13 +129,31 @@ public:
         m_size += size;
     }
 
-    bool HasText() const { return m_size > m_head; }
+    /// The library's way to read a mangled name takes memory: this one gives scopes and function,
+    /// without parameters, and any other name as it stands.
+    void AppendName(std::string_view symbol)
+    {
+        std::string_view rest = symbol;
+        rest.remove_prefix(rest.starts_with("_Z") ? std::min<std::size_t>(2, rest.size()) : 0);
+        rest.remove_prefix(std::min(rest.find_first_not_of("ZNKLVRO"), rest.size()));
+        const bool isStandard = rest.starts_with("St");
+        rest.remove_prefix(isStandard ? 2 : 0);
+        if (rest.size() == symbol.size() || rest.empty() || !IsDigit(rest[0])) {
+            Append(symbol);
+            return;
+        }
+        Append(isStandard ? "std" : "");
+        for (bool first = !isStandard; !rest.empty() && IsDigit(rest[0]); first = false) {
+            Append(first ? "" : "::");
+            const std::string_view identifier = TakeIdentifier(rest);
+            Append(identifier == "_GLOBAL__N_1" ? "(anonymous namespace)" : identifier);
+        }
+    }
 
 private:
     static constexpr std::size_t kRoom = 1023;
     char m_text[kRoom + 1];
     std::size_t m_size;
-    std::size_t m_head;
 };
 
 void HandleFault(int signal)
@@ -172,14 +200,12 @@ private:
 std::vector<std::string> backtrace()
 {
     std::uintptr_t frames[kMostFrames];
-    const int count = CountFrames(frames, State(), 1);
+    const int count = CountFrames(frames);
     std::vector<std::string> names(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i) {
-        const auto append = [](const char* text, std::size_t size, void* name) {
-            static_cast<std::string*>(name)->append(text, size);
-        };
-        NameTaker taker{append, &names[static_cast<std::size_t>(i)]};
-        backtrace_syminfo(State(), frames[i], TakeSymbol, IgnoreError, &taker);
+        if (const char* symbol = SymbolOf(frames[i])) {
+            names[static_cast<std::size_t>(i)] = Demangle(symbol);
+        }
     }
     return names;
 }
@@ -195,7 +221,8 @@ void GiveThreadFaultStack()
 void InstallFaultHandler(void (*handler)(int))
 {
     g_handler = handler;
-    g_state = State();
+    // Made here, so that it is there when a fault asks for it.
+    State();
     GiveThreadFaultStack();
     struct sigaction action {};
     action.sa_handler = HandleFault;
@@ -211,21 +238,11 @@ void FaultLog(const char* logger, const char* text)
 
 void FaultBacktrace(const char* logger)
 {
-    if (!g_state) {
-        return;
-    }
     std::uintptr_t frames[kMostFrames];
-    const int count = CountFrames(frames, g_state, 1);
+    const int count = CountFrames(frames);
     for (int i = 0; i < count; ++i) {
-        FaultLine line(logger);
-        const auto append = [](const char* text, std::size_t size, void* into) {
-            static_cast<FaultLine*>(into)->Append({text, size});
-        };
-        NameTaker taker{append, &line};
-        backtrace_syminfo(g_state, frames[i], TakeSymbol, IgnoreError, &taker);
-        if (!line.HasText()) {
-            line.Append("<unresolved>");
-        }
+        const char* symbol = SymbolOf(frames[i]);
+        FaultLine(logger).AppendName(symbol ? symbol : "<unresolved>");
     }
 }
 
