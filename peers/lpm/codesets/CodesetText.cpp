@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "codesets/CodesetText.h"
+
+#include "ProtoBufs/UEIKeyNames.pb.h"
+#include "infrared/CodesetBinary.h"
+#include "orlu/StrictJson.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <initializer_list>
+
+namespace Lpm {
+namespace {
+
+std::string CheckMembers(const Json::Value& object, std::initializer_list<std::string_view> known)
+{
+    if (!object.isObject()) {
+        return "an object is missing";
+    }
+    for (const std::string& name : object.getMemberNames()) {
+        if (std::ranges::find(known, name) == known.end()) {
+            return fmt::format("unknown member '{}'", name);
+        }
+    }
+    return "";
+}
+
+/// 0 for a name that is no key's.
+std::uint8_t KeyNumber(const std::string& name)
+{
+    constexpr std::string_view kPrefix = "kKey_";
+    UEIKeyNamesPB::ueikey key = UEIKeyNamesPB::kKey_INVALID;
+    const std::string full = name.starts_with(kPrefix) ? name : std::string(kPrefix) + name;
+    return UEIKeyNamesPB::ueikey_Parse(full, &key) && key > 0 ? static_cast<std::uint8_t>(key) : 0;
+}
+
+std::string ReadKey(const std::string& name, const Json::Value& text, const ProtocolRow& row,
+                    CodesetKey& key)
+{
+    key.ueiKey = KeyNumber(name);
+    if (key.ueiKey == 0) {
+        return fmt::format("'{}' is no key", name);
+    }
+    if (!text.isString()) {
+        return fmt::format("{}: the scancode is no text", name);
+    }
+    std::string why;
+    const std::optional<std::uint32_t> scancode = ParseScancode(row, text.asString(), why);
+    key.scancode = scancode.value_or(0);
+    return scancode ? "" : fmt::format("{}: {}", name, why);
+}
+
+/// A number of one byte that may be absent.
+std::string ReadByte(const Json::Value& group, const char* name, std::uint8_t& value)
+{
+    const Json::Value& member = group[name];
+    if (member.isNull()) {
+        return "";
+    }
+    if (!member.isUInt() || member.asUInt() == 0 || member.asUInt() > 255) {
+        return fmt::format("{} is no number from 1 to 255", name);
+    }
+    value = static_cast<std::uint8_t>(member.asUInt());
+    return "";
+}
+
+std::string ReadKeys(const Json::Value& object, std::size_t group, const ProtocolRow& row,
+                     std::vector<CodesetKey>& keys)
+{
+    if (!object.isObject()) {
+        return "a group has no keys";
+    }
+    for (const std::string& name : object.getMemberNames()) {
+        CodesetKey key{.group = static_cast<std::uint8_t>(group)};
+        std::string why = ReadKey(name, object[name], row, key);
+        if (!why.empty()) {
+            return why;
+        }
+        keys.push_back(key);
+    }
+    return "";
+}
+
+std::string ReadGroup(const Json::Value& object, std::vector<CodesetGroup>& groups,
+                      std::vector<CodesetKey>& keys)
+{
+    std::string why = CheckMembers(object, {"protocol", "carrierKHz", "minimumFrames", "keys"});
+    if (!why.empty()) {
+        return why;
+    }
+    const Json::Value& name = object["protocol"];
+    const ProtocolRow* row = name.isString() ? FindProtocol(name.asString()) : nullptr;
+    if (row == nullptr || row->coding == Coding::kStored) {
+        return "a group has no known protocol";
+    }
+    CodesetGroup group{.protocol = row->id};
+    why = ReadByte(object, "carrierKHz", group.carrierKHz);
+    if (why.empty()) {
+        why = ReadByte(object, "minimumFrames", group.minimumFrames);
+    }
+    if (why.empty()) {
+        why = ReadKeys(object["keys"], groups.size(), *row, keys);
+    }
+    groups.push_back(std::move(group));
+    return why;
+}
+
+std::string ReadCodeset(const Json::Value& root, std::vector<CodesetGroup>& groups,
+                        std::vector<CodesetKey>& keys)
+{
+    std::string why = CheckMembers(root, {"about", "groups"});
+    if (!why.empty()) {
+        return why;
+    }
+    if (!root["about"].isNull() && !root["about"].isString()) {
+        return "'about' is no text";
+    }
+    if (!root["groups"].isArray() || root["groups"].size() > 255) {
+        return "'groups' is no list of at most 255";
+    }
+    for (const Json::Value& group : root["groups"]) {
+        why = ReadGroup(group, groups, keys);
+        if (!why.empty()) {
+            return why;
+        }
+    }
+    return "";
+}
+
+}  // namespace
+
+std::optional<std::vector<std::uint8_t>> CompileCodeset(std::string_view text, std::string& why)
+{
+    const std::optional<Json::Value> root = Orlu::ParseStrictJson(text, why);
+    if (!root) {
+        return std::nullopt;
+    }
+    std::vector<CodesetGroup> groups;
+    std::vector<CodesetKey> keys;
+    why = ReadCodeset(*root, groups, keys);
+    if (!why.empty()) {
+        return std::nullopt;
+    }
+    return CodesetBinary::Compose(groups, keys, why);
+}
+
+}  // namespace Lpm
