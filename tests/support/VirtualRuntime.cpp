@@ -157,8 +157,10 @@ private:
             work();
             return;
         }
-        for (const auto& work : std::exchange(m_endOfWakeUp, {})) {
-            work();
+        while (!m_endOfWakeUp.empty()) {
+            for (const auto& work : std::exchange(m_endOfWakeUp, {})) {
+                work();
+            }
         }
     }
 

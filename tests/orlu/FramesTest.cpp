@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include <gtest/gtest.h>
+
+#include "orlu/IPCFrames.h"
+#include "orlu/Limits.h"
+
+using IPCFrames::Reader;
+
+namespace {
+
+std::span<const std::uint8_t> Bytes(const std::string& text)
+{
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+IPCMessageEnvelope Envelope(std::uint32_t id, std::uint32_t kind, const std::string& payload)
+{
+    IPCMessageEnvelope envelope;
+    envelope.set_id(id);
+    envelope.set_token(4711);
+    envelope.set_kind(kind);
+    envelope.set_payload_type("Thing_t");
+    envelope.set_payload(payload);
+    return envelope;
+}
+
+/// Three frames, one of them empty, and the beginning of a fourth.
+std::string Stream()
+{
+    return IPCFrames::Encode(Envelope(80, IPCFrames::kRequest, std::string("\0\n\xff", 3))) +
+           std::string(4, '\0') + IPCFrames::Encode(Envelope(83, IPCFrames::kReply, "event")) +
+           std::string("\0\0\0\x09half", 8);
+}
+
+struct Reading {
+    std::string ids;
+    Reader::Status end = Reader::Status::kMore;
+};
+
+void Feed(Reader& reader, std::span<const std::uint8_t> bytes, Reading& reading)
+{
+    IPCMessageEnvelope envelope;
+    reader.Feed(bytes);
+    while ((reading.end = reader.Next(envelope)) == Reader::Status::kFrame) {
+        reading.ids +=
+            std::to_string(envelope.id()) + ":" + std::to_string(envelope.payload().size()) + " ";
+    }
+}
+
+TEST(FramesTest, StreamsMayBeCutAnywhere)
+{
+    const auto stream = Stream();
+    for (std::size_t cut = 0; cut <= stream.size(); ++cut) {
+        SCOPED_TRACE(cut);
+        Reader reader;
+        Reading reading;
+        Feed(reader, Bytes(stream).first(cut), reading);
+        ASSERT_EQ(reading.end, Reader::Status::kMore);
+        Feed(reader, Bytes(stream).subspan(cut), reading);
+        EXPECT_EQ(reading.end, Reader::Status::kMore);
+        EXPECT_EQ(reading.ids, "80:3 0:0 83:5 ");
+    }
+    Reader reader;
+    Reading byByte;
+    for (const char& byte : stream) {
+        Feed(reader, Bytes(std::string(1, byte)), byByte);
+    }
+    EXPECT_EQ(byByte.ids, "80:3 0:0 83:5 ");
+}
+
+TEST(FramesTest, ADamagedByteIsReadOrRefusedAndNeverTooMuch)
+{
+    const auto good = Stream();
+    std::size_t refused = 0;
+    for (std::size_t at = 0; at < good.size(); ++at) {
+        for (int value = 0; value < 256; ++value) {
+            auto bad = good;
+            bad[at] = static_cast<char>(value);
+            Reader reader;
+            Reading reading;
+            // From memory of exactly that size, so that a read past the end is seen.
+            const std::vector<std::uint8_t> exact(bad.begin(), bad.end());
+            Feed(reader, exact, reading);
+            refused += reading.end != Reader::Status::kMore ? 1 : 0;
+        }
+    }
+    EXPECT_GT(refused, 1000U);
+}
+
+TEST(FramesTest, AFrameIsRefusedByItsFirstBytes)
+{
+    const struct {
+        const char* name;
+        std::string stream;
+        Reader::Status status;
+    } rows[] = {
+        {"longest", std::string("\x00\x10\x00\x00", 4), Reader::Status::kMore},
+        {"too long", std::string("\x00\x10\x00\x01", 4), Reader::Status::kTooLong},
+        {"far too long", "\xff\xff\xff\xff", Reader::Status::kTooLong},
+        {"no envelope", std::string("\0\0\0\x01\x07", 5), Reader::Status::kDamaged},
+        {"kind 3", IPCFrames::Encode(Envelope(1, 3, "")), Reader::Status::kUnknownKind},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        Reader reader;
+        Reading reading;
+        Feed(reader, Bytes(row.stream), reading);
+        EXPECT_EQ(reading.end, row.status);
+        EXPECT_EQ(reading.ids, "");
+    }
+}
+
+TEST(FramesTest, AFrameOfTheLargestSizePasses)
+{
+    IPCMessageEnvelope envelope;
+    envelope.set_payload(std::string(Orlu::Limits::kFrameBytes - 4, 'x'));
+    ASSERT_EQ(envelope.ByteSizeLong(), Orlu::Limits::kFrameBytes);
+    const auto frame = IPCFrames::Encode(envelope);
+    Reader reader;
+    Reading reading;
+    for (auto rest = Bytes(frame); !rest.empty();) {
+        const auto size = std::min(rest.size(), Orlu::Limits::kReadBytes);
+        Feed(reader, rest.first(size), reading);
+        rest = rest.subspan(size);
+    }
+    EXPECT_EQ(reading.ids, "0:1048572 ");
+}
+
+}  // namespace

@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "orlu/Timer.h"
+
+#include <gtest/gtest.h>
+
+#include "orlu/ConditionSemaphore.h"
+#include "support/VirtualRuntime.h"
+
+namespace {
+
+class TimerTest : public testing::Test {
+protected:
+    void Note(const std::string& what)
+    {
+        m_effects += "+" + std::to_string(m_runtime.Elapsed()) + " " + what + "\n";
+    }
+
+    std::shared_ptr<APTimer> MakeTimer(std::uint32_t first, std::uint32_t repeat = 0)
+    {
+        auto timer = APTimer::Create(m_task.get(), "timer");
+        timer->SetTimeouts(first, repeat);
+        return timer;
+    }
+
+    /// Lets `ms` pass inside a piece of work of the task.
+    void StandStill(std::uint32_t ms)
+    {
+        ConditionSemaphore over(0);
+        const auto timer = APTimer::Create(m_other.get(), "other");
+        timer->SetTimeouts(ms, 0);
+        timer->Start([&over] { over.Signal(); });
+        over.Wait();
+    }
+
+    VirtualRuntime m_runtime;
+    std::shared_ptr<NotifyTargetTaskIF> m_task = IL::CreateTask("task", "");
+    std::shared_ptr<NotifyTargetTaskIF> m_other = IL::CreateTask("other", "");
+    std::string m_effects;
+};
+
+TEST_F(TimerTest, EqualDeadlinesFireInTheOrderOfArming)
+{
+    std::vector<std::shared_ptr<APTimer>> timers;
+    for (const std::uint32_t first : {20U, 10U, 20U, 10U, 15U}) {
+        timers.push_back(MakeTimer(first));
+    }
+    for (std::size_t i = 0; i < timers.size(); ++i) {
+        timers[i]->Start([this, i] { Note(std::to_string(i)); });
+    }
+    // Armed anew, the first goes behind the third.
+    timers[0]->Start([this] { Note("0 again"); });
+    m_runtime.Advance(30);
+    EXPECT_EQ(m_effects, "+10 1\n+10 3\n+15 4\n+20 2\n+20 0 again\n");
+}
+
+TEST_F(TimerTest, AChainOfStepsDoesNotDriftWithTheLoad)
+{
+    const auto timer = MakeTimer(10);
+    int step = 0;
+    std::function<void()> next = [this, &timer, &step, &next] {
+        Note("step");
+        StandStill(step == 1 ? 7 : 3);
+        if (++step < 4) {
+            timer->Start(next);
+        }
+    };
+    timer->Start(next);
+    m_runtime.Advance(100);
+    EXPECT_EQ(m_effects, "+10 step\n+20 step\n+30 step\n+40 step\n");
+}
+
+TEST_F(TimerTest, ATaskThatStoodStillDoesNotReplayWhatItMissed)
+{
+    const auto timer = MakeTimer(1000, 1000);
+    timer->Start([this] {
+        Note("tick");
+        if (m_runtime.Elapsed() == 1000) {
+            StandStill(55000);
+        }
+    });
+    m_runtime.Advance(58000);
+    EXPECT_EQ(m_effects, "+1000 tick\n+56000 tick\n+56900 tick\n+57900 tick\n");
+}
+
+TEST_F(TimerTest, NoCallComesAfterStop)
+{
+    const auto first = MakeTimer(10);
+    const auto second = MakeTimer(10);
+    const auto repeating = MakeTimer(4, 4);
+    first->Start([this, &second] {
+        Note("first stops second");
+        second->Stop();
+    });
+    second->Start([this] { Note("second"); });
+    repeating->Start([this, &repeating] {
+        Note("repeating");
+        if (m_runtime.Elapsed() == 8) {
+            repeating->Stop();
+        }
+    });
+    m_runtime.Advance(50);
+    EXPECT_EQ(m_effects, "+4 repeating\n+8 repeating\n+10 first stops second\n");
+
+    second->Shutdown();
+    second->Start([this] { Note("after shutdown"); });
+    m_runtime.Advance(50);
+    EXPECT_EQ(m_effects, "+4 repeating\n+8 repeating\n+10 first stops second\n");
+}
+
+TEST_F(TimerTest, ATimerMayGoInItsOwnCallback)
+{
+    auto timer = MakeTimer(5, 5);
+    timer->Start([this, &timer] {
+        timer.reset();
+        Note("gone");
+    });
+    m_runtime.Advance(50);
+    EXPECT_EQ(m_effects, "+5 gone\n");
+}
+
+}  // namespace
