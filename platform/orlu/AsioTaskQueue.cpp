@@ -10,6 +10,7 @@
 #include <boost/asio/post.hpp>
 
 #include "orlu/Backtrace.h"
+#include "orlu/Backtrace.h"
 #include "orlu/CurrentQueue.h"
 #include "orlu/Limits.h"
 

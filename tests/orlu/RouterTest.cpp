@@ -123,7 +123,7 @@ TEST_F(RouterTest, ReplyFindsItsRequestAndNothingElseDoes)
     EXPECT_EQ(Effects(),
               "2 client: unexpected message, id 1, kind 2, type \"\", 0 bytes\n"
               "2 client: unexpected message, id 2, kind 2, type \"\", 0 bytes\n"
-              "2 client: unexpected message, id 2, kind 2, type \"Other_t\n\", 0 bytes\n"
+              "2 client: unexpected message, id 2, kind 2, type \"Other_t\\n\", 0 bytes\n"
               "2 client: unexpected message, id 2, kind 2, type \"\", 0 bytes\n");
 }
 
