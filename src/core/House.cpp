@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "core/House.h"
+
+#include "blaster/Trellan_ServiceBlasterProxy.h"
+#include "blaster/Trellan_ServiceCecIF.h"
+#include "codesets/Trellan_ServiceCodesetHandler.h"
+#include "keys/Trellan_ServiceKeyHandler.h"
+
+namespace TrellanService {
+
+using namespace TrellanServiceMessages;  // NOLINT(google-build-using-namespace)
+
+namespace {
+
+/// The server task's neighbours are the house's own.
+class ServerNeighbours : public ServerNeighboursIF {
+public:
+    ServerNeighbours(House& house, DeviceLookupIF& lookup) : m_house(house), m_lookup(lookup) {}
+
+    Trellan_ServiceKeyHandler& KeyHandler() override { return m_house.KeyHandler(); }
+    Trellan_ServiceCodesetHandler& CodesetHandler() override { return m_house.CodesetHandler(); }
+    Trellan_ServiceBlasterProxy& BlasterProxy(NotifyTargetTaskIF* task) override
+    {
+        return m_house.BlasterProxy(task);
+    }
+    Trellan_ServiceCecIF& CecIF(Trellan_Server* server) override { return m_house.CecIF(server); }
+    DeviceLookupIF& DeviceLookup() override { return m_lookup; }
+
+private:
+    House& m_house;
+    DeviceLookupIF& m_lookup;
+};
+
+class ServerTask : public ServerTaskIF {
+public:
+    explicit ServerTask(House& house) : m_house(house) {}
+    APTask& GetServerTask(const std::string&) override { return m_house.Server(); }
+
+private:
+    House& m_house;
+};
+
+/// What the code set handler asks the server task, whose bases are its own.
+class CodesetServer : public CodesetServerIF {
+public:
+    explicit CodesetServer(House& house) : m_house(house) {}
+    bool IsCloudConnected() override { return m_house.Server().IsCloudConnected(); }
+    void NotifyBlasterSyncComplete(bool done) override
+    {
+        m_house.Server().NotifyBlasterSyncComplete(done);
+    }
+
+private:
+    House& m_house;
+};
+
+/// No engine is built in: the cloud never counts as connected, so nothing is looked up, and no load
+/// has a guided test or a direct entry behind it whose state an answer could tell.
+class NoEngine : public DeviceLookupIF, public UEIResponsesIF {
+public:
+    void FindCECDevice(const FindCECDevice_t&,
+                       const AsyncCallback<FindCECDevice_t>& callback) override
+    {
+        FindCECDevice_t answer;
+        answer.set_result("RESULT_ERROR");
+        callback(answer);
+    }
+    void FindEDIDDevice(const FindEDIDDevice_t&,
+                        const AsyncCallback<FindEDIDDevice_t>& callback) override
+    {
+        FindEDIDDevice_t answer;
+        answer.set_result("RESULT_ERROR");
+        callback(answer);
+    }
+    void DirectEntryBrandModel(const DirectEntryReq_t&, bool,
+                               const AsyncCallback<DirectEntryResp_t>& callback) override
+    {
+        DirectEntryResp_t answer;
+        answer.set_lastresult("LAST_RESULT_ERROR");
+        callback(answer);
+    }
+    void FillOSMControlResp(OSMControlResp_t&) override {}
+    void FillDirectEntryResp(DirectEntryResp_t&) override {}
+};
+
+}  // namespace
+
+struct House::Adapters {
+    explicit Adapters(House& house)
+        : neighbours(house, engine), serverTask(house), codesetServer(house)
+    {
+    }
+
+    NoEngine engine;
+    ServerNeighbours neighbours;
+    ServerTask serverTask;
+    CodesetServer codesetServer;
+};
+
+House::House() : m_adapters(std::make_unique<Adapters>(*this)) {}
+
+House::~House() = default;
+
+Trellan_ServiceManager& House::Manager()
+{
+    if (!m_manager) {
+        m_manager = std::make_unique<Trellan_ServiceManager>(m_adapters->serverTask);
+    }
+    return *m_manager;
+}
+
+Trellan_Server& House::Server()
+{
+    if (!m_server) {
+        m_server = std::make_unique<Trellan_Server>(m_adapters->neighbours);
+    }
+    return *m_server;
+}
+
+Trellan_ServiceCodesetHandler& House::CodesetHandler()
+{
+    if (!m_codesetHandler) {
+        m_codesetHandler =
+            std::make_unique<Trellan_ServiceCodesetHandler>(m_adapters->codesetServer);
+    }
+    return *m_codesetHandler;
+}
+
+Trellan_ServiceKeyHandler& House::KeyHandler()
+{
+    if (!m_keyHandler) {
+        m_keyHandler = std::make_unique<Trellan_ServiceKeyHandler>(&BlasterProxy(nullptr),
+                                                                   CodesetHandler(), &Server());
+    }
+    return *m_keyHandler;
+}
+
+Trellan_ServiceBlasterProxy& House::BlasterProxy(NotifyTargetTaskIF* task)
+{
+    Trellan_ServiceBlasterProxy::LogGetInstance();
+    if (!m_blasterProxy) {
+        m_blasterProxy = std::make_unique<Trellan_ServiceBlasterProxy>(task, m_adapters->engine);
+    }
+    return *m_blasterProxy;
+}
+
+Trellan_ServiceCecIF& House::CecIF(Trellan_Server* server)
+{
+    if (!m_cecIF) {
+        m_cecIF = std::make_unique<Trellan_ServiceCecIF>(server, server);
+    }
+    m_cecIF->LogGetInstance();
+    return *m_cecIF;
+}
+
+}  // namespace TrellanService

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "core/Trellan_Server.h"
+
+#include "blaster/Trellan_ServiceBlasterProxy.h"
+#include "blaster/Trellan_ServiceCecIF.h"
+#include "core/ServerLog.h"
+
+namespace TrellanService {
+
+Trellan_Server::Trellan_Server(ServerNeighboursIF& neighbours)
+    : APTask("TrellanServiceThread", 0, 0, -1),
+      m_cecIF(&neighbours.CecIF(this)),
+      m_cloudConnectTimer(APTimer::Create(this, "UEI Cloud Connect Timer")),
+      m_neighbours(neighbours)
+{
+}
+
+Trellan_Server::~Trellan_Server()
+{
+    kServerLog.Put(1, __PRETTY_FUNCTION__);
+    m_cloudConnectTimer->Shutdown();
+}
+
+void Trellan_Server::OnEntry()
+{
+    kServerLog.Put(4, __PRETTY_FUNCTION__);
+    m_listener = IL::CreateServerListener("TrellanServiceListener", this);
+    const AsyncCallback<APServerSocketListenerIF::SocketPtr> accept(
+        [this](const APServerSocketListenerIF::SocketPtr& socket) { AcceptClient(socket); }, this);
+    InitializeTRS();
+    m_cecIF->Initialize();
+    m_neighbours.BlasterProxy(this).Initialize();
+    const Network::Address address = IPCDirectory::Get().Lookup("TrellanService");
+    if (!m_listener->Serve(address, accept)) {
+        kServerLog.Put(1, "TrellanServer serve failed.");
+    }
+}
+
+void Trellan_Server::InitializeTRS()
+{
+    kServerLog.Put(4, __PRETTY_FUNCTION__);
+    m_cloudConnected = false;
+}
+
+void Trellan_Server::AcceptClient(const APServerSocketListenerIF::SocketPtr& socket)
+{
+    kServerLog.Put(4, __PRETTY_FUNCTION__);
+    const std::string peer = socket->GetPeer().ToString();
+    kServerLog.Log(3, "Connection from |{}|", peer);
+    if (m_router) {
+        m_router->Disconnect();
+    }
+    m_router = IPCMessageRouterFactory::CreateRouter("TrellanServerRouter_" + peer, this, nullptr);
+    // A loss that was already queued when another client took this one's place is not the other's.
+    const AsyncCallback<> disconnected(
+        [this, router = m_router] {
+            if (router == m_router) {
+                HandleDisconnect();
+            }
+        },
+        this);
+    m_router->Connect(socket, disconnected);
+    AddHandlers(m_router);
+}
+
+void Trellan_Server::HandleDisconnect()
+{
+    kServerLog.Put(3, "the client connection has been disconnected.");
+    m_router.reset();
+}
+
+}  // namespace TrellanService

@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "ProtoBufs/Trellan_MessageIDs.pb.h"
+#include "ProtoBufs/Trellan_Service.pb.h"
+#include "orlu/IPCMessageRouter.h"
+#include "orlu/Network.h"
+#include "orlu/Task.h"
+#include "orlu/Timer.h"
+
+namespace TrellanService {
+
+class Trellan_Server;
+class Trellan_ServiceBlasterProxy;
+class Trellan_ServiceCecIF;
+class Trellan_ServiceCodesetHandler;
+class Trellan_ServiceKeyHandler;
+
+/// Looks devices up in the vendor's cloud. Called on the server task, and only while the cloud
+/// counts as connected; each callback is called once, with the answer to give.
+class DeviceLookupIF {
+public:
+    virtual ~DeviceLookupIF() = default;
+
+    virtual void FindCECDevice(
+        const TrellanServiceMessages::FindCECDevice_t& request,
+        const AsyncCallback<TrellanServiceMessages::FindCECDevice_t>& callback) = 0;
+    virtual void FindEDIDDevice(
+        const TrellanServiceMessages::FindEDIDDevice_t& request,
+        const AsyncCallback<TrellanServiceMessages::FindEDIDDevice_t>& callback) = 0;
+    /// `load`: also into the blaster.
+    virtual void DirectEntryBrandModel(
+        const TrellanServiceMessages::DirectEntryReq_t& request, bool load,
+        const AsyncCallback<TrellanServiceMessages::DirectEntryResp_t>& callback) = 0;
+};
+
+/// The neighbours of the server task, each built at its first use.
+class ServerNeighboursIF {
+public:
+    virtual ~ServerNeighboursIF() = default;
+    virtual Trellan_ServiceKeyHandler& KeyHandler() = 0;
+    virtual Trellan_ServiceCodesetHandler& CodesetHandler() = 0;
+    virtual Trellan_ServiceBlasterProxy& BlasterProxy(NotifyTargetTaskIF* task) = 0;
+    virtual Trellan_ServiceCecIF& CecIF(Trellan_Server* server) = 0;
+    virtual DeviceLookupIF& DeviceLookup() = 0;
+};
+
+/// The one task of the service and the product controller's door to it. Serves one client, the last
+/// one to connect: another connection closes the one before it. Single instance, built on the first
+/// thread; everything else runs on its own thread.
+class Trellan_Server : public APTask {
+public:
+    /// The instance; built at the first call. The address is not kept: the IPC directory has it.
+    static Trellan_Server& GetInstance(const std::string& address);
+    static Trellan_Server& GetInstance();
+
+    explicit Trellan_Server(ServerNeighboursIF& neighbours);
+    ~Trellan_Server() override;
+
+    void OnEntry() override;
+
+    bool IsCloudConnected() const { return m_cloudConnected; }
+
+    /// True: the flag follows once a tick of the cloud timer finds the cloud in reach, after a
+    /// second at the soonest. False: at once. Either change is told to the client.
+    void setCloudConnected(bool connected);
+
+    /// Tells the client which step of a guided test went through, a `TrellanService_State`.
+    void NotifyState(std::uint32_t state);
+
+    /// Tells the client that a sync of the blaster has begun (false) or ended (true).
+    void NotifyBlasterSyncComplete(bool done);
+
+private:
+    void InitializeTRS();
+    void AcceptClient(const APServerSocketListenerIF::SocketPtr& socket);
+    void HandleDisconnect();
+    void AddHandlers(const IPCMessageRouterPtr& router);
+
+    void RequestHandler_OrluKeyReq(const TrellanServiceMessages::OrluKeyReqMessage_t& message,
+                                   std::uint32_t token);
+    void EventHandler_SrcCiCodes(const TrellanServiceMessages::SrcCiCodeMessage_t& message);
+    void RequestHandler_IsKeyInCodeset(TrellanServiceMessages::IsKeyInCodesetMessage_t message,
+                                       std::uint32_t token);
+    void RequestHandler_KeyMapReq(const TrellanServiceMessages::KeyMapMessage_t& message,
+                                  std::uint32_t token);
+    void RequestHandler_FindCECDeviceReq(const TrellanServiceMessages::FindCECDevice_t& message,
+                                         std::uint32_t token);
+    void RequestHandler_FindEDIDDeviceReq(const TrellanServiceMessages::FindEDIDDevice_t& message,
+                                          std::uint32_t token);
+    void RequestHandler_CloudConnectStateReq(std::uint32_t token);
+    void RequestHandler_DirectEntryReq(const TrellanServiceMessages::DirectEntryResp_t& message,
+                                       std::uint32_t token);
+
+    /// Answers by the router that the request came by, if that still is the client's.
+    void Reply(const IPCMessageRouterPtr& router, std::uint32_t id,
+               const google::protobuf::Message& message, std::uint32_t token);
+    /// A callback on this task that answers the request with what it is called with.
+    template <class Message>
+    AsyncCallback<Message> ReplyLater(std::uint32_t id, std::uint32_t token);
+
+    void TickCloudConnect();
+    void NotifyCloudConnection();
+
+    std::shared_ptr<APServerSocketListenerIF> m_listener;
+    IPCMessageRouterPtr m_router;
+    Trellan_ServiceCecIF* m_cecIF;
+    std::shared_ptr<APTimer> m_cloudConnectTimer;
+    bool m_cloudConnected = false;
+    ServerNeighboursIF& m_neighbours;
+};
+
+}  // namespace TrellanService

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include <csignal>
+
+#include "endpoints/Trellan_ServiceManager.h"
+#include "orlu/Backtrace.h"
+#include "orlu/SystemUtils.h"
+
+namespace {
+
+constexpr const char* kLogger = "TrellanService Start";
+
+void HandleSegmentationFault(int)
+{
+    std::signal(SIGSEGV, SIG_DFL);
+    Orlu::FaultLog(kLogger, "------- TrellanService Segmentation Fault Start --------");
+    Orlu::FaultBacktrace(kLogger);
+    Orlu::FaultLog(kLogger, "-------- TrellanService Segmentation Fault End ---------");
+    // A fault meets the default action when its instruction runs again; a signal that another
+    // process sent would be forgotten, so it is raised once more for the return from here.
+    std::raise(SIGSEGV);
+}
+
+}  // namespace
+
+int main()
+{
+    std::signal(SIGPIPE, SIG_IGN);
+    Orlu::InstallFaultHandler(HandleSegmentationFault);
+    SystemUtils::ThereCanBeOnlyOne();
+    auto& manager = TrellanService::Trellan_ServiceManager::GetInstance();
+    manager.CreateAllTasks();
+    manager.StartAllTasks();
+    manager.JoinAllTasks();
+    return 0;
+}
