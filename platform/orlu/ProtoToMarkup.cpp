@@ -30,6 +30,9 @@ constexpr std::size_t kReasonBytes = 200;
 
 [[noreturn]] void Refuse(std::string_view name, std::string_view reason)
 {
+    // protobuf puts a picture of the place below its first line, and an empty place before it.
+    reason = reason.substr(0, reason.find('\n'));
+    reason.remove_prefix(reason.starts_with(": ") ? 2 : 0);
     throw MarkupError(fmt::format("{}: {}", name, reason.substr(0, kReasonBytes)));
 }
 
@@ -123,13 +126,10 @@ void FromJson(std::string_view text, Message& message, const std::string& name)
     if (!status.ok()) {
         Refuse(name, std::string_view(status.message().data(), status.message().size()));
     }
-    const bool parsed = message.ParsePartialFromString(binary);
-    if (parsed && message.IsInitialized()) {
-        return;
+    if (!message.ParsePartialFromString(binary) || !message.IsInitialized()) {
+        message.Clear();
+        Refuse(name, "not readable");
     }
-    const std::string missing = message.InitializationErrorString();
-    message.Clear();
-    Refuse(name, parsed ? "missing " + missing : "not readable");
 }
 
 }  // namespace ProtoToMarkup

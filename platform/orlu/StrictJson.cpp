@@ -40,8 +40,9 @@ std::string OneLine(const std::string& words)
 
 std::optional<Json::Value> ParseStrictJson(std::string_view text, std::string& error)
 {
-    if (!StringUtils::IsUtf8(text)) {
-        error = "not UTF-8";
+    // The reader takes a zero for the end of the text.
+    if (!StringUtils::IsUtf8(text) || text.find('\0') != std::string_view::npos) {
+        error = "not UTF-8 text";
         return std::nullopt;
     }
     try {

@@ -11,8 +11,8 @@
 namespace Orlu {
 
 /// Reads an object or an array: UTF-8, at most `Limits::kJsonDepth` deep, each member once, nothing
-/// behind it, none of the liberties that readers of JSON like to take. Otherwise nothing, and the
-/// reason in `error`. Throws nothing.
+/// behind it, no single quotes and no bare names. Comments pass. Otherwise nothing, and the reason
+/// in `error`. Throws nothing.
 std::optional<Json::Value> ParseStrictJson(std::string_view text, std::string& error);
 
 }  // namespace Orlu

@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "orlu/DPrint.h"
+
+#include <csignal>
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "orlu/Backtrace.h"
+#include "orlu/LogLine.h"
+#include "orlu/LogOutput.h"
+#include "support/VirtualRuntime.h"
+
+namespace {
+
+TEST(DPrint, NobodyForgesALine)
+{
+    const struct {
+        std::string_view text;
+        const char* line;
+    } rows[] = {
+        {"plain \\ text", "plain \\ text"},
+        {"a\n2026-01-01T00:00:00.000Z 1 X: b", "a\\n2026-01-01T00:00:00.000Z 1 X: b"},
+        {"\r\t\x1b[2J\x7f", "\\r\\t\\x1b[2J\\x7f"},
+        {std::string_view("\0z", 2), "\\x00z"},
+        {"\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80", "\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80"},
+        {"\xC2\x9B\x31m", "\\xc2\\x9b1m"},                        // control character above ASCII
+        {"\xFF \x80 \xC3", "\\xff \\x80 \\xc3"},                  // alone
+        {"\xC0\xAF \xE0\x80\xAF", "\\xc0\\xaf \\xe0\\x80\\xaf"},  // overlong
+        {"\xED\xA0\x80", "\\xed\\xa0\\x80"},                      // surrogate
+        {"\xF4\x90\x80\x80", "\\xf4\\x90\\x80\\x80"},             // beyond the last
+        {"\xE2\x82", "\\xe2\\x82"},                               // cut
+    };
+    for (const auto& row : rows) {
+        std::string line;
+        Orlu::AppendEscaped(line, row.text);
+        EXPECT_EQ(line, row.line);
+    }
+}
+
+TEST(DPrint, TheEnvironmentPicksTheLevel)
+{
+    const struct {
+        const char* value;
+        const char* written;
+    } rows[] = {{"1", "1"},   {"2", "12"}, {"3", "123"},  {"4", "1234"}, {"6", "12346"},
+                {"5", "123"}, {"", "123"}, {"10", "123"}, {"x", "123"},  {"-1", "123"}};
+    static std::string written;
+    DPrint::SetSink([](int, std::string_view, std::string_view text) { written += text; });
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.value);
+        written.clear();
+        DPrint::SetLevel(3);
+        ::setenv("ORLU_LOG_LEVEL", row.value, 1);
+        DPrint::ReadLevel();
+        for (const int level : {1, 2, 3, 4, 6}) {
+            DPrint("Any").Log(level, "{}", level);
+        }
+        EXPECT_EQ(written, row.written);
+    }
+    ::unsetenv("ORLU_LOG_LEVEL");
+    DPrint::SetLevel(3);
+    written.clear();
+    DPrint("Any").Prefix("Name").Log(3, "a\n{}", 1);
+    EXPECT_EQ(written, "Name: a\\n1");
+    DPrint::SetSink(nullptr);
+}
+
+/// Logs in and outside of a task, with bytes straight to standard error in between.
+[[noreturn]] void LogInAndOutsideOfATask()
+{
+    constexpr DPrint kLog("Log");
+    const auto mark = [](std::string_view text) {
+        static_cast<void>(::write(STDERR_FILENO, text.data(), text.size()));
+    };
+    kLog.Log(3, "outside");
+    mark("<1>\n");
+    VirtualRuntime runtime;
+    const Orlu::TaskQueuePtr queue = runtime.CreateTaskQueue("task");
+    queue->Start([&] {
+        kLog.Log(3, "gathered");
+        mark("<2>\n");
+        kLog.Log(1, "urgent");
+        mark("<3>\n");
+        kLog.Log(2, "late");
+        mark("<4>\n");
+    });
+    runtime.RunUntilIdle();
+    mark("<5>\n");
+    std::exit(0);
+}
+
+TEST(DPrint, LinesOfATaskLeaveTogetherUnlessAFailureIsAmongThem)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const std::string head = "[-0-9]{10}T[:0-9]{8}[.][0-9]{3}Z ";
+    EXPECT_EXIT(LogInAndOutsideOfATask(), testing::ExitedWithCode(0),
+                "^" + head + "3 Log: outside\n<1>\n<2>\n" + head + "3 Log: gathered\n" + head +
+                    "1 Log: urgent\n<3>\n<4>\n" + head + "2 Log: late\n<5>\n$");
+}
+
+std::string ReadAll(int fd)
+{
+    std::string text;
+    char buffer[4096];
+    for (ssize_t count = 1; (count = ::read(fd, buffer, sizeof buffer)) > 0;) {
+        text.append(buffer, static_cast<std::size_t>(count));
+    }
+    return text;
+}
+
+TEST(LogOutput, AReaderThatStandsStillHoldsNobodyAndIsToldWhatHeMissed)
+{
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    ASSERT_GE(::fcntl(ends[0], F_SETPIPE_SZ, 4096), 0);
+    ::fcntl(ends[0], F_SETFL, O_NONBLOCK);
+    Orlu::LogOutput output(ends[1]);
+    const std::string line(99, 'x');
+    constexpr int kLines = 5000;
+    for (int i = 0; i < kLines; ++i) {
+        output.Write(line + "\n");
+    }
+    std::string all;
+    for (int i = 0; i < 100; ++i) {
+        all += ReadAll(ends[0]);
+        output.Write("next\n");
+    }
+    all += ReadAll(ends[0]);
+    int whole = 0;
+    int dropped = 0;
+    std::size_t at = 0;
+    for (std::size_t end = 0; (end = all.find('\n', at)) != std::string::npos; at = end + 1) {
+        const std::string got = all.substr(at, end - at);
+        if (const std::size_t tells = got.find(" 2 DPrint: "); tells != std::string::npos) {
+            dropped += std::stoi(got.substr(tells + 11));
+        } else {
+            EXPECT_TRUE(got == line || got == "next") << got;
+            ++whole;
+        }
+    }
+    EXPECT_EQ(at, all.size());
+    EXPECT_GT(dropped, kLines / 2);
+    EXPECT_EQ(whole + dropped, kLines + 100);
+    EXPECT_EQ(::fcntl(ends[1], F_GETFL) & O_NONBLOCK, 0) << "the descriptor is others' too";
+    ::close(ends[0]);
+    ::close(ends[1]);
+}
+
+void TellFault(int signal)
+{
+    std::signal(signal, SIG_DFL);
+    Orlu::FaultLog("Start", "begin");
+    Orlu::FaultBacktrace("Start");
+    Orlu::FaultLog("Start", "end");
+}
+
+void HangInFault(int)
+{
+    for (volatile bool forever = true; forever;) {
+    }
+}
+
+void FaultWith(void (*handler)(int))
+{
+    Orlu::InstallFaultHandler(handler);
+    ::raise(SIGSEGV);
+    // Sent and not caused: only the second one meets the default action.
+    ::raise(SIGSEGV);
+}
+
+TEST(Backtrace, AFaultNamesItsFramesAndEndsTheProcess)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(FaultWith(TellFault), testing::KilledBySignal(SIGSEGV),
+                "1 Start: begin\n.*Start: \\(anonymous namespace\\)::FaultWith\n.*"
+                "Start: main\n.*1 Start: end\n");
+    EXPECT_EXIT(FaultWith(HangInFault), testing::KilledBySignal(SIGALRM), "");
+}
+
+TEST(Backtrace, TheCallerStandsFirst)
+{
+    const std::vector<std::string> frames = backtrace();
+    ASSERT_FALSE(frames.empty());
+    EXPECT_THAT(frames[0], testing::HasSubstr("TheCallerStandsFirst"));
+    EXPECT_THAT(frames, testing::Contains("main"));
+}
+
+}  // namespace

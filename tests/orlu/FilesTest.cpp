@@ -1,0 +1,207 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include <cerrno>
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "orlu/DPrint.h"
+#include "orlu/Limits.h"
+#include "orlu/MfgData.h"
+#include "orlu/SystemUtils.h"
+#include "support/FaultyFiles.h"
+#include "support/TempRoot.h"
+
+namespace {
+
+std::string g_log;
+
+class FilesTest : public testing::Test {
+protected:
+    FilesTest()
+    {
+        g_log.clear();
+        DPrint::SetSink([](int level, std::string_view logger, std::string_view text) {
+            g_log += fmt::format("{} {}: {}\n", level, logger, text);
+        });
+        std::filesystem::create_directories(root / "/dir");
+    }
+    ~FilesTest() override { DPrint::SetSink(nullptr); }
+
+    static bool Write(std::string_view text, const std::string& path = kPath)
+    {
+        return SystemUtils::WriteFile(text.data(), text.data() + text.size(), path);
+    }
+
+    std::size_t FilesInFolder() const
+    {
+        const std::filesystem::directory_iterator folder(root / "/dir");
+        return static_cast<std::size_t>(std::distance(begin(folder), end(folder)));
+    }
+
+    static constexpr char kPath[] = "/dir/file";
+    const TempRoot root;
+};
+
+const std::string kOld(3000, 'o');
+const std::string kNew(5000, 'n');
+
+// Fails each call of a replacement in turn, until one goes by without reaching the failing call.
+TEST_F(FilesTest, AReplacementLeavesTheOldOrTheNewWhicheverCallFails)
+{
+    using Lasting = FaultyFiles::Lasting;
+    for (const Lasting lasting : {Lasting::Once, Lasting::FromThenOn}) {
+        for (const int error : {EIO, ENOSPC, EDQUOT}) {
+            bool reached = true;
+            for (int call = 1; reached; ++call) {
+                SCOPED_TRACE(fmt::format("call {}, error {}", call, error));
+                root.Put(kPath, kOld);
+                bool written = false;
+                {
+                    FaultyFiles files;
+                    files.LimitBytes(2000);
+                    files.FailCall(call, error, lasting);
+                    written = Write(kNew);
+                    reached = files.Calls() >= call;
+                    EXPECT_EQ(files.OpenNow(), 0);
+                }
+                const std::string content = root.Content(kPath);
+                EXPECT_TRUE(content == kNew || (!written && content == kOld));
+                // What cannot be removed at once goes with the next replacement.
+                EXPECT_EQ(FilesInFolder(), lasting == Lasting::Once ? 1U : FilesInFolder());
+                EXPECT_TRUE(Write(kNew));
+                EXPECT_EQ(FilesInFolder(), 1U);
+            }
+        }
+    }
+}
+
+TEST_F(FilesTest, AFailedSyncIsNotTriedAgain)
+{
+    FaultyFiles files;
+    ASSERT_TRUE(Write("count"));
+    const int calls = files.Calls();
+    // unlink, open, write, and then the sync: behind it only the clearing up.
+    files.FailCall(4, EIO);
+    EXPECT_FALSE(Write(kNew));
+    EXPECT_EQ(files.Calls() - calls, 6) << "close and unlink";
+    EXPECT_EQ(root.Content(kPath), "count");
+    EXPECT_NE(g_log.find("1 SystemUtils: /dir/file cannot be written: Input/output error\n"),
+              std::string::npos);
+}
+
+TEST_F(FilesTest, InterruptionsAndShortCountsAreNoFailures)
+{
+    FaultyFiles files;
+    files.LimitBytes(700);
+    files.FailCall(2, EINTR);
+    ASSERT_TRUE(Write(kNew));
+    for (int call = 3; call <= 5; ++call) {
+        files.FailCall(call, EINTR);
+        EXPECT_EQ(SystemUtils::ReadFile(kPath), kNew) << call;
+    }
+    struct stat status {};
+    ASSERT_EQ(::stat((root / kPath).c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0600U);
+    EXPECT_EQ(g_log, "");
+}
+
+TEST_F(FilesTest, WhatIsNoRegularFileOrTooLargeIsRefused)
+{
+    ::mkfifo((root / "/dir/pipe").c_str(), 0600);
+    std::filesystem::create_symlink("nowhere", root / "/dir/dangling");
+    std::filesystem::create_symlink("loop", root / "/dir/loop");
+    root.Put("/dir/large", std::string(Orlu::Limits::kFileBytes + 1, 'x'));
+    root.Put("/dir/largest", std::string(Orlu::Limits::kFileBytes, 'x'));
+    const struct {
+        const char* path;
+        const char* log;
+    } rows[] = {
+        {"/dir/absent", ""},
+        {"/dir/dangling", ""},
+        {"/dir", "2 SystemUtils: /dir cannot be read: not a regular file\n"},
+        {"/dir/pipe", "2 SystemUtils: /dir/pipe cannot be read: not a regular file\n"},
+        {"/dir/loop",
+         "2 SystemUtils: /dir/loop cannot be read: Too many levels of symbolic links\n"},
+        {"/dir/large", "2 SystemUtils: /dir/large cannot be read: too large\n"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.path);
+        g_log.clear();
+        EXPECT_EQ(SystemUtils::ReadFile(row.path), std::nullopt);
+        EXPECT_EQ(g_log, row.log);
+    }
+    EXPECT_EQ(SystemUtils::ReadFile("/dir/largest")->size(), Orlu::Limits::kFileBytes);
+}
+
+TEST_F(FilesTest, AReplacementFollowsNoLink)
+{
+    root.Put("/other", "kept");
+    std::filesystem::create_symlink(root / "/other", root / kPath);
+    std::filesystem::create_symlink(root / "/other", root / "/dir/file.new");
+    ASSERT_TRUE(Write("new"));
+    EXPECT_EQ(root.Content("/other"), "kept");
+    EXPECT_EQ(root.Content(kPath), "new");
+    EXPECT_FALSE(std::filesystem::is_symlink(root / kPath));
+    EXPECT_FALSE(Write("new", "/dir"));
+    EXPECT_FALSE(Write("new", "/absent/file"));
+}
+
+TEST_F(FilesTest, OnlyAbsolutePathsStandUnderTheRoot)
+{
+    EXPECT_EQ(SystemUtils::RootedPath("relative"), "relative");
+    ::setenv("ORLU_ROOT", "/some/root//", 1);
+    EXPECT_EQ(SystemUtils::RootedPath("/a"), "/some/root/a");
+    ::unsetenv("ORLU_ROOT");
+    EXPECT_EQ(SystemUtils::RootedPath("/a"), "/a");
+}
+
+TEST_F(FilesTest, DeletingTellsTheGivenLogger)
+{
+    root.Put(kPath, "x");
+    EXPECT_TRUE(DirUtils::DoesFileExist(kPath));
+    EXPECT_TRUE(DirUtils::Delete(kPath, DPrint("Owner")));
+    EXPECT_FALSE(DirUtils::DoesFileExist(kPath));
+    EXPECT_FALSE(DirUtils::Delete(kPath, DPrint("Owner")));
+    EXPECT_EQ(g_log, "2 Owner: /dir/file cannot be deleted: No such file or directory\n");
+}
+
+TEST_F(FilesTest, ManufacturingDataIsReadOnceAndBadDataCountsAsNone)
+{
+    const struct {
+        const char* text;
+        std::optional<std::string> type;
+    } rows[] = {
+        {R"({"productType": "eddie", "number": 5})", "eddie"},
+        {R"({"productType": 5})", std::nullopt},
+        {R"({"productType": "eddie")", std::nullopt},
+        {R"(["productType"])", std::nullopt},
+        {"", std::nullopt},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
+        root.Put("/opt/Orlu/etc/MfgData.json", row.text);
+        MfgData::Reload();
+        EXPECT_EQ(MfgData::Get("productType"), row.type);
+        root.Put("/opt/Orlu/etc/MfgData.json", R"({"productType": "later"})");
+        EXPECT_EQ(MfgData::Get("productType"), row.type);
+        EXPECT_EQ(MfgData::Get("number"), std::nullopt);
+    }
+    MfgData::Reload();
+}
+
+TEST_F(FilesTest, ASecondInstanceSaysSoAndExits)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto start = [](int times) {
+        DPrint::SetSink(nullptr);
+        for (int i = 0; i < times; ++i) {
+            SystemUtils::ThereCanBeOnlyOne();
+        }
+        std::exit(0);
+    };
+    EXPECT_EXIT(start(1), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(start(2), testing::ExitedWithCode(1), " 1 SystemUtils: another .* is running\n");
+}
+
+}  // namespace

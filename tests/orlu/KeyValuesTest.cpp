@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "ProtoBufs/KeyValues.h"
+
+#include <set>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using IpcProtocol::KEY_VALUE;
+
+TEST(KeyValues, EveryNumberHasANameOfItsOwnThatLeadsBack)
+{
+    std::set<std::string> names;
+    for (int number = 0; number <= 255; ++number) {
+        const auto key = static_cast<KEY_VALUE>(number);
+        EXPECT_EQ(IpcProtocol::KeyValueFromName(IpcProtocol::KeyValueName(key)), key);
+        names.insert(IpcProtocol::KeyValueName(key));
+    }
+    EXPECT_EQ(names.size(), 256U);
+    EXPECT_EQ(IpcProtocol::KeyValueName(static_cast<KEY_VALUE>(0)), "KEY_VAL_AVAIL_00");
+    EXPECT_EQ(IpcProtocol::KeyValueName(static_cast<KEY_VALUE>(4)), "KEY_VAL_AVAIL_01");
+    EXPECT_EQ(IpcProtocol::KeyValueName(static_cast<KEY_VALUE>(254)), "KEY_VAL_AVAIL_191");
+}
+
+TEST(KeyValues, CaseAndPrefixAreFree)
+{
+    const struct {
+        const char* name;
+        std::optional<KEY_VALUE> key;
+    } rows[] = {
+        {"ORLU_TV_POWER", IpcProtocol::ORLU_TV_POWER},
+        {"tv_power", IpcProtocol::ORLU_TV_POWER},
+        {"orlu_Tv_Power", IpcProtocol::ORLU_TV_POWER},
+        {"hdmi_1", IpcProtocol::HDMI_1},
+        {"volume_up", IpcProtocol::ORLU_VOLUME_UP},
+        {"back", IpcProtocol::ORLU_BACK},
+        {"", std::nullopt},
+        {"ORLU_", std::nullopt},
+        {"tv power", std::nullopt},
+        {"36", std::nullopt},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(IpcProtocol::KeyValueFromName(row.name), row.key) << row.name;
+    }
+}
+
+}  // namespace
