@@ -15,6 +15,12 @@ DPrint::Sink g_sink = nullptr;
 
 constexpr std::string_view kLevels[] = {"1", "2", "3", "4", "6"};
 
+// The service reads nothing of its environment itself: its level stands before `main`.
+[[maybe_unused]] const bool kLevelRead = [] {
+    DPrint::ReadLevel();
+    return true;
+}();
+
 /// As much as gathers before it is written although the wake-up goes on.
 constexpr std::size_t kGatheredBytes = 16 * 1024;
 
