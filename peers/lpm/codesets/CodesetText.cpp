@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "codesets/CodesetText.h"
+#include "lpm/codesets/CodesetText.h"
 
 #include "ProtoBufs/UEIKeyNames.pb.h"
 #include "infrared/CodesetBinary.h"

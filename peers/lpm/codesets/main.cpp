@@ -2,7 +2,7 @@
 
 // Turns the text of a code set into the binary that the blaster holds.
 
-#include "codesets/CodesetText.h"
+#include "lpm/codesets/CodesetText.h"
 #include "orlu/SystemUtils.h"
 
 #include <google/protobuf/stubs/logging.h>
