@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "infrared/CodesetBinary.h"
+#include "lpm/BlasterProtocol.h"
+#include "lpm/Transmitter.h"
+
+namespace Lpm {
+
+/// Names the connection by which a frame came; 0 is none.
+using ConnectionId = std::uint64_t;
+
+/// The blaster: holds code sets by device number, answers frames and sends keys. On one task.
+///
+/// A key with `SendFlag::kHold` or `kHoldFirst` is sent until an end key, the next key, the loss of
+/// the connection that began it, or until its code set goes. Each press flips the code set's
+/// toggle.
+class Blaster {
+public:
+    static constexpr std::size_t kMaximumCodesets = 256;
+
+    Blaster(NotifyTargetTaskIF* task, Transmitter::OnChange change);
+
+    /// `sink` is not owned.
+    void AddSink(LightSinkIF* sink) { m_transmitter.AddSink(sink); }
+
+    /// Carries out one frame and gives the reply. Answers whatever bytes come.
+    std::string Execute(Bytes frame, ConnectionId from);
+
+    /// Holds a code set, in place of the one with that number. A refusal has its reason in `why`.
+    Status Store(DeviceNumber device, Bytes data, std::string& why);
+
+    /// What a peer that has gone left running ends.
+    void ConnectionLost(ConnectionId connection);
+
+    /// Ends whatever is being sent.
+    void Stop() { m_transmitter.Abort(); }
+
+private:
+    struct Codeset {
+        std::shared_ptr<const CodesetBinary> binary;
+        bool toggle = false;
+    };
+
+    struct Row;
+    static const Row kRows[];
+
+    std::string EndKey(const BlasterFrame& frame, ConnectionId from);
+    std::string Key(const BlasterFrame& frame, ConnectionId from);
+    std::string KeyMap(const BlasterFrame& frame, ConnectionId from);
+    std::string Reset(const BlasterFrame& frame, ConnectionId from);
+    std::string Version(const BlasterFrame& frame, ConnectionId from);
+    std::string Delete(const BlasterFrame& frame, ConnectionId from);
+    std::string List(const BlasterFrame& frame, ConnectionId from);
+    std::string StoreFrame(const BlasterFrame& frame, ConnectionId from);
+    void AbortIfSending(DeviceNumber device);
+
+    Transmitter m_transmitter;
+    std::map<DeviceNumber, Codeset> m_codesets;
+    ConnectionId m_sender = 0;  ///< began the key that was sent last
+};
+
+}  // namespace Lpm
