@@ -1,0 +1,178 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "lpm/LpmService.h"
+
+#include <cstdio>
+#include <utility>
+#include <vector>
+
+#include "lpm/CodesetFolder.h"
+#include "lpm/FileInput.h"
+#include "lpm/KernelCecBus.h"
+#include "orlu/DPrint.h"
+
+namespace Lpm {
+
+namespace {
+
+constexpr DPrint kLog("LpmService");
+
+/// One write, so that lines of the program never mix.
+void PrintLine(std::string line)
+{
+    line += '\n';
+    if (std::fwrite(line.data(), 1, line.size(), stdout) != line.size() ||
+        std::fflush(stdout) != 0) {
+        kLog.Log(2, "Standard output takes no more");
+    }
+}
+
+/// A message of the bus, header first, as the LPM hands it on: the sender, and what follows.
+LpmServiceMessages::IpcCecMessage_t CecMessage(const std::vector<std::uint8_t>& bytes)
+{
+    LpmServiceMessages::IpcCecMessage_t message;
+    message.set_addr(bytes.empty() ? 0U : static_cast<std::uint32_t>(bytes[0] >> 4));
+    for (const std::uint8_t byte : bytes) {
+        message.add_data(byte);
+    }
+    message.set_length(static_cast<std::uint32_t>(bytes.size()));
+    return message;
+}
+
+bool Fail(const std::string& what, std::string& why)
+{
+    why = what + ": " + why;
+    return false;
+}
+
+}  // namespace
+
+/// The bus on which the devices of the room hang.
+class LpmService::SimulatedCecBus : public CecBusIF {
+public:
+    explicit SimulatedCecBus(LpmService& service) : m_service(service) {}
+
+    void SendUserControl(std::uint8_t userControl, bool pressed) override
+    {
+        if (m_service.m_room) {
+            m_service.m_room->ReceiveCecKey(userControl, pressed);
+        }
+    }
+
+private:
+    LpmService& m_service;
+};
+
+LpmService::LpmService(NotifyTargetTaskIF* task)
+    : m_task(task),
+      m_cecBus(std::make_unique<SimulatedCecBus>(*this)),
+      m_blaster(task, [this](DeviceNumber device, std::uint8_t key, bool on) {
+          HandleLight(device, key, on);
+      })
+{
+}
+
+std::unique_ptr<LpmService> LpmService::Create(NotifyTargetTaskIF* task, const Options& options,
+                                               std::string& why)
+{
+    std::unique_ptr<LpmService> service(new LpmService(task));
+    if (!service->OpenFiles(options, why) || !service->OpenDevices(options, why)) {
+        return nullptr;
+    }
+    service->m_cec = std::make_unique<CecRemote>(*service->m_cecBus);
+    service->m_server = std::make_unique<LpmServer>(task, service->m_blaster, service->m_script,
+                                                    *service->m_cec, service->m_recorder.get());
+    service->m_input = std::make_unique<InputLines>(*service->m_server, service->m_script);
+    return service;
+}
+
+LpmService::~LpmService()
+{
+    m_blaster.Stop();
+    if (m_cec) {
+        m_cec->Release();
+    }
+}
+
+bool LpmService::OpenFiles(const Options& options, std::string& why)
+{
+    if (!options.record.empty() && !(m_recorder = Recorder::Open(options.record, why))) {
+        return Fail(options.record, why);
+    }
+    if (!options.codesets.empty() && !LoadCodesets(options.codesets, m_blaster, why)) {
+        return Fail(options.codesets, why);
+    }
+    if (!options.script.empty()) {
+        const auto text = ReadInputFile(options.script, why);
+        if (!text || !m_script.Load(*text, why)) {
+            return Fail(options.script, why);
+        }
+    }
+    return options.devices.empty() || OpenRoom(options.devices, why) || Fail(options.devices, why);
+}
+
+bool LpmService::OpenRoom(const std::string& path, std::string& why)
+{
+    const auto text = ReadInputFile(path, why);
+    if (!text) {
+        return false;
+    }
+    m_room = DeviceRoom::Load(
+        *text, [this](const std::string& line) { HandleRoomLine(line); }, why);
+    if (!m_room) {
+        return false;
+    }
+    m_blaster.AddSink(m_room.get());
+    m_roomServer = std::make_unique<DeviceRoomServer>(
+        m_task, [room = m_room.get()] { return room->StateAsJson(); });
+    return true;
+}
+
+bool LpmService::OpenDevices(const Options& options, std::string& why)
+{
+    if (!options.lirc.empty()) {
+        if (!(m_emitter = LircEmitter::Open(options.lirc, why))) {
+            return Fail(options.lirc, why);
+        }
+        m_blaster.AddSink(m_emitter.get());
+    }
+    if (!options.cec.empty()) {
+        m_cecBus = KernelCecBus::Open(
+            options.cec, m_task,
+            [this](const std::vector<std::uint8_t>& bytes) {
+                m_server->SendToAll(LpmServiceMessages::IPC_CEC_MSG, CecMessage(bytes));
+            },
+            why);
+        if (!m_cecBus) {
+            return Fail(options.cec, why);
+        }
+    }
+    return true;
+}
+
+bool LpmService::Start()
+{
+    return m_server->Start() && (!m_roomServer || m_roomServer->Start());
+}
+
+void LpmService::HandleLine(const std::string& line)
+{
+    m_input->HandleLine(line);
+}
+
+void LpmService::HandleLight(DeviceNumber device, std::uint8_t key, bool on)
+{
+    if (m_recorder) {
+        m_recorder->Light(device, key, on);
+    }
+}
+
+void LpmService::HandleRoomLine(const std::string& line)
+{
+    PrintLine(line);
+    if (m_roomServer) {
+        m_roomServer->SendLine(line);
+    }
+}
+
+}  // namespace Lpm

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "devices/DeviceRoom.h"
+#include "lpm/Blaster.h"
+#include "lpm/CecBusIF.h"
+#include "lpm/CecRemote.h"
+#include "lpm/DeviceRoomServer.h"
+#include "lpm/InputLines.h"
+#include "lpm/LircEmitter.h"
+#include "lpm/LpmServer.h"
+#include "lpm/Options.h"
+#include "lpm/Recorder.h"
+#include "lpm/ReplyScript.h"
+
+namespace Lpm {
+
+/// The whole program behind its command line. All of it lives on one task: it is made, used and
+/// destroyed there.
+class LpmService {
+public:
+    /// What the options name is opened and read. Empty, with one line in `why`, if any of it cannot
+    /// be had or is no such file.
+    static std::unique_ptr<LpmService> Create(NotifyTargetTaskIF* task, const Options& options,
+                                              std::string& why);
+
+    /// Ends what is being sent by light and on the CEC bus.
+    ~LpmService();
+    LpmService(const LpmService&) = delete;
+    LpmService& operator=(const LpmService&) = delete;
+
+    /// Begins to listen. False, logged, if that fails.
+    bool Start();
+
+    /// One line of standard input.
+    void HandleLine(const std::string& line);
+
+private:
+    class SimulatedCecBus;
+
+    explicit LpmService(NotifyTargetTaskIF* task);
+
+    bool OpenFiles(const Options& options, std::string& why);
+    bool OpenRoom(const std::string& path, std::string& why);
+    bool OpenDevices(const Options& options, std::string& why);
+    void HandleLight(DeviceNumber device, std::uint8_t key, bool on);
+    void HandleRoomLine(const std::string& line);
+
+    NotifyTargetTaskIF* m_task;
+    std::unique_ptr<Recorder> m_recorder;
+    std::unique_ptr<DeviceRoom> m_room;
+    std::unique_ptr<DeviceRoomServer> m_roomServer;
+    std::unique_ptr<LircEmitter> m_emitter;
+    std::unique_ptr<CecBusIF> m_cecBus;
+    ReplyScript m_script;
+    Blaster m_blaster;
+    std::unique_ptr<CecRemote> m_cec;
+    std::unique_ptr<LpmServer> m_server;
+    std::unique_ptr<InputLines> m_input;
+};
+
+}  // namespace Lpm

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace Lpm {
+
+/// What the command line asks for; an empty path is not given.
+struct Options {
+    std::string record;
+    std::string script;
+    std::string codesets;
+    std::string devices;
+    std::string lirc;  ///< the device that sends; empty: none
+    std::string cec;   ///< the kernel's device; empty: a simulated bus
+    std::string render;
+    bool toggle = false;
+    unsigned repeats = 0;
+};
+
+/// Reads the command line. Nothing if the program is to end with `exitCode`: help or version have
+/// been printed (0), or one line on standard error says what is wrong (2).
+std::optional<Options> ParseOptions(int argc, const char* const* argv, int& exitCode);
+
+}  // namespace Lpm
