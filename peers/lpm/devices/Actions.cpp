@@ -46,6 +46,7 @@ constexpr std::array kActions{
     Do("mute", &State::ToggleMute, 0, kPressOnly, kTuners),
     Do("channel_up", &State::StepChannel, 1, kSteps, kTuners),
     Do("channel_down", &State::StepChannel, -1, kSteps, kTuners),
+    Do("last_channel", &State::RecallChannel, 0, kPressOnly, kTuners),
     Digit("digit_0", 0),
     Digit("digit_1", 1),
     Digit("digit_2", 2),
@@ -80,6 +81,8 @@ constexpr std::array kActions{
     Do("recordings", &State::OpenScreen, 5, kPressOnly, kBox),
     Do("up", &State::MoveRow, -1, kSteps, kAll),
     Do("down", &State::MoveRow, 1, kSteps, kAll),
+    Do("page_up", &State::MoveRow, -5, kSteps, kAll),
+    Do("page_down", &State::MoveRow, 5, kSteps, kAll),
     Do("left", &State::MoveColumn, -1, kSteps, kAll),
     Do("right", &State::MoveColumn, 1, kSteps, kAll),
 };

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace Lpm::Devices {
 
@@ -106,6 +107,7 @@ void DeviceState::ToggleMute(int /*unused*/, Microseconds /*now*/)
 
 void DeviceState::StepChannel(int step, Microseconds /*now*/)
 {
+    m_lastChannel = m_channel;
     m_channel = (m_channel - 1 + step + kMaxChannel) % kMaxChannel + 1;
     m_digits.clear();
 }
@@ -115,12 +117,21 @@ void DeviceState::EnterDigit(int digit, Microseconds now)
     if (m_digits.size() == kChannelDigits || now - m_lastDigit > kDigitPause) {
         m_digits.clear();
     }
+    if (m_digits.empty()) {
+        m_lastChannel = m_channel;
+    }
     m_lastDigit = now;
     m_digits += static_cast<char>('0' + digit);
     const int channel = std::stoi(m_digits);
     if (channel > 0) {
         m_channel = channel;
     }
+}
+
+void DeviceState::RecallChannel(int /*unused*/, Microseconds /*now*/)
+{
+    std::swap(m_channel, m_lastChannel);
+    m_digits.clear();
 }
 
 void DeviceState::NextInput(int /*unused*/, Microseconds now)

@@ -42,6 +42,8 @@ public:
     /// The channel is that of the digits so far. The number ends with its third digit, with any
     /// other key and after two seconds.
     void EnterDigit(int digit, Microseconds now);
+    /// The channel before the last change by number or by step.
+    void RecallChannel(int unused, Microseconds now);
     void NextInput(int unused, Microseconds now);
     void SetInput(int input, Microseconds now);
     /// 0 stop, 1 play, 2 pause, 3 fast forward, 4 rewind. A pause needs something to pause.
@@ -63,6 +65,7 @@ private:
     int m_volume = 20;
     bool m_mute = false;
     int m_channel = 1;
+    int m_lastChannel = 1;
     int m_input = 0;
     int m_playing = 0;
     bool m_recording = false;

@@ -175,6 +175,12 @@ TEST_F(DeviceRoomTest, MakesChannelsOutOfDigits)
     Box("00010001");
     Box("00000101");
     EXPECT_EQ(State("set_top_box", "channel"), "90");
+    Box("00001001");
+    EXPECT_EQ(State("set_top_box", "channel"), "91");
+    Box("00010101");
+    Box("00010101");
+    Box("00001001");
+    EXPECT_EQ(State("set_top_box", "channel"), "91") << "the one before the whole number";
 }
 
 TEST_F(DeviceRoomTest, ChoosesInputsAndGoesRoundTheChannels)
