@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include "blaster/LpmPeer.h"
+#include "orlu/DPrint.h"
+#include "orlu/MfgData.h"
+#include "support/VirtualRuntime.h"
+
+namespace TrellanService::Tests {
+
+/// A server task and an LPM side in virtual time. What happens is one text, in order.
+class BlasterFixture : public ::testing::Test {
+protected:
+    BlasterFixture()
+    {
+        MfgData::Reload();
+        s_log.clear();
+        DPrint::SetLevel(4);
+        DPrint::SetSink([](int level, std::string_view logger, std::string_view text) {
+            if (logger != "MfgData" && logger != "TrellanServiceCodesetHandler") {
+                s_log += std::to_string(level) + " " + std::string(text) + "\n";
+            }
+        });
+        task = IL::CreateTask("server", "");
+    }
+
+    ~BlasterFixture() override
+    {
+        DPrint::SetSink(nullptr);
+        DPrint::SetLevel(3);
+    }
+
+    /// On the server task, until nothing is left to do.
+    void Run(std::function<void()> work)
+    {
+        IL::BreakThread(std::move(work), task.get());
+        runtime.RunUntilIdle();
+    }
+
+    void Serve()
+    {
+        peer.Serve();
+        runtime.RunUntilIdle();
+    }
+
+    /// A callback that notes the bytes it gets behind `name`.
+    AsyncCallback<std::string> Note(const std::string& name)
+    {
+        return {
+            [this, name](const std::string& bytes) { answers += name + " " + Hex(bytes) + "\n"; },
+            task.get()};
+    }
+
+    std::string TakeAnswers() { return std::exchange(answers, {}); }
+    static std::string TakeLog() { return std::exchange(s_log, {}); }
+
+    VirtualRuntime runtime;
+    LpmPeer peer;
+    std::shared_ptr<NotifyTargetTaskIF> task;
+    std::string answers;
+
+private:
+    static inline std::string s_log;
+};
+
+}  // namespace TrellanService::Tests
