@@ -61,7 +61,7 @@ ToService Say(std::uint32_t id, Message message)
 const std::string& Text(const std::string& text, const char* what)
 {
     if (text.size() > Orlu::Limits::kStringBytes || !StringUtils::IsUtf8(text)) {
-        throw CLI::ValidationError(what, "is no UTF-8 text, or too long");
+        throw CLI::ValidationError(std::string(what) + " is no UTF-8 text, or too long");
     }
     return text;
 }
@@ -70,7 +70,8 @@ std::uint32_t Number(const std::string& text, const char* what, std::uint32_t ma
 {
     const auto number = ReadNumber(text, max);
     if (!number) {
-        throw CLI::ValidationError(what, "is a number from 0 to " + std::to_string(max));
+        throw CLI::ValidationError(std::string(what) + " is a number from 0 to " +
+                                   std::to_string(max));
     }
     return *number;
 }
@@ -87,7 +88,7 @@ std::string Bytes(const std::string& path)
     }
     std::string bytes(std::istreambuf_iterator<char>(file), {});
     if (!file || bytes.empty()) {
-        throw CLI::ValidationError("FILE", "cannot be read as an EDID: " + path);
+        throw CLI::ValidationError("FILE cannot be read as an EDID: " + path);
     }
     return bytes;
 }
@@ -105,7 +106,7 @@ Command Key(const Words& words, bool hold)
 {
     const auto key = ReadKey(words.key);
     if (!key) {
-        throw CLI::ValidationError("KEY", "is no product key: " + words.key);
+        throw CLI::ValidationError("KEY is no product key: " + words.key);
     }
     OrluKeyReqMessage_t message;
     message.set_keyval(*key);
@@ -164,7 +165,7 @@ public:
         m_app.name("ProductController");
         m_app.footer(kFooter);
         m_app.set_version_flag("--version", "ProductController " CONTROLLER_VERSION);
-        m_app.require_subcommand(1);
+        m_app.require_subcommand(0, 1);
         AddPlain();
         AddKeys();
         AddFinds();
@@ -177,6 +178,9 @@ public:
             words.front() = "lines";
         }
         m_app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+        if (!m_make) {
+            throw CLI::ValidationError("a command is required; --help lists them");
+        }
         return m_make();
     }
 

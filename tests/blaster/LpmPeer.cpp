@@ -54,7 +54,7 @@ void LpmPeer::Leave()
 void LpmPeer::Accept(const Orlu::SocketPtr& socket)
 {
     const auto router = IPCMessageRouterFactory::CreateRouter("LpmPeer", m_task.get(), nullptr);
-    for (const std::uint32_t id : {80, 82, 84, 169, 65537, 65539, 65540, 65548}) {
+    for (const std::uint32_t id : {80U, 82U, 84U, 169U, 65537U, 65539U, 65540U, 65548U}) {
         router->AddHandler(id, IPCMessageRouterIF::EnvelopeHandler(
                                    [this, raw = router.get()](const IPCMessageEnvelope& envelope) {
                                        Arrived(*raw, envelope);
