@@ -147,10 +147,11 @@ Trellan_ServiceBlasterProxy& House::BlasterProxy(NotifyTargetTaskIF* task)
 
 Trellan_ServiceCecIF& House::CecIF(Trellan_Server* server)
 {
+    Trellan_ServiceCecIF::LogGetInstance();
     if (!m_cecIF) {
         m_cecIF = std::make_unique<Trellan_ServiceCecIF>(server, server);
     }
-    m_cecIF->LogGetInstance();
+    m_cecIF->LogReturned();
     return *m_cecIF;
 }
 
