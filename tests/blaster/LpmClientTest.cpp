@@ -2,13 +2,10 @@
 
 #include "blaster/LpmClientIF.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-
 #include "blaster/BlasterFixture.h"
 #include "blaster/MockLpmClient.h"
 #include "blaster/Trellan_ServiceCecIF.h"
+#include "support/TempRoot.h"
 
 namespace TrellanService::Tests {
 
@@ -152,9 +149,7 @@ TEST_F(LpmClients, TheMockCountsAsConnectedAndDoesNothing)
 
 TEST_F(LpmClients, OnlyTheWordTrueSelectsTheMock)
 {
-    const auto root = std::filesystem::path(::testing::TempDir()) / "blaster-mfg";
-    std::filesystem::create_directories(root / "opt/Orlu/etc");
-    ::setenv("ORLU_ROOT", root.c_str(), 1);
+    const TempRoot root;
     struct Row {
         const char* data;
         bool mock;
@@ -163,14 +158,12 @@ TEST_F(LpmClients, OnlyTheWordTrueSelectsTheMock)
                            Row{R"({"mockLPM": "1"})", false}, Row{R"({"mockLPM": ""})", false},
                            Row{R"({"mockLPM": "true "})", false}, Row{"{}", false}}) {
         SCOPED_TRACE(row.data);
-        std::ofstream(root / "opt/Orlu/etc/MfgData.json") << row.data;
+        root.Put("/opt/Orlu/etc/MfgData.json", row.data);
         MfgData::Reload();
         EXPECT_EQ(IsMockLpm(), row.mock);
         Run([this] { client = CreateLpmClient("test", task.get()); });
         EXPECT_EQ(dynamic_cast<MockLpmClient*>(client.get()) != nullptr, row.mock);
     }
-    ::unsetenv("ORLU_ROOT");
-    std::filesystem::remove_all(root);
 }
 
 TEST_F(LpmClients, TheCecListenerNotesEveryMessage)

@@ -1,0 +1,302 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "controller/Session.h"
+
+#include <utility>
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include "ProtoBufs/Trellan_Service.pb.h"
+#include "orlu/Network.h"
+#include "orlu/ProtoToMarkup.h"
+#include "support/VirtualRuntime.h"
+
+namespace Controller {
+
+namespace {
+
+using namespace TrellanServiceMessages;
+
+/// The service's side: notes what arrives with its time, and answers with what it got, or not.
+class Service {
+public:
+    Service() : m_task(IL::CreateTask("service", "")) {}
+
+    void Serve()
+    {
+        m_listener = IL::CreateServerListener("service", m_task.get());
+        m_listener->Serve(
+            IPCDirectory::Get().Lookup(kServiceName),
+            AsyncCallback<Orlu::SocketPtr>(
+                [this](const Orlu::SocketPtr& socket) { Accept(socket); }, m_task.get()));
+    }
+
+    void Run(std::function<void()> work) { IL::BreakThread(std::move(work), m_task.get()); }
+
+    void Close()
+    {
+        Run([this] { m_router->Disconnect(); });
+    }
+
+    void Event(std::uint32_t id, const google::protobuf::Message& message)
+    {
+        IPCMessageEnvelope envelope;
+        SetPayload(envelope, message);
+        Run([this, id, envelope] { m_router->Send(id, envelope); });
+    }
+
+    /// The answers that were held back, last asked first.
+    void AnswerBackwards()
+    {
+        Run([this] {
+            for (; !m_held.empty(); m_held.pop_back()) {
+                m_router->Reply(m_held.back().id(), m_held.back(), m_held.back().token());
+            }
+        });
+    }
+
+    bool answers = true;
+    int clients = 0;
+    std::function<void(std::string)> note;
+
+private:
+    void Accept(const Orlu::SocketPtr& socket)
+    {
+        ++clients;
+        m_router = IPCMessageRouterFactory::CreateRouter("service", m_task.get(), nullptr);
+        for (std::uint32_t id = 0; id <= 10; ++id) {
+            m_router->AddHandler(id, IPCMessageRouterIF::EnvelopeHandler(
+                                         [this](const IPCMessageEnvelope& e) { Arrived(e); }));
+        }
+        m_router->Connect(socket, [] {});
+    }
+
+    void Arrived(const IPCMessageEnvelope& envelope)
+    {
+        note("service " + std::to_string(envelope.id()) + " " +
+             MessageLine(envelope).value_or("?"));
+        if (envelope.token() == 0) {
+            return;
+        }
+        if (answers) {
+            m_router->Reply(envelope.id(), envelope, envelope.token());
+        } else {
+            m_held.push_back(envelope);
+        }
+    }
+
+    std::shared_ptr<NotifyTargetTaskIF> m_task;
+    std::shared_ptr<APServerSocketListenerIF> m_listener;
+    IPCMessageRouterPtr m_router;
+    std::vector<IPCMessageEnvelope> m_held;
+};
+
+/// One run of the program.
+class Program {
+public:
+    Program(std::string name, std::vector<std::string> words, std::function<void(std::string)> note)
+        : m_task(IL::CreateTask(name, "")),
+          m_session(
+              m_task.get(), *ReadArguments(words).command,
+              {.line = [note, name](const std::string& line) { note(name + " " + line); },
+               .complaint = [note, name](const std::string& text) { note(name + "! " + text); },
+               .ready = [note, name] { note(name + " ready"); },
+               .end =
+                   [note, name](int code) {
+                       note(name + " ends " + std::to_string(code));
+                   }})
+    {
+        Run([this] { m_session.Start(); });
+    }
+
+    void Run(std::function<void()> work) { IL::BreakThread(std::move(work), m_task.get()); }
+
+    void Line(const std::string& text)
+    {
+        Run([this, text] { m_session.Line(text); });
+    }
+    void InputEnded()
+    {
+        Run([this] { m_session.InputEnded(); });
+    }
+    void Interrupt()
+    {
+        Run([this] { m_session.Interrupt(); });
+    }
+
+private:
+    std::shared_ptr<NotifyTargetTaskIF> m_task;
+    Session m_session;
+};
+
+class Sessions : public ::testing::Test {
+protected:
+    Sessions()
+    {
+        service.note = Note();
+        service.Serve();
+    }
+
+    std::function<void(std::string)> Note()
+    {
+        return [this](const std::string& text) {
+            effects += fmt::format("+{} {}\n", runtime.Elapsed(), text);
+        };
+    }
+
+    std::unique_ptr<Program> Start(const std::string& name, std::vector<std::string> words)
+    {
+        auto program = std::make_unique<Program>(name, std::move(words), Note());
+        runtime.RunUntilIdle();
+        return program;
+    }
+
+    std::string Take() { return std::exchange(effects, {}); }
+
+    VirtualRuntime runtime;
+    std::string effects;
+    Service service;
+};
+
+TEST_F(Sessions, AskOneQuestionAndEndWithItsAnswer)
+{
+    const auto ask = Start("ask", {"has-key", "T2051", "7"});
+    EXPECT_EQ(Take(),
+              "+0 service 4 {\"ciCode\":\"T2051\",\"ueiKey\":7}\n"
+              "+0 ask {\"ciCode\":\"T2051\",\"ueiKey\":7}\n"
+              "+0 ask ends 0\n");
+    const auto tell = Start("tell", {"sources", "T2051"});
+    EXPECT_EQ(Take(),
+              "+0 tell {\"sent\": true}\n"
+              "+0 tell ends 0\n"
+              "+0 service 1 {\"ciCode\":[\"T2051\"]}\n");
+}
+
+TEST_F(Sessions, HoldAKeyForItsTimeOrUntilTheyAreInterrupted)
+{
+    const std::string press =
+        "{\"keyVal\":36,\"keyAction\":\"KEY_ACTION_CONTINUOUS_PRESS\",\"codeset\":\"T1\"}";
+    const std::string end =
+        "{\"keyVal\":36,\"keyAction\":\"KEY_ACTION_END_PRESS\",\"codeset\":\"T1\"}";
+    const auto key = Start("key", {"key", "T1", "36", "--hold", "500"});
+    EXPECT_EQ(Take(), "+0 service 0 " + press + "\n+0 key " + press + "\n");
+    runtime.Advance(499);
+    EXPECT_EQ(Take(), "");
+    runtime.Advance(1);
+    EXPECT_EQ(Take(), "+500 service 0 " + end + "\n+500 key " + end + "\n+500 key ends 0\n");
+
+    const auto cut = Start("cut", {"key", "T1", "36", "--hold", "500"});
+    Take();
+    cut->Interrupt();
+    runtime.RunUntilIdle();
+    EXPECT_EQ(Take(), "+500 cut ends 0\n+500 service 0 " + end + "\n");
+}
+
+TEST_F(Sessions, EndWithTheirCodeWhenNobodyAnswers)
+{
+    service.answers = false;
+    const auto silent = Start("silent", {"cloud"});
+    Take();
+    runtime.Advance(120000);
+    EXPECT_EQ(Take(), "+120000 silent! no answer within 120 seconds\n+120000 silent ends 1\n");
+
+    const auto dropped = Start("dropped", {"cloud"});
+    Take();
+    service.Close();
+    runtime.RunUntilIdle();
+    EXPECT_EQ(Take(),
+              "+120000 dropped! the connection was closed before the answer\n"
+              "+120000 dropped ends 1\n");
+
+    const auto watch = Start("watch", {"watch"});
+    Take();
+    service.Close();
+    runtime.RunUntilIdle();
+    EXPECT_EQ(Take(),
+              "+120000 watch! TrellanService closed the connection: it ended, or took another "
+              "client\n"
+              "+120000 watch ends 3\n");
+}
+
+TEST_F(Sessions, GoOnBehindABadLineAndEndWithTheLastAnswer)
+{
+    service.answers = false;
+    const auto lines = Start("lines", {"-"});
+    lines->Line("6 {}");
+    lines->Line("");
+    lines->Line("12 {}");
+    lines->Line(R"(1 {"ciCode": ["T1"]})");
+    lines->InputEnded();
+    runtime.RunUntilIdle();
+    EXPECT_EQ(Take(),
+              "+0 lines ready\n"
+              "+0 lines! line 3: no message has the id 12\n"
+              "+0 service 6 {}\n"
+              "+0 service 1 {\"ciCode\":[\"T1\"]}\n");
+    CloudConnectState_t connected;
+    connected.set_connectstate(true);
+    service.Event(7, connected);
+    service.AnswerBackwards();
+    runtime.RunUntilIdle();
+    EXPECT_EQ(Take(),
+              "+0 lines {\"id\": 7, \"kind\": \"event\", \"message\": {\"connectState\":true}}\n"
+              "+0 lines {\"id\": 6, \"kind\": \"reply\", \"message\": {}}\n"
+              "+0 lines ends 0\n");
+}
+
+TEST_F(Sessions, LetOthersThroughOneConnection)
+{
+    service.answers = false;
+    const auto watch = Start("watch", {"watch"});
+    const auto first = Start("first", {"keymap", "T1"});
+    const auto second = Start("second", {"keymap", "T2"});
+    const auto lines = Start("lines", {"-"});
+    Take();
+    service.AnswerBackwards();
+    service.Event(9, BlasterSync_t());
+    runtime.RunUntilIdle();
+    EXPECT_EQ(Take(),
+              "+0 watch {\"id\": 2, \"kind\": \"reply\", \"message\": {\"ciCode\":\"T2\"}}\n"
+              "+0 watch {\"id\": 2, \"kind\": \"reply\", \"message\": {\"ciCode\":\"T1\"}}\n"
+              "+0 watch {\"id\": 9, \"kind\": \"event\", \"message\": {}}\n"
+              "+0 first {\"ciCode\":\"T1\"}\n"
+              "+0 first ends 0\n"
+              "+0 second {\"ciCode\":\"T2\"}\n"
+              "+0 second ends 0\n"
+              "+0 lines {\"id\": 9, \"kind\": \"event\", \"message\": {}}\n");
+    EXPECT_EQ(service.clients, 1);
+
+    watch->Interrupt();
+    runtime.RunUntilIdle();
+    EXPECT_EQ(Take(),
+              "+0 watch ends 0\n"
+              "+0 lines! TrellanService closed the connection: it ended, or took another client\n"
+              "+0 lines ends 3\n");
+}
+
+TEST(SessionsAlone, TryForThreeSeconds)
+{
+    VirtualRuntime runtime;
+    std::string effects;
+    const auto note = [&runtime, &effects](const std::string& text) {
+        effects += fmt::format("+{} {}\n", runtime.Elapsed(), text);
+    };
+    Program never("never", {"cloud"}, note);
+    runtime.Advance(3500);
+    EXPECT_EQ(effects,
+              "+3000 never! TrellanService does not answer; is it running?\n+3000 never ends 3\n");
+
+    effects.clear();
+    Program patient("patient", {"cloud"}, note);
+    runtime.Advance(1000);
+    Service service;
+    service.note = note;
+    service.Serve();
+    runtime.Advance(2000);
+    EXPECT_TRUE(effects.ends_with("patient ends 0\n")) << effects;
+}
+
+}  // namespace
+
+}  // namespace Controller
