@@ -13,7 +13,6 @@
 #include <sstream>
 
 #include "infrared/Protocols.h"
-#include "infrared/RenderText.h"
 
 using namespace Lpm;
 
@@ -53,14 +52,14 @@ protected:
     Lirc() { std::filesystem::create_directories(m_folder); }
     ~Lirc() override { std::filesystem::remove_all(m_folder); }
 
-    /// What the program would print for `--render`, as durations.
+    /// What LpmService prints for `--render`, as durations.
     Durations Rendered(std::string_view scancode, bool toggle, unsigned repeats) const
     {
-        std::string why;
-        const std::string key = std::string(GetParam().protocol) + ":" + std::string(scancode);
-        const std::optional<std::string> text = RenderText(key, toggle, repeats, why);
-        EXPECT_TRUE(text) << why;
-        std::istringstream lines(text.value_or(""));
+        const std::string command = std::string(LPM_SERVICE) + " --render " +
+                                    std::string(GetParam().protocol) + ":" + std::string(scancode) +
+                                    " --toggle " + (toggle ? "1" : "0") + " --repeats " +
+                                    std::to_string(repeats);
+        std::istringstream lines(Output(command));
         Durations durations;
         std::string word;
         std::uint32_t number = 0;
@@ -102,7 +101,7 @@ private:
             text.append(buffer.data(), got);
         }
         EXPECT_EQ(pclose(pipe), 0)
-            << "irsimreceive did not run: is Debian's package lirc installed?";
+            << command << " failed; irsimreceive is in Debian's package lirc";
         return text;
     }
 
