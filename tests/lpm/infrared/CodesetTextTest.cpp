@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -135,7 +136,8 @@ protected:
         return WEXITSTATUS(std::system(command.c_str()));
     }
 
-    const std::string m_folder = testing::TempDir() + "codeset_compiler";
+    const std::string m_folder =
+        testing::TempDir() + "codeset_compiler_" + std::to_string(getpid());
 };
 
 TEST_F(Compiler, ReplacesTheBinaryOrLeavesItAndSaysWhy)

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -116,7 +118,7 @@ private:
         return names;
     }
 
-    const std::string m_folder = testing::TempDir() + "lirc_" + std::string(GetParam().protocol);
+    const std::string m_folder = testing::TempDir() + "lirc_" + std::to_string(getpid());
 };
 
 std::string Times(unsigned count, std::string_view word)
