@@ -69,9 +69,8 @@ void Trellan_ServiceKeyHandler::sendKey(const std::string& codeset, std::uint32_
 void Trellan_ServiceKeyHandler::AddToHistory(const std::string& codeset, std::uint32_t orluKey,
                                              std::uint32_t ueiKey, std::uint8_t flag)
 {
-    const auto key = static_cast<UEIKeyNamesPB::ueikey>(ueiKey);
     m_keyHistory.push_back(fmt::format("Value: {:x} Key: {} ciCode: {} Flag: {:x}\n", orluKey,
-                                       UEIKeyNamesPB::ueikey_Name(key), codeset, flag));
+                                       UEIKeySchemaName(ueiKey), codeset, flag));
     if (m_keyHistory.size() > kHistoryLines) {
         m_keyHistory.pop_front();
     }

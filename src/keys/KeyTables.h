@@ -21,16 +21,21 @@ struct OrluKeyRow {
 
 struct UEIKeyName {
     UEIKeyNamesPB::ueikey key;
-    std::string_view name;
+    std::string_view name;        ///< The second name, "O_KEY_POWER".
+    std::string_view schemaName;  ///< "kKey_POWER".
 };
 
 /// The product keys that mean anything to the translation, in the order of their numbers.
 extern const std::array<OrluKeyRow, 60> orluToUEIKeyMap;
 
-/// The second name of every UEI key, in the order of the numbers, -1 first.
+/// The names of every UEI key, in the order of the numbers, -1 first. They stand here so that no
+/// key that is sent needs the schema's descriptors.
 extern const std::array<UEIKeyName, 245> UEIKeyNameTable;
 
 /// The UEI key that a product key has with every code set, or `kInvalidUEIKey`.
 std::uint8_t FixedUEIKey(std::uint8_t orluKey);
+
+/// The schema's name of a UEI key from 1 to 244, empty for any other number.
+std::string_view UEIKeySchemaName(std::uint32_t ueiKey);
 
 }  // namespace TrellanService

@@ -1,0 +1,197 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "KeyHouse.h"
+
+using namespace TrellanService;
+
+namespace {
+
+constexpr std::uint32_t kPlay = 85;  // UEI key 24, 0x18
+constexpr std::uint32_t kTvPower = 36;
+
+class BlastStateMachine : public KeyHouse {
+protected:
+    BlastStateMachine() { lpm.AnswerAfter(20); }
+};
+
+TEST_F(BlastStateMachine, HoldsAKeyInBursts)
+{
+    Start();
+    EXPECT_EQ(Hold(kPlay, 500),
+              "+0 answer ''\n"
+              "+0 lpm 80 000701080318ff0000\n"
+              "+120 lpm 80 000100\n"
+              "+340 lpm 82 000701080318000000\n"
+              "+460 lpm 80 000100\n"
+              "+500 answer ''\n");
+}
+
+TEST_F(BlastStateMachine, EndsABurstEarlyOnRelease)
+{
+    Start();
+    EXPECT_EQ(Hold(kPlay, 55),
+              "+0 answer ''\n"
+              "+0 lpm 80 000701080318ff0000\n"
+              "+55 answer ''\n"
+              "+55 lpm 80 000100\n");
+}
+
+TEST_F(BlastStateMachine, KeepsAKeyOnWhereThatIsSafe)
+{
+    constexpr const char* kHeld =
+        "+0 answer ''\n"
+        "+0 lpm 82 000701080318000000\n"
+        "+900 answer ''\n"
+        "+900 lpm 80 000100\n";
+    Start();
+    keys->m_allowContinuous = true;
+    EXPECT_EQ(Hold(kPlay, 900), kHeld);
+    keys->m_allowContinuous = false;
+    root.Write("/opt/Orlu/etc/UEI/WhiteList.json",
+               R"({"ciCodes":[{"name":"T2051","checksum":[""]}]})");
+    codesets.AddWhiteListStatus();
+    EXPECT_EQ(Hold(kPlay, 900), kHeld);
+}
+
+TEST_F(BlastStateMachine, TakesTheNextContinuousPressAtOnce)
+{
+    Start();
+    keys->m_allowContinuous = true;
+    for (int press = 0; press < 2; ++press) {
+        Press(kPlay);
+        Release();
+    }
+    runtime.Advance(1000);
+    EXPECT_EQ(effects.Take(),
+              "+0 answer ''\n+0 lpm 82 000701080318000000\n"
+              "+0 answer ''\n+0 lpm 80 000100\n"
+              "+0 answer ''\n+0 lpm 82 000701080318000000\n"
+              "+0 answer ''\n+0 lpm 80 000100\n");
+}
+
+// Whether a press of another key finds the machine idle tells when the last pause ended.
+TEST_F(BlastStateMachine, IsBusyUntilTheKeyDelayHasPassed)
+{
+    struct Row {
+        const char* name;
+        std::uint32_t answerMs;
+        std::uint32_t releaseMs;
+        std::uint32_t idleMs;  // the first time at which a press is taken
+    };
+    constexpr Row kRows[] = {
+        // end at the release, answer 20 ms behind it, 200 ms of pause
+        {"release while sending", 20, 50, 270},
+        // end at 120; release begins the wait anew, answer at 220
+        {"release while the end is awaited", 100, 150, 420},
+        // answer at 140; the pause goes on from there, and the release counts as a tick
+        {"release in the pause", 20, 200, 330},
+        // the answer never comes: 200 ms, then the pause; when held, both begin at 120
+        {"lost answer", 100000, 50, 450},
+        {"lost answer, held", 100000, 400, 510},
+    };
+    for (const Row& row : kRows) {
+        SCOPED_TRACE(row.name);
+        lpm.AnswerAfter(row.answerMs);
+        Start();
+        for (const std::uint32_t early : {10U, 0U}) {
+            Press(kPlay);
+            runtime.Advance(row.releaseMs);
+            Release();
+            runtime.Advance(row.idleMs - early - row.releaseMs);
+            effects.Take();
+            Press(kTvPower);
+            const bool taken = effects.Take().find("lpm 80 00070108030180") != std::string::npos;
+            EXPECT_EQ(taken, early == 0) << "early " << early;
+            Release();
+            runtime.Advance(2000);
+        }
+    }
+}
+
+TEST_F(BlastStateMachine, StopsRepeatsWhenAnAnswerIsLost)
+{
+    Start();
+    lpm.Reply(0x00, std::nullopt);
+    EXPECT_EQ(Hold(kPlay, 3000),
+              "+0 answer ''\n"
+              "+0 lpm 80 000701080318ff0000\n"
+              "+120 lpm 80 000100\n"
+              "+3000 answer ''\n");
+}
+
+TEST_F(BlastStateMachine, ShorterDelayShortensThePauseAndALateAnswerIsIgnored)
+{
+    Start();
+    keys->SetKeyDelay(25, 50);
+    EXPECT_EQ(keys->GetKeyDelay().keyDelay, 25U);
+    EXPECT_EQ(keys->GetKeyDelay().maxBlastTime, 50U);
+    lpm.AnswerAfter(10);
+    EXPECT_EQ(Hold(kPlay, 100),
+              "+0 answer ''\n+0 lpm 80 000701080318ff0000\n"
+              "+50 lpm 80 000100\n"
+              "+90 lpm 82 000701080318000000\n"
+              "+100 answer ''\n+100 lpm 80 000100\n");
+    // given up at 80, idle at 110; the answer at 90 changes nothing
+    lpm.AnswerAfter(40);
+    Press(kPlay);
+    runtime.Advance(100);
+    Press(kPlay);
+    runtime.Advance(10);
+    Press(kPlay);
+    EXPECT_EQ(effects.Take(),
+              "+0 answer ''\n+0 lpm 80 000701080318ff0000\n"
+              "+50 lpm 80 000100\n"
+              "+100 answer ''\n"
+              "+110 answer ''\n+110 lpm 80 000701080318ff0000\n");
+}
+
+TEST_F(BlastStateMachine, PowerIsAlwaysASinglePress)
+{
+    Start();
+    for (const bool continuous : {false, true}) {
+        keys->m_allowContinuous = continuous;
+        Press(kTvPower);
+        EXPECT_EQ(effects.Take(), "+0 answer ''\n+0 lpm 80 000701080301800000\n");
+        Release();
+        runtime.Advance(1000);
+        effects.Take();
+    }
+}
+
+TEST_F(BlastStateMachine, WhitelistCountsDuringAPress)
+{
+    Start();
+    Press(kPlay);
+    root.Write("/opt/Orlu/etc/UEI/WhiteList.json",
+               R"({"ciCodes":[{"name":"T2051","checksum":[""]}]})");
+    codesets.AddWhiteListStatus();
+    runtime.Advance(500);
+    EXPECT_EQ(effects.Take(), "+0 answer ''\n+0 lpm 80 000701080318ff0000\n");
+    codesets.cacheCodesets({});
+    runtime.Advance(10);
+    EXPECT_EQ(effects.Take(), "+10 lpm 80 000100\n");
+}
+
+TEST_F(BlastStateMachine, StrayEventsDoNothing)
+{
+    Start();
+    Release();
+    keys->HandleBlastState(BlastEndDone, "", 255);
+    keys->HandleBlastState(BlastTick, "", 255);
+    runtime.Advance(1000);
+    EXPECT_EQ(effects.Take(), "+0 answer ''\n");
+    Press(kPlay);
+    keys->HandleBlastState(BlastEndDone, "", 255);
+    Press(kTvPower);
+    EXPECT_EQ(effects.Take(), "+0 answer ''\n+0 lpm 80 000701080318ff0000\n+0 answer ''\n");
+}
+
+TEST_F(BlastStateMachine, GoesOnWithoutTheLpmService)
+{
+    Start();
+    lpm.DropClients();
+    runtime.RunUntilIdle();
+    EXPECT_EQ(Hold(kPlay, 500), "+0 answer ''\n+500 answer ''\n");
+}
+
+}  // namespace

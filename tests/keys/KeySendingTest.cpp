@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "KeyHouse.h"
+
+using namespace TrellanService;
+
+namespace {
+
+class KeySending : public KeyHouse {};
+
+TEST_F(KeySending, SinglePressIsAnsweredByTheBlaster)
+{
+    Start();
+    lpm.Reply(0x01, std::string("\x01\x07", 2));
+    Single(85);
+    EXPECT_EQ(effects.Take(), "+0 lpm 80 000701080318800000\n+0 answer '0107'\n");
+    EXPECT_EQ(TakeLog(),
+              "3 TranslateOrluToUEI: Orlu Key 85 translated to UEI key 24\n"
+              "3 Sending LPM message\n"
+              "3 UEI Key Press: 24 code set: T2051 Key Flag: 128 corresponding Orlu key: 85\n");
+}
+
+TEST_F(KeySending, GoesByCecWithoutACodesetOrAReadyBlaster)
+{
+    Start();
+    for (const SendKeyState state :
+         {SendKeyReady, SendKeyStartup, SendKeyOSM, SendKeySyncPending}) {
+        SCOPED_TRACE(state);
+        codesets.SetSendKeyState(state);
+        const std::string codeset = state == SendKeyReady ? "" : "T2051";
+        Press(300, codeset);
+        Release(codeset);
+        EXPECT_EQ(effects.Take(),
+                  "+0 answer 'CEC key sent'\n+0 lpm 169 value 300 state 0\n"
+                  "+0 answer 'CEC key sent'\n+0 lpm 169 value 0 state 1\n");
+        EXPECT_EQ(TakeLog(), "3 Sending Orlu key 300 to LPM CEC\n3 CEC END key press \n");
+        Single(85, codeset);
+        EXPECT_EQ(effects.Take(), "+0 answer ''\n");
+        EXPECT_EQ(TakeLog(),
+                  "1 CEC key press must have separate press and release, no single key press\n");
+    }
+    EXPECT_TRUE(keys->GetKeyHistory().empty());
+}
+
+TEST_F(KeySending, ForcedBlastIgnoresTheState)
+{
+    Start();
+    codesets.SetSendKeyState(SendKeyOSM);
+    keys->sendContinuousKey("T2051", 85, Answer(), true);
+    keys->sendEndKey("", Answer(), true);
+    runtime.RunUntilIdle();
+    EXPECT_EQ(effects.Take(),
+              "+0 answer ''\n+0 answer ''\n"
+              "+0 lpm 80 000701080318ff0000\n+0 lpm 80 000100\n");
+    EXPECT_EQ(TakeLog(),
+              "3 Sending key in safe blast mode\n"
+              "3 TranslateOrluToUEI: Orlu Key 85 translated to UEI key 24\n"
+              "3 Sending LPM message\n"
+              "3 UEI Key Press: 24 code set: T2051 Key Flag: 255 corresponding Orlu key: 85\n"
+              "3 Sending end key to LPM\n3 Sending LPM message\n3 UEI END Key Press \n");
+}
+
+TEST_F(KeySending, KeyWithoutAMeaningGoesOutAs255)
+{
+    Start();
+    Single(3);
+    EXPECT_EQ(effects.Take(), "+0 lpm 80 0007010803ff800000\n+0 answer '0100'\n");
+    EXPECT_NE(TakeLog().find("2 No UEI mapping for key, sending INVALID 3\n"), std::string::npos);
+    EXPECT_EQ(keys->GetKeyHistory().back(), "Value: 3 Key:  ciCode: T2051 Flag: 80\n");
+}
+
+TEST_F(KeySending, NameWithoutADeviceNumberIsRecordedAndNotSent)
+{
+    Start();
+    Press(85, "bad");
+    runtime.Advance(130);
+    EXPECT_EQ(effects.Take(), "+0 answer ''\n+120 lpm 80 000100\n");
+    EXPECT_EQ(keys->GetKeyHistory().back(), "Value: 55 Key: kKey_PLAY ciCode: bad Flag: ff\n");
+}
+
+TEST_F(KeySending, HistoryKeepsTheLastFiftyKeys)
+{
+    Start();
+    Single(140);
+    EXPECT_EQ(keys->GetKeyHistory().front(), "Value: 8c Key: kKey_POWER ciCode: T2051 Flag: 80\n");
+    for (int press = 0; press < 49; ++press) {
+        Single(85);
+    }
+    EXPECT_EQ(keys->GetKeyHistory().size(), 50U);
+    EXPECT_EQ(keys->GetKeyHistory().front().find("Value: 8c"), 0U);
+    Single(86);
+    EXPECT_EQ(keys->GetKeyHistory().size(), 50U);
+    EXPECT_EQ(keys->GetKeyHistory().front().find("Value: 55"), 0U);
+    EXPECT_EQ(keys->GetKeyHistory().back().find("Value: 56"), 0U);
+    keys->ClearKeyHistory();
+    EXPECT_TRUE(keys->GetKeyHistory().empty());
+}
+
+TEST_F(KeySending, ProductSaysWhetherKeysMayStayOn)
+{
+    struct Row {
+        const char* data;
+        bool allowed;
+    };
+    constexpr Row kRows[] = {
+        {R"({})", false},
+        {R"({"irBlasterCapability":"full"})", true},
+        {R"({"irBlasterCapability":"Full","testflagirBlasterCapability":"full"})", false},
+        {R"({"irBlasterCapability":"","productType":"other"})", false},
+        {R"({"testflagirBlasterCapability":"full"})", true},
+        {R"({"testflagirBlasterCapability":"half","productType":"other"})", false},
+        {R"({"productType":"other"})", true},
+        {R"({"productType":""})", true},
+        {R"({"productType":"marlow-tenpenny"})", false},
+    };
+    for (const Row& row : kRows) {
+        SCOPED_TRACE(row.data);
+        Start(row.data);
+        EXPECT_EQ(keys->m_allowContinuous, row.allowed);
+    }
+}
+
+}  // namespace
