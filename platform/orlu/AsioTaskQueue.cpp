@@ -10,7 +10,6 @@
 #include <boost/asio/post.hpp>
 
 #include "orlu/Backtrace.h"
-#include "orlu/Backtrace.h"
 #include "orlu/CurrentQueue.h"
 #include "orlu/Limits.h"
 
