@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <stdexcept>
 
 namespace Lpm {
 
@@ -29,7 +28,7 @@ std::optional<Json::Value> ParseJson(std::string_view text, std::string& why)
         if (reader->parse(text.data(), text.data() + text.size(), &value, &why)) {
             return value;
         }
-    } catch (const std::runtime_error& error) {
+    } catch (const Json::Exception& error) {
         why = error.what();
     }
     std::ranges::replace(why, '\n', ' ');

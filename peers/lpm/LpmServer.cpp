@@ -176,6 +176,10 @@ void LpmServer::HandleCecKey(ConnectionId client, const Packet& packet)
     if (!Unwrap(IPC_CEC_KEY, packet, key)) {
         return;
     }
+    if (!key.has_value()) {
+        kLog.Log(2, "A CEC key without a value is dropped");
+        return;
+    }
     if (m_recorder != nullptr) {
         m_recorder->CecKey(IPC_CEC_KEY, key.value(), key.state());
     }

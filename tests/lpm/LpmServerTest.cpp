@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "lpm/LpmServer.h"
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include "Bench.h"
+
+using namespace LpmServiceMessages;
+
+namespace {
+
+class LpmServerTest : public testing::Test {
+protected:
+    LpmServerTest()
+    {
+        bench.Hold(0x0803);
+        bench.effects.Take();
+    }
+
+    Bench bench;
+    BenchClient a{bench, "a"};
+    BenchClient b{bench, "b"};
+};
+
+TEST_F(LpmServerTest, AnswersTheAskerAndTellsAllOfStores)
+{
+    a.Send(80, "00010b");
+    b.Send(84, "0003020803");
+    b.Send(84, "0003021234");
+    b.Transfer("0003221234");
+    EXPECT_EQ(bench.effects.Take(),
+              "+0 a reply 80 03000100\n"
+              "+0 b event 65541 type 11 0400010809\n"
+              "+0 b event 65541 type 11 0104\n"
+              "+0 b reply 65539 result 0\n"
+              "+0 b event 83 0106\n"
+              "+0 a event 83 0106\n");
+}
+
+TEST_F(LpmServerTest, KeepsEachFrameToItsRoad)
+{
+    a.Send(82, "000701080301800000");
+    a.Send(82, "000100");
+    a.Send(82, "00");
+    a.Send(84, "000100");
+    a.Send(84, "00");
+    b.Transfer("000100");
+    b.Transfer("0001");
+    b.Transfer("0003220803", 6);
+    b.Transfer("0003220803", 5, 11);
+    EXPECT_EQ(bench.effects.Take(),
+              "+0 ir 0803 1 on\n+0 light 108000\n"
+              "+0 a event 65541 type 11 0102\n"
+              "+0 a event 65541 type 11 0101\n"
+              "+0 b reply 65539 result 0\n+0 b event 83 0102\n+0 a event 83 0102\n"
+              "+0 b reply 65539 result 0\n+0 b event 83 0101\n+0 a event 83 0101\n"
+              "+0 b reply 65539 result -1\n"
+              "+0 b reply 65539 result -3\n");
+}
+
+TEST_F(LpmServerTest, AnswersADamagedPacketWhereAnAnswerIsAwaited)
+{
+    TRS_BlasterMsg_t message;
+    message.set_blaster_msg(std::string("\0\1\x0b", 3));
+    const LPMIpcServicePacket good = PacketOf(message);
+    LPMIpcServicePacket nowhere = good;
+    nowhere.clear_destination();
+    LPMIpcServicePacket named = good;
+    named.set_msg_typename("IpcCecKey_t");
+    LPMIpcServicePacket torn = good;
+    torn.set_nested_message("\x0a\x7f");
+    for (const auto& packet : {nowhere, named, torn}) {
+        for (const std::uint32_t id : {80U, 82U, 84U, 169U, 65537U, 65539U}) {
+            a.SendPacket(id, packet);
+        }
+        EXPECT_EQ(bench.effects.Take(),
+                  "+0 a reply 80 0101\n+0 a event 65541 type 11 0101\n"
+                  "+0 a reply 65537 result -3\n+0 a reply 65539 result -1\n");
+    }
+    EXPECT_EQ(bench.recorded, "");
+    LPMIpcServicePacket unnamed = good;
+    unnamed.clear_msg_typename();
+    a.SendPacket(80, unnamed);
+    EXPECT_EQ(bench.effects.Take(), "+0 a reply 80 03000100\n");
+}
+
+TEST_F(LpmServerTest, EndsWhatALostClientLeftRunning)
+{
+    a.Send(82, "000701080301000000");
+    a.SendCecKey(3, 0);
+    bench.effects.Take();
+    bench.runtime.Advance(50);
+    b.Disconnect();
+    bench.runtime.Advance(250);
+    EXPECT_EQ(bench.effects.Take(), "+108 light 108000\n+216 light 108000\n");
+    a.Disconnect();
+    bench.runtime.Advance(1000);
+    EXPECT_EQ(bench.effects.Take(), "+0 ir 0803 1 off\n+0 cec 41 up\n");
+}
+
+TEST_F(LpmServerTest, DropsTheLateAnswerOfALostClient)
+{
+    bench.Say(R"({"replies": [{"command": "0x0b", "delayMs": 20},
+                                           {"command": "0x02", "delayMs": 20}]})");
+    a.Send(80, "00010b");
+    a.Send(84, "0003020803");
+    a.Disconnect();
+    bench.runtime.Advance(100);
+    b.Send(80, "000111");
+    EXPECT_EQ(bench.effects.Take(), "+100 b reply 80 0400010803\n");
+}
+
+TEST_F(LpmServerTest, PressesAndReleasesCecKeys)
+{
+    a.SendCecKey(36, 0);
+    a.SendCecKey(0, 1);
+    a.SendCecKey(0, 1);
+    a.SendCecKey(3, 0);
+    a.SendCecKey(2, 0);
+    a.SendCecKey(255, 0);
+    a.SendCecKey(260, 0);
+    a.SendCecKey(0, 1);
+    EXPECT_EQ(bench.effects.Take(),
+              "+0 cec 40 down\n+0 cec 40 up\n+0 cec 41 down\n+0 cec 41 up\n+0 cec 42 down\n"
+              "+0 cec 42 up\n");
+}
+
+TEST_F(LpmServerTest, SendsToAllWhatStandardInputSays)
+{
+    bench.Say(R"({"cec": {"addr": 0, "data": [4, 130], "length": 2}})");
+    bench.Say(R"({"event83": "0100"})");
+    bench.Say(R"({"event65541": "03000405"})");
+    std::string expected;
+    for (const char* what :
+         {"160 addr: 0 data: 4 data: 130 length: 2", "83 0100", "65541 type 11 03000405"}) {
+        expected += fmt::format("+0 a event {0}\n+0 b event {0}\n", what);
+    }
+    EXPECT_EQ(bench.effects.Take(), expected);
+    for (const char* line :
+         {"", "{", "7", R"({"event84": ""})", R"({"event83": 1})", R"({"event83": "0"})",
+          R"({"cec": []})", R"({"cec": {"adr": 0}})", R"({"cec": {"data": [256]}})",
+          R"({"cec": {"data": ["1"]}})", R"({"cec": {"addr": -1}})",
+          R"({"event83": "01", "cec": 0})", R"({"event83": "01", "replies": [1]})"}) {
+        bench.Say(line);
+        EXPECT_EQ(bench.effects.Take(), "") << line;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "lpm/ReplyScript.h"
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include "Bench.h"
+
+using namespace Lpm;
+
+namespace {
+
+TEST(ReplyScript, RefusesWhatIsNoScriptAndKeepsTheOneBefore)
+{
+    const struct {
+        const char* text;
+        const char* why;
+    } rows[] = {
+        {"{]", "* Line 1, Column 2   Missing '}' or object member name "},
+        {"[]", "not an object"},
+        {"{}", "\"replies\" is not an array"},
+        {R"({"replies": {}})", "\"replies\" is not an array"},
+        {R"({"reply": []})", "unknown member \"reply\""},
+        {R"({"replies": [7]})", "reply 0: not an object"},
+        {R"({"replies": [{"status": 7}]})", "reply 0: \"command\" is no text like \"0x22\""},
+        {R"({"replies": [{"command": "0x100"}]})", "reply 0: \"command\" is no text like \"0x22\""},
+        {R"({"replies": [{"command": "0x22"}, {"command": "0x22", "staus": 7}]})",
+         "reply 1: unknown member \"staus\""},
+        {R"({"replies": [{"command": "0x22", "status": 256}]})",
+         "reply 0: \"status\" is out of range"},
+        {R"({"replies": [{"command": "0x22", "delayMs": "20"}]})",
+         "reply 0: \"delayMs\" is not a whole number"},
+        {R"({"replies": [{"command": "0x22", "times": -1}]})",
+         "reply 0: \"times\" is out of range"},
+        {R"({"replies": [{"command": "0x22", "silent": 1}]})",
+         "reply 0: \"silent\" is not true or false"},
+        {R"({"replies": [{"command": "0x22", "bulkResult": -4}]})",
+         "reply 0: \"bulkResult\" is out of range"},
+        {R"({"replies": [{"command": "0x22", "raw": "010"}]})",
+         "reply 0: \"raw\" is no hexadecimal bytes"},
+        {"{\"replies\": []}\xff", "too long, or not UTF-8"},
+    };
+    std::string why;
+    ReplyScript script;
+    ASSERT_TRUE(script.Load(R"({"replies": [{"command": "0x22", "status": 7}]})", why)) << why;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
+        EXPECT_FALSE(script.Load(row.text, why));
+        EXPECT_EQ(why, row.why);
+        EXPECT_EQ(script.Take(0x22).status, 7);
+    }
+    EXPECT_FALSE(script.Load("{\"replies\":" + std::string(100, '['), why));
+}
+
+TEST(ReplyScript, BendsAnswersWhileItsTimesLast)
+{
+    Bench bench;
+    bench.Hold(0x0803);
+    BenchClient client(bench, "a");
+    bench.Say(R"({"replies": [
+        {"command": "0x01", "status": 7, "times": 1},
+        {"command": "0x0b", "delayMs": 20, "times": 1},
+        {"command": "0x0b", "silent": true, "times": 1},
+        {"command": "0x02", "raw": "0107"},
+        {"command": "0x00", "status": 9},
+        {"command": "0x0c", "status": 8}]})");
+    bench.effects.Take();
+    client.Send(80, "000701080301800000");
+    client.Send(80, "000701080301000000");
+    client.Send(80, "000100");
+    for (int i = 0; i < 3; ++i) {
+        client.Send(80, "00010b");
+    }
+    client.Send(84, "0003020803");
+    bench.runtime.Advance(200);
+    client.Send(80, "00030c0803");
+    client.Send(80, "000111");
+    EXPECT_EQ(bench.effects.Take(),
+              "+0 a reply 80 0107\n"
+              "+0 ir 0803 1 on\n+0 light 108000\n+0 a reply 80 0100\n"
+              "+0 ir 0803 1 off\n+0 a reply 80 0109\n"
+              "+0 a reply 80 03000100\n"
+              "+0 a event 65541 type 11 0107\n"
+              "+20 a reply 80 03000100\n"
+              "+200 a reply 80 0108\n"
+              "+200 a reply 80 020000\n");
+}
+
+TEST(ReplyScript, BendsBothAnswersToAStore)
+{
+    const struct {
+        const char* reply;
+        const char* effects;
+        const char* list;
+    } rows[] = {
+        {R"("status": 7)", "+0 a reply 65539 result 0\n+0 a event 83 0107\n", "020000"},
+        {R"("bulkResult": -1)", "+0 a reply 65539 result -1\n", "020000"},
+        {R"("bulkResult": -3, "delayMs": 30)", "+30 a reply 65539 result -3\n", "020000"},
+        {R"("silent": true)", "+0 a reply 65539 result 0\n", "0400010803"},
+        {R"("status": 8)", "+0 a reply 65539 result 0\n+0 a event 83 0108\n", "0400010803"},
+        {R"("delayMs": 40)", "+0 a reply 65539 result 0\n+40 a event 83 0100\n", "0400010803"},
+    };
+    Bench bench;
+    BenchClient client(bench, "a");
+    const std::string data = TestCodeset();
+    const std::string frame = fmt::format("{:04x}220803{}", data.size() / 2 + 3, data);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.reply);
+        bench.Execute("00020901");
+        bench.Say(fmt::format(R"({{"replies": [{{"command": "0x22", {}}}]}})", row.reply));
+        bench.effects.Take();
+        client.Transfer(frame);
+        bench.runtime.Advance(100);
+        EXPECT_EQ(bench.effects.Take(), row.effects);
+        EXPECT_EQ(bench.Execute("000111"), row.list);
+    }
+}
+
+}  // namespace
