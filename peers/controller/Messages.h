@@ -20,6 +20,7 @@ enum class Way {
     kFromService
 };
 
+/// One row of the catalogue; `example` gives an empty message of the kind.
 struct MessageKind {
     std::uint32_t id;
     Way way;
@@ -32,6 +33,7 @@ std::span<const MessageKind> MessageKinds();
 /// Null for an id that nobody sends.
 const MessageKind* FindKind(std::uint32_t id);
 
+/// A message to send: an id of the catalogue that the service takes, and the message it calls for.
 struct ToService {
     std::uint32_t id = 0;
     std::shared_ptr<google::protobuf::Message> message;

@@ -33,19 +33,24 @@ public:
 
     ServiceLink(NotifyTargetTaskIF* task, Handlers handlers);
 
-    /// Tries for `patience`; then `opened` or `unreachable` is called, once.
+    /// Tries for `patience`; then `opened` or `unreachable` is called, once. Again after `lost`.
     void Open(std::chrono::milliseconds patience);
+
+    /// No handler is called after this.
     void Close();
 
     /// Whether another controller stands between.
     bool IsRelayed() const { return m_relayed; }
+    /// For requests and events to the service; the same one for every connection.
     const IPCMessageRouterPtr& Router() const { return m_router; }
 
 private:
+    // One round of attempts: each goes on to the next, the last to a pause.
     void TryRelay();
     void TryService();
     void TryAgain();
     void Take(const Orlu::SocketPtr& socket, bool relayed);
+    /// `done` gets the socket, or an empty pointer, as work of its own on the task.
     void Attempt(const char* name, std::function<void(Orlu::SocketPtr)> done);
 
     NotifyTargetTaskIF* m_task;

@@ -54,7 +54,7 @@ void Session::Opened()
             AskedAll();
             break;
         case Mode::kHold:
-            Hold();
+            m_holding ? HoldEnded() : Hold();
             break;
     }
 }
@@ -67,7 +67,11 @@ void Session::Unreachable()
 
 void Session::Lost()
 {
-    if (Stays()) {
+    if (m_holding) {
+        // The blaster goes on sending, so the key is let go over a new connection, in its time.
+        m_output.complaint("the connection was closed while the key was held");
+        m_unanswered = 0;
+    } else if (Stays()) {
         m_output.complaint(
             "TrellanService closed the connection: it ended, or took another client");
         End(kUnreachable);
@@ -89,6 +93,7 @@ void Session::Event(const IPCMessageEnvelope& envelope)
 
 void Session::OpenToOthers()
 {
+    // Behind another controller that one lets everybody through.
     if (m_link.IsRelayed()) {
         return;
     }
@@ -132,10 +137,17 @@ void Session::Hold()
     Ask(m_command.message);
     m_holding = true;
     m_holdTimer->SetTimeouts(static_cast<std::uint32_t>(m_command.hold.count()), 0);
-    m_holdTimer->Start([this] {
-        LetGo();
-        AskedAll();
-    });
+    m_holdTimer->Start([this] { HoldEnded(); });
+}
+
+void Session::HoldEnded()
+{
+    if (!m_link.Router()->IsConnected()) {
+        m_link.Open(kConnectPatience);
+        return;
+    }
+    LetGo();
+    AskedAll();
 }
 
 void Session::LetGo()
@@ -178,6 +190,7 @@ void Session::Answer(const IPCMessageEnvelope& reply)
 
 void Session::AskedAll()
 {
+    // From here on, and not from the first question: lines may come for hours.
     m_askedAll = true;
     m_answerTimer->SetTimeouts(static_cast<std::uint32_t>(kAnswerPatience.count()), 0);
     m_answerTimer->Start([this] {
@@ -198,7 +211,11 @@ void Session::EndIfAnswered()
 void Session::Interrupt()
 {
     if (m_holding && !m_ended) {
-        LetGo();
+        m_holdTimer->Stop();
+        HoldEnded();
+        if (m_holding) {
+            return;
+        }
     }
     End(kAnswered);
 }

@@ -44,6 +44,7 @@ public:
     void Interrupt();
 
 private:
+    /// Whether it ends only with its input, its connection or a signal.
     bool Stays() const;
 
     void Opened();
@@ -51,14 +52,19 @@ private:
     void Lost();
     void Event(const IPCMessageEnvelope& envelope);
 
+    /// Begins to relay, unless it is behind a relay itself.
     void OpenToOthers();
     void Hold();
+    /// Lets the key go, over a new connection where the first has gone.
+    void HoldEnded();
     void LetGo();
     void Ask(const ToService& question);
     void Tell(const ToService& message);
     void Answer(const IPCMessageEnvelope& reply);
+    /// No further question follows: ends with the last answer, or once patience has run out.
     void AskedAll();
     void EndIfAnswered();
+    /// Once; the connection is closed behind all that was sent.
     void End(int code);
 
     NotifyTargetTaskIF* m_task;

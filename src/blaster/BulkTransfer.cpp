@@ -110,6 +110,8 @@ void Trellan_ServiceBlasterProxy::UeiBulkTransferCompleteCb(const TRS_BlasterMsg
     m_responses.FillOSMControlResp(osmResponse);
     DirectEntryResp_t directEntryResponse;
     m_responses.FillDirectEntryResp(directEntryResponse);
+    // Of a load for the source list only the transfer counts: a code set that the blaster refuses
+    // does not keep the next ones out.
     BulkTransferResponse sourceListResponse;
     sourceListResponse.set_result(BULK_TRANSFER_SUCCESS);
 

@@ -46,6 +46,7 @@ LpmClientLite::LpmClientLite(NotifyTargetTaskIF* task)
     : m_task(task), m_listener(IL::CreateClientListener("LpmClientListener", kRetryMs))
 {
     m_router = IPCMessageRouterFactory::CreateRouter("LpmClient", task, nullptr);
+    // Stands for the one that nobody has set yet, so that there is always one to call.
     m_disconnectCallback = AsyncCallback<>([] {}, task);
 }
 
@@ -57,6 +58,7 @@ void LpmClientLite::Connect(const Callback<bool>& callback)
 
 void LpmClientLite::ConnectToService(const Callback<bool>& callback)
 {
+    // A client that was disconnected stays so.
     if (!m_listener) {
         return;
     }
@@ -73,6 +75,7 @@ void LpmClientLite::ConnectToService(const Callback<bool>& callback)
 
 void LpmClientLite::OnSocketConnected(const Orlu::SocketPtr& socket, const Callback<bool>& callback)
 {
+    // Weakly as well: the router may be held by others when this object goes.
     m_router->Connect(socket, [weak = weak_from_this()] {
         if (const auto self = weak.lock()) {
             self->HandleDisconnect();

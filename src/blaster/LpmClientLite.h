@@ -88,6 +88,7 @@ private:
     static void StartDeadline(const std::shared_ptr<Deadline>& deadline, std::uint32_t id,
                               const LpmTimedOut& timedOut);
 
+    // On the client's task.
     void ConnectToService(const Callback<bool>& callback);
     void OnSocketConnected(const Orlu::SocketPtr& socket, const Callback<bool>& callback);
     void HandleDisconnect();

@@ -99,6 +99,7 @@ bool Trellan_ServiceBlasterProxy::SendBlasterKey(const std::string& codeset, std
     if (flag != 0) {
         return SendFrame(std::move(frame), callback);
     }
+    // A held key's pace does not wait for the blaster, so its caller gets the shape of a reply now.
     m_client->TRS_SendKeyToBlaster(Message(std::move(frame)), IPC_DEVICE_LPM);
     callback(BlasterFrames::Success());
     return true;

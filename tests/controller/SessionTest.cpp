@@ -191,6 +191,20 @@ TEST_F(Sessions, HoldAKeyForItsTimeOrUntilTheyAreInterrupted)
     cut->Interrupt();
     runtime.RunUntilIdle();
     EXPECT_EQ(Take(), "+500 cut ends 0\n+500 service 0 " + end + "\n");
+
+    for (const bool interrupted : {false, true}) {
+        const auto lost = Start("lost", {"key", "T1", "36", "--hold", "500"});
+        service.Close();
+        runtime.Advance(100);
+        Take();
+        if (interrupted) {
+            lost->Interrupt();
+        }
+        runtime.Advance(400);
+        const std::string at = interrupted ? "+1100 " : "+1000 ";
+        EXPECT_EQ(Take(), at + "service 0 " + end + "\n" + at + "lost " + end + "\n" + at +
+                              "lost ends 0\n");
+    }
 }
 
 TEST_F(Sessions, EndWithTheirCodeWhenNobodyAnswers)
