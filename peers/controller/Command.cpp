@@ -31,7 +31,7 @@ constexpr const char* kFooter =
     "its answers too.\n"
     "\n"
     "KEY is a number or a product key's name without regard to case: 36, ORLU_TV_POWER, tv_power.\n"
-    "An empty CODESET (\"\") sends the key by CEC.\n"
+    "An empty CODESET (\"\") sends the key by CEC, which takes held keys only: use --hold.\n"
     "\n"
     "Exit: 0 answered or interrupted, 1 no answer (120 s), 2 usage, 3 no service (3 s) or, while\n"
     "it stays connected, no longer.";
