@@ -14,9 +14,6 @@ find_package(CLI11 2 REQUIRED)
 if(TRELLAN_TESTS)
   find_package(GTest REQUIRED)
 endif()
-if(TRELLAN_BENCHMARKS)
-  find_package(benchmark REQUIRED)
-endif()
 
 # GCC's reader of symbols comes with the compiler, beside GCC's own headers: those are not for clang,
 # so the folder is looked into last.

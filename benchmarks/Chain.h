@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "benchmarks/KeyClient.h"
+#include "benchmarks/LpmSink.h"
+#include "benchmarks/Program.h"
+
+namespace Bench {
+
+/// A client, a program and LpmService, connected in a row under a root of their own, with the code
+/// set T2051 ready for keys. The first key has gone through.
+struct Chain {
+    Chain(const std::filesystem::path& root, const std::vector<std::string>& command, int logLevel);
+
+    LpmSink sink;
+    Program program;
+    KeyClient client;
+};
+
+/// Where things are: the programs, and a folder for the roots.
+struct Place {
+    std::filesystem::path programs;
+    std::filesystem::path roots;
+
+    std::string ProgramPath(const std::string& name) const { return programs / name; }
+};
+
+}  // namespace Bench

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+
+// Measures TrellanService beside floors that do the same with nothing in them, in one run.
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <iterator>
+
+#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+
+#include "benchmarks/Measurements.h"
+
+namespace Bench {
+
+namespace {
+
+/// A folder that goes with the object.
+class TemporaryFolder {
+public:
+    TemporaryFolder()
+    {
+        std::string pattern = std::filesystem::temp_directory_path() / "trellan-bench-XXXXXX";
+        if (::mkdtemp(pattern.data()) == nullptr) {
+            throw std::filesystem::filesystem_error(
+                "mkdtemp", pattern, std::error_code(errno, std::generic_category()));
+        }
+        m_path = pattern;
+    }
+    ~TemporaryFolder()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_path, ignored);
+    }
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    const std::filesystem::path& Path() const { return m_path; }
+
+private:
+    std::filesystem::path m_path;
+};
+
+using Measurement = std::vector<Figure> (*)(const Place&, const Effort&);
+
+std::vector<Figure> MeasureAll(const Effort& effort)
+{
+    const TemporaryFolder folder;
+    const Place place{std::filesystem::read_symlink("/proc/self/exe").parent_path(), folder.Path()};
+    std::vector<Figure> figures;
+    for (const Measurement measure : {MeasureKeyRoad, MeasureStartUp, MeasureIdle}) {
+        std::ranges::move(measure(place, effort), std::back_inserter(figures));
+    }
+    return figures;
+}
+
+int Main(int argc, char** argv)
+{
+    CLI::App app("Measures TrellanService beside floors that do the same with nothing in them.");
+    Effort effort;
+    bool check = false;
+    app.add_option("--rounds", effort.rounds, "Rounds of each measurement")
+        ->check(CLI::Range(1, 1000));
+    app.add_option("--idle", effort.idle, "Idle time to watch, in s");
+    app.add_option("--log-level", effort.logLevel, "The service's log level");
+    app.add_flag("--check", check, "Exit with 1 if a goal is missed");
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : 2;
+    }
+    const auto figures = MeasureAll(effort);
+    fmt::print("{}", RenderTable(figures));
+    return check && !std::ranges::all_of(figures, &Figure::IsMet) ? 1 : 0;
+}
+
+}  // namespace
+
+}  // namespace Bench
+
+int main(int argc, char** argv)
+{
+    try {
+        return Bench::Main(argc, argv);
+    } catch (const std::exception& error) {
+        fmt::print(stderr, "HouseBench: {}\n", error.what());
+        return 1;
+    }
+}

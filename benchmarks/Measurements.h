@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <vector>
+
+#include "benchmarks/Chain.h"
+#include "benchmarks/Figures.h"
+
+namespace Bench {
+
+/// How much is measured.
+struct Effort {
+    std::size_t rounds = 15;
+    std::size_t keysOneByOne = 2000;
+    std::size_t keysInFlight = 40'000;
+    std::chrono::seconds idle{30};
+    int logLevel = 2;
+};
+
+/// A key's way from the client through the service to LpmService and back, beside the same chain
+/// with an empty relay in the service's place.
+std::vector<Figure> MeasureKeyRoad(const Place& place, const Effort& effort);
+
+/// From exec to a client's first connection and first answer, beside a program that has the
+/// service's libraries and only listens.
+std::vector<Figure> MeasureStartUp(const Place& place, const Effort& effort);
+
+/// Memory and wake-ups with a client and LpmService connected and nothing to do.
+std::vector<Figure> MeasureIdle(const Place& place, const Effort& effort);
+
+}  // namespace Bench
