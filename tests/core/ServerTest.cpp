@@ -1,0 +1,200 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include <optional>
+
+#include <gtest/gtest.h>
+
+#include "ProtoBufs/Trellan_MessageIDs.pb.h"
+#include "support/ScriptedClient.h"
+#include "support/World.h"
+
+namespace TrellanService {
+namespace {
+
+using namespace TrellanServiceMessages;
+
+constexpr const char* kStore = "/mnt/nv/product-persistence/TRSCodesetConfig.json";
+constexpr const char* kOneCodeset = R"({"codesets": [{"name": "T2051", "details": {"devNum": 2051,
+    "ambiguousKeyBitMap": 67108864, "checksum": "c", "safeToBlast": false,
+    "keyMap": {"keys": [1, 4, 25]}}}]})";
+
+/// A service whose store holds T2051, with one client connected.
+class ServerTest : public testing::Test {
+protected:
+    ServerTest()
+    {
+        m_world.root.Write(kStore, kOneCodeset);
+        m_world.Start();
+        m_client.emplace(m_world.effects, "client");
+        Run();
+        m_world.effects.Take();
+        m_world.TakeLog();
+    }
+
+    void Run() { m_world.runtime.RunUntilIdle(); }
+
+    /// Everything since the last call.
+    std::string Effects()
+    {
+        Run();
+        return m_world.effects.Take();
+    }
+
+    void SendSources(const std::vector<std::string>& names)
+    {
+        SrcCiCodeMessage_t message;
+        message.mutable_cicode()->Assign(names.begin(), names.end());
+        m_client->Send(TrellanService_MESSAGE_ID_SRC_CICODES, message);
+        Run();
+    }
+
+    void RequestKey(ScriptedClient& client, std::uint32_t key, const std::string& codeset,
+                    OrluKeyReqMessage_t::KeyAction_t action)
+    {
+        OrluKeyReqMessage_t message;
+        message.set_keyval(key);
+        message.set_codeset(codeset);
+        message.set_keyaction(action);
+        client.Request(TrellanService_MESSAGE_ID_ORLU_KEY_REQ, message);
+    }
+
+    World m_world;
+    std::optional<ScriptedClient> m_client;
+};
+
+TEST_F(ServerTest, RefusesWhatNeedsTheCloudAndAnswersTheRest)
+{
+    FindCECDevice_t cec;
+    cec.set_vendorid(0xE091);
+    m_client->Request(TrellanService_MESSAGE_ID_FIND_CEC_DEV_REQ, cec);
+    FindEDIDDevice_t edid;
+    edid.set_edid("\xFF");
+    m_client->Request(TrellanService_MESSAGE_ID_FIND_EDID_DEV_REQ, edid);
+    DirectEntryResp_t entry;
+    entry.set_brand("Brand");
+    m_client->Request(TrellanService_MESSAGE_ID_DIRECT_ENTRY, entry);
+    m_client->Request(TrellanService_MESSAGE_ID_IS_CLOUD_CONNECTED, CloudConnectState_t());
+    KeyMapMessage_t keyMap;
+    keyMap.set_cicode("T2051");
+    m_client->Request(TrellanService_MESSAGE_ID_KEYMAP_REQ, keyMap);
+    RequestKey(*m_client, 36, "", OrluKeyReqMessage_t::KEY_ACTION_SINGLE_PRESS);
+    EXPECT_EQ(Effects(),
+              "+0 client reply 5 {\"result\":\"RESULT_ERROR\"}\n"
+              "+0 client reply 10 {\"result\":\"RESULT_ERROR\"}\n"
+              "+0 client reply 8 {\"lastResult\":\"LAST_RESULT_ERROR\"}\n"
+              "+0 client reply 6 {\"connectState\":false}\n"
+              "+0 client reply 2 {\"ciCode\":\"T2051\",\"ueiKey\":\"/w==\",\"numKeys\":0}\n"
+              "+0 client reply 0 {\"keyVal\":36,\"keyAction\":\"KEY_ACTION_SINGLE_PRESS\","
+              "\"codeset\":\"\",\"response\":\"PASS\"}\n");
+    EXPECT_EQ(
+        m_world.TakeLog(),
+        "2 TrellanServer: Unable to get codeset for CEC device, cloud not connected\n"
+        "2 TrellanServer: Unable to get codeset for EDID device, cloud not connected\n"
+        "2 TrellanServer: Unable to get codeset for Direct Entry device, cloud not connected\n"
+        "3 TrellanServer: Get the current UEI Cloud Connect status\n"
+        "3 TrellanServiceCodesetHandler: No keymap found for Codeset T2051 not loaded in "
+        "blaster?\n"
+        "3 TrellanServiceKeyHandler: Trellan_ServiceKeyHandler: m_allowContinuous is false\n"
+        "1 TrellanServiceKeyHandler: CEC key press must have separate press and release, no "
+        "single key press\n");
+}
+
+TEST_F(ServerTest, SourceListThatMatchesTheStoreLetsKeysOutByInfrared)
+{
+    SendSources({"T2051"});
+    EXPECT_EQ(m_world.TakeLog(),
+              "3 TrellanServer: Received codesets from PC\n"
+              "3 TrellanServiceCodesetHandler: CodesetConfig file is "
+              "/mnt/nv/product-persistence/TRSCodesetConfig.json\n"
+              "3 TrellanServiceCodesetHandler: The codesets match, we can send keys\n"
+              "3 TrellanServiceCodesetHandler: WhiteList file is /opt/Orlu/etc/UEI/WhiteList.json\n"
+              "1 TrellanServiceCodesetHandler: Failed to load whitelist file "
+              "/opt/Orlu/etc/UEI/WhiteList.json\n"
+              "3 TrellanServiceCodesetHandler: White list file successfully{}\n"
+              "3 TrellanServiceCodesetHandler: Codeset T2051 NOT in whiteList\n"
+              "3 TrellanServiceCodesetHandler: Setting send key state to 1\n");
+
+    RequestKey(*m_client, 26, "T2051", OrluKeyReqMessage_t::KEY_ACTION_SINGLE_PRESS);
+    IsKeyInCodesetMessage_t question;
+    question.set_cicode("T2051");
+    question.set_ueikey(0x119);
+    m_client->Request(TrellanService_MESSAGE_ID_IS_KEY_IN_CODESET, question);
+    SendSources({"T2051"});
+    EXPECT_EQ(Effects(),
+              "+0 client reply 4 {\"ciCode\":\"T2051\",\"ueiKey\":281,\"response\":true}\n"
+              "+0 client event 9 {\"syncState\":true}\n"
+              "+0 lpm 80 000701080319800000\n"
+              "+0 client reply 0 {\"keyVal\":26,\"keyAction\":\"KEY_ACTION_SINGLE_PRESS\","
+              "\"codeset\":\"T2051\",\"response\":\"PASS\"}\n");
+}
+
+TEST_F(ServerTest, AnotherClientTakesTheFirstOnesPlace)
+{
+    SendSources({"T2051"});
+    m_world.lpm.AnswerAfter(50);
+    RequestKey(*m_client, 26, "T2051", OrluKeyReqMessage_t::KEY_ACTION_SINGLE_PRESS);
+    Run();
+    ScriptedClient second(m_world.effects, "second");
+    EXPECT_EQ(Effects(), "+0 lpm 80 000701080319800000\n+0 client closed\n");
+
+    m_world.TakeLog();
+    m_world.runtime.Advance(100);
+    m_world.house.Server().NotifyState(TrellanService_STATE_COMPLETE_CALLED);
+    EXPECT_EQ(Effects(),
+              "+100 second event 3 {\"State\":\"TrellanService_STATE_COMPLETE_CALLED\"}\n");
+    EXPECT_EQ(m_world.TakeLog(), "2 TrellanServer: Trellan_Server is not connected\n");
+
+    second.Disconnect();
+    Run();
+    m_world.house.Server().NotifyState(TrellanService_STATE_CANCEL_CALLED);
+    m_world.house.Server().NotifyBlasterSyncComplete(true);
+    EXPECT_EQ(m_world.TakeLog(),
+              "3 TrellanServer: the client connection has been disconnected.\n"
+              "2 TrellanServer: Trellan_Server is not connected\n"
+              "2 TrellanServer: Trellan_Server is not connected \n");
+}
+
+TEST_F(ServerTest, CloudCountsAsConnectedASecondLaterAndAsLostAtOnce)
+{
+    Trellan_Server& server = m_world.house.Server();
+    server.setCloudConnected(true);
+    m_world.runtime.Advance(999);
+    m_client->Request(TrellanService_MESSAGE_ID_IS_CLOUD_CONNECTED, CloudConnectState_t());
+    Run();
+    m_world.runtime.Advance(5000);
+    server.setCloudConnected(false);
+    server.setCloudConnected(true);
+    server.setCloudConnected(false);
+    m_world.runtime.Advance(5000);
+    EXPECT_EQ(Effects(),
+              "+999 client reply 6 {\"connectState\":false}\n"
+              "+1000 client event 7 {\"connectState\":true}\n"
+              "+5999 client event 7 {\"connectState\":false}\n"
+              "+5999 client event 7 {\"connectState\":false}\n");
+}
+
+TEST_F(ServerTest, CloudDoesNotCountWhileTheBlasterWaitsForASyncThatCannotBegin)
+{
+    SendSources({"T2051", "S0456"});
+    m_world.house.Server().setCloudConnected(true);
+    m_world.runtime.Advance(10000);
+    EXPECT_EQ(Effects(), "");
+    EXPECT_FALSE(m_world.house.Server().IsCloudConnected());
+}
+
+TEST_F(ServerTest, MessagesThatFitNoHandlerAreDropped)
+{
+    IPCMessageEnvelope wrongType;
+    SetPayload(wrongType, BlasterSync_t());
+    m_client->RequestRaw(TrellanService_MESSAGE_ID_ORLU_KEY_REQ, wrongType);
+    IPCMessageEnvelope damaged;
+    damaged.set_payload("\xFF\xFF");
+    m_client->RequestRaw(TrellanService_MESSAGE_ID_KEYMAP_REQ, damaged);
+    m_client->RequestRaw(4711, IPCMessageEnvelope());
+    IPCMessageEnvelope unnamed;
+    m_client->RequestRaw(TrellanService_MESSAGE_ID_IS_CLOUD_CONNECTED, unnamed);
+    EXPECT_EQ(Effects(), "+0 client reply 6 {\"connectState\":false}\n");
+}
+
+}  // namespace
+}  // namespace TrellanService

@@ -1,0 +1,232 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "process/Program.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+namespace ProcessTests {
+
+namespace {
+
+constexpr auto kPatience = std::chrono::seconds(30);
+
+std::array<int, 2> MakePipe()
+{
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+        std::abort();
+    }
+    return ends;
+}
+
+std::vector<char*> Pointers(std::vector<std::string>& texts)
+{
+    std::vector<char*> pointers;
+    for (std::string& text : texts) {
+        pointers.push_back(text.data());
+    }
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+}  // namespace
+
+ProductFolder::ProductFolder()
+{
+    std::string name = (std::filesystem::temp_directory_path() / "product.XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr) {
+        std::abort();
+    }
+    m_path = name;
+}
+
+ProductFolder::~ProductFolder()
+{
+    std::error_code ignored;
+    std::filesystem::remove_all(m_path, ignored);
+}
+
+void ProductFolder::Write(const std::string& path, const std::string& text) const
+{
+    const std::filesystem::path file = m_path + path;
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << text;
+}
+
+std::string ProductFolder::Read(const std::string& path) const
+{
+    std::ostringstream text;
+    text << std::ifstream(m_path + path, std::ios::binary).rdbuf();
+    return text.str();
+}
+
+Program::Program(const ProductFolder& folder, const std::string& name, const Arguments& arguments,
+                 const std::map<std::string, std::string>& environment)
+    : m_name(name)
+{
+    const std::array<int, 2> in = MakePipe();
+    const std::array<int, 2> out = MakePipe();
+    const std::array<int, 2> err = MakePipe();
+    std::vector<std::string> argumentTexts{std::string(PROGRAM_FOLDER) + "/" + name};
+    argumentTexts.insert(argumentTexts.end(), arguments.begin(), arguments.end());
+    std::vector<std::string> environmentTexts{"ORLU_ROOT=" + folder.Path()};
+    for (const auto& [key, value] : environment) {
+        environmentTexts.push_back(key + "=" + value);
+    }
+    const std::vector<char*> argv = Pointers(argumentTexts);
+    const std::vector<char*> envp = Pointers(environmentTexts);
+    m_pid = fork();
+    if (m_pid == 0) {
+        dup2(in[0], STDIN_FILENO);
+        dup2(out[1], STDOUT_FILENO);
+        dup2(err[1], STDERR_FILENO);
+        execve(argv[0], argv.data(), envp.data());
+        _exit(127);
+    }
+    for (const int end : {in[0], out[1], err[1]}) {
+        close(end);
+    }
+    m_in = in[1];
+    m_out.fd = out[0];
+    m_err.fd = err[0];
+}
+
+Program::~Program()
+{
+    if (m_pid > 0) {
+        kill(m_pid, SIGKILL);
+        waitpid(m_pid, nullptr, 0);
+    }
+    for (const int fd : {m_in, m_out.fd, m_err.fd}) {
+        if (fd >= 0) {
+            close(fd);
+        }
+    }
+}
+
+std::string Program::WaitForLine(const std::string& part)
+{
+    return WaitFor(m_out, part);
+}
+
+std::string Program::WaitForLog(const std::string& part)
+{
+    return WaitFor(m_err, part);
+}
+
+std::string Program::WaitFor(Stream& stream, const std::string& part)
+{
+    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    do {
+        if (const auto line = TakeLine(stream, part)) {
+            return *line;
+        }
+    } while (ReadMore(deadline));
+    if (const auto line = TakeLine(stream, part)) {
+        return *line;
+    }
+    ADD_FAILURE() << m_name << ": no line with \"" << part << "\"; it wrote:\n"
+                  << m_out.all << m_err.all;
+    return {};
+}
+
+std::optional<std::string> Program::TakeLine(Stream& stream, const std::string& part)
+{
+    for (;;) {
+        const std::size_t end = stream.all.find('\n', stream.taken);
+        if (end == std::string::npos) {
+            return std::nullopt;
+        }
+        std::string line = stream.all.substr(stream.taken, end - stream.taken);
+        stream.taken = end + 1;
+        if (line.find(part) != std::string::npos) {
+            return line;
+        }
+    }
+}
+
+bool Program::ReadMore(std::chrono::steady_clock::time_point deadline)
+{
+    std::vector<pollfd> polled;
+    std::vector<Stream*> streams;
+    for (Stream* stream : {&m_out, &m_err}) {
+        if (stream->fd >= 0) {
+            polled.push_back({stream->fd, POLLIN, 0});
+            streams.push_back(stream);
+        }
+    }
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+        deadline - std::chrono::steady_clock::now());
+    if (polled.empty() || left.count() <= 0 ||
+        poll(polled.data(), polled.size(), static_cast<int>(left.count())) <= 0) {
+        return false;
+    }
+    for (std::size_t i = 0; i < polled.size(); ++i) {
+        if (polled[i].revents == 0) {
+            continue;
+        }
+        std::array<char, 65536> buffer{};
+        const ssize_t count = read(polled[i].fd, buffer.data(), buffer.size());
+        if (count > 0) {
+            streams[i]->all.append(buffer.data(), static_cast<std::size_t>(count));
+        } else if (count == 0 || errno != EINTR) {
+            close(streams[i]->fd);
+            streams[i]->fd = -1;
+        }
+    }
+    return true;
+}
+
+void Program::WriteLine(const std::string& line) const
+{
+    const std::string text = line + "\n";
+    EXPECT_EQ(write(m_in, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+}
+
+void Program::Signal(int number) const
+{
+    EXPECT_EQ(kill(m_pid, number), 0);
+}
+
+int Program::WaitForEnd()
+{
+    if (m_in >= 0) {
+        close(m_in);
+        m_in = -1;
+    }
+    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    while (ReadMore(deadline)) {
+    }
+    if (m_out.fd >= 0 || m_err.fd >= 0) {
+        ADD_FAILURE() << m_name << " does not end; it wrote:\n" << m_out.all << m_err.all;
+        kill(m_pid, SIGKILL);
+    }
+    int status = 0;
+    waitpid(m_pid, &status, 0);
+    m_pid = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+std::string RunProgram(const ProductFolder& folder, const std::string& name,
+                       const Arguments& arguments, int code)
+{
+    Program program(folder, name, arguments);
+    EXPECT_EQ(program.WaitForEnd(), code) << name << " wrote:\n"
+                                          << program.Output() << program.Log();
+    return program.Output();
+}
+
+}  // namespace ProcessTests

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <chrono>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace ProcessTests {
+
+/// A folder that is the product's root for one test; removed at the end.
+class ProductFolder {
+public:
+    ProductFolder();
+    ~ProductFolder();
+    ProductFolder(const ProductFolder&) = delete;
+    ProductFolder& operator=(const ProductFolder&) = delete;
+
+    const std::string& Path() const { return m_path; }
+    /// Writes a file, given by its absolute path in the product.
+    void Write(const std::string& path, const std::string& text) const;
+    /// Empty if there is none.
+    std::string Read(const std::string& path) const;
+
+private:
+    std::string m_path;
+};
+
+/// Words behind a program's name.
+using Arguments = std::vector<std::string>;
+
+/// One of the house's real programs, started with a product folder as its root. Waiting for it ends
+/// after a deadline with a failure, so that nothing hangs; killed at the end if it still runs.
+class Program {
+public:
+    Program(const ProductFolder& folder, const std::string& name, const Arguments& arguments,
+            const std::map<std::string, std::string>& environment = {});
+    ~Program();
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+
+    /// The next line of standard output that contains `part`; lines before it are skipped. Empty,
+    /// and a test failure, if none comes.
+    std::string WaitForLine(const std::string& part);
+
+    /// The same on standard error.
+    std::string WaitForLog(const std::string& part);
+
+    void WriteLine(const std::string& line) const;
+    void Signal(int number) const;
+
+    /// The exit code, or the negative number of the signal that ended it.
+    int WaitForEnd();
+
+    /// All of standard output and standard error that has been read so far.
+    const std::string& Output() const { return m_out.all; }
+    const std::string& Log() const { return m_err.all; }
+
+private:
+    struct Stream {
+        int fd = -1;
+        std::string all;
+        std::size_t taken = 0;
+    };
+
+    std::optional<std::string> TakeLine(Stream& stream, const std::string& part);
+    std::string WaitFor(Stream& stream, const std::string& part);
+    bool ReadMore(std::chrono::steady_clock::time_point deadline);
+
+    std::string m_name;
+    pid_t m_pid = -1;
+    int m_in = -1;
+    Stream m_out;
+    Stream m_err;
+};
+
+/// Runs a program to its end and gives its standard output; `code` must be its exit code.
+std::string RunProgram(const ProductFolder& folder, const std::string& name,
+                       const Arguments& arguments, int code = 0);
+
+}  // namespace ProcessTests

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "support/World.h"
+
+#include <utility>
+
+#include "orlu/DPrint.h"
+#include "orlu/MfgData.h"
+
+namespace {
+
+std::string& CollectedLog()
+{
+    static std::string log;
+    return log;
+}
+
+}  // namespace
+
+World::World() : effects(runtime), lpm(effects)
+{
+    MfgData::Reload();
+    CollectedLog().clear();
+    DPrint::SetSink(&World::Collect);
+}
+
+World::~World()
+{
+    house.Server().Stop();
+    DPrint::SetSink(nullptr);
+}
+
+void World::Start()
+{
+    house.Manager().CreateAllTasks();
+    house.Manager().StartAllTasks();
+    runtime.RunUntilIdle();
+    effects.Take();
+}
+
+std::string World::TakeLog()
+{
+    return std::exchange(CollectedLog(), {});
+}
+
+void World::Collect(int level, std::string_view logger, std::string_view text)
+{
+    CollectedLog() +=
+        std::to_string(level) + " " + std::string(logger) + ": " + std::string(text) + "\n";
+}
