@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "ProtoBufs/WhiteList.pb.h"
-
 #include <algorithm>
 #include <unordered_map>
 
+#include "ProtoBufs/WhiteList.pb.h"
 #include "codesets/CodesetLog.h"
 #include "codesets/Trellan_ServiceCodesetHandler.h"
 #include "orlu/ProtoToMarkup.h"
