@@ -14,6 +14,7 @@ constexpr std::size_t kHistoryLines = 50;
 
 }  // namespace
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): by value, as all three take it
 void Trellan_ServiceKeyHandler::sendSingleKey(std::string codeset, std::uint32_t orluKey,
                                               const StringCallback& callback)
 {
@@ -37,6 +38,7 @@ void Trellan_ServiceKeyHandler::sendContinuousKey(std::string codeset, std::uint
     callback("");
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): by value, as all three take it
 void Trellan_ServiceKeyHandler::sendEndKey(std::string codeset, const StringCallback& callback,
                                            bool forceBlast)
 {
