@@ -10,12 +10,14 @@
 #include <memory>
 #include <string_view>
 
-#include <backtrace.h>
 #include <cxxabi.h>
+#include <dlfcn.h>
 #include <sys/mman.h>
 #include <unistd.h>
+#include <unwind.h>
 
 #include "orlu/LogLine.h"
+#include "orlu/OwnSymbols.h"
 
 namespace {
 
@@ -27,26 +29,16 @@ constexpr std::size_t kStackBytes = 256 * 1024;
 
 void (*g_handler)(int) = nullptr;
 
-void IgnoreError(void*, const char*, int) {}
-
-/// The reader of symbols takes its memory from the system, not from the heap, and no lock.
-backtrace_state* State()
-{
-    static backtrace_state* const state = backtrace_create_state(nullptr, 1, IgnoreError, nullptr);
-    return state;
-}
-
-void TakeSymbol(void* name, std::uintptr_t, const char* symbol, std::uintptr_t, std::uintptr_t)
-{
-    *static_cast<const char**>(name) = symbol;
-}
-
 /// The mangled name of a frame's function; null if it has none.
-const char* SymbolOf(std::uintptr_t frame)
+const char* NameOf(const Orlu::OwnSymbols& symbols, std::uintptr_t frame)
 {
-    const char* symbol = nullptr;
-    backtrace_syminfo(State(), frame, TakeSymbol, IgnoreError, &symbol);
-    return symbol;
+    // Behind the call, which may be the last instruction of its function.
+    const std::uintptr_t call = frame - 1;
+    if (const char* name = symbols.Find(call)) {
+        return name;
+    }
+    Dl_info info{};
+    return ::dladdr(reinterpret_cast<void*>(call), &info) != 0 ? info.dli_sname : nullptr;
 }
 
 std::string Demangle(const char* symbol)
@@ -75,24 +67,20 @@ std::string_view TakeIdentifier(std::string_view& mangled)
     return identifier;
 }
 
-/// Without this function and its caller.
-[[gnu::noinline]] int CountFrames(std::uintptr_t* frames)
+struct Frames {
+    std::uintptr_t at[kMostFrames];
+    int count = 0;
+};
+
+_Unwind_Reason_Code AddFrame(_Unwind_Context* context, void* into)
 {
-    struct Walk {
-        std::uintptr_t* frames;
-        int count;
-    } walk{frames, 0};
-    const auto add = [](void* data, std::uintptr_t frame) {
-        auto& into = *static_cast<Walk*>(data);
-        into.frames[into.count++] = frame;
-        return into.count == kMostFrames ? 1 : 0;
-    };
-    backtrace_simple(State(), 2, add, IgnoreError, &walk);
-    // The outermost frame of a thread has no caller and reads as all ones.
-    while (walk.count > 0 && frames[walk.count - 1] == UINTPTR_MAX) {
-        --walk.count;
+    auto& frames = *static_cast<Frames*>(into);
+    const std::uintptr_t frame = _Unwind_GetIP(context);
+    if (frame == 0 || frames.count == kMostFrames) {
+        return _URC_END_OF_STACK;
     }
-    return walk.count;
+    frames.at[frames.count++] = frame;
+    return _URC_NO_REASON;
 }
 
 void WriteAll(const char* text, std::size_t size)
@@ -166,6 +154,9 @@ void HandleFault(int signal)
     pthread_sigmask(SIG_UNBLOCK, &alarms, nullptr);
     ::alarm(kEndAfterSeconds);
     g_handler(signal);
+    // Last, as it is the one thing here that the fault may have damaged.
+    const std::string_view lines = Orlu::PendingLogLines();
+    WriteAll(lines.data(), lines.size());
 }
 
 /// The handler's stack of one thread; leaves with the thread.
@@ -199,13 +190,14 @@ private:
 
 std::vector<std::string> backtrace()
 {
-    std::uintptr_t frames[kMostFrames];
-    const int count = CountFrames(frames);
-    std::vector<std::string> names(static_cast<std::size_t>(count));
-    for (int i = 0; i < count; ++i) {
-        if (const char* symbol = SymbolOf(frames[i])) {
-            names[static_cast<std::size_t>(i)] = Demangle(symbol);
-        }
+    Frames frames;
+    _Unwind_Backtrace(AddFrame, &frames);
+    const Orlu::OwnSymbols symbols;
+    std::vector<std::string> names;
+    // Without this function itself.
+    for (int i = 1; i < frames.count; ++i) {
+        const char* name = NameOf(symbols, frames.at[i]);
+        names.push_back(name ? Demangle(name) : "");
     }
     return names;
 }
@@ -221,8 +213,9 @@ void GiveThreadFaultStack()
 void InstallFaultHandler(void (*handler)(int))
 {
     g_handler = handler;
-    // Made here, so that it is there when a fault asks for it.
-    State();
+    // The unwinder sets itself up at its first use.
+    Frames frames;
+    _Unwind_Backtrace(AddFrame, &frames);
     GiveThreadFaultStack();
     struct sigaction action {};
     action.sa_handler = HandleFault;
@@ -238,11 +231,12 @@ void FaultLog(const char* logger, const char* text)
 
 void FaultBacktrace(const char* logger)
 {
-    std::uintptr_t frames[kMostFrames];
-    const int count = CountFrames(frames);
-    for (int i = 0; i < count; ++i) {
-        const char* symbol = SymbolOf(frames[i]);
-        FaultLine(logger).AppendName(symbol ? symbol : "<unresolved>");
+    Frames frames;
+    _Unwind_Backtrace(AddFrame, &frames);
+    const OwnSymbols symbols;
+    for (int i = 1; i < frames.count; ++i) {
+        const char* name = NameOf(symbols, frames.at[i]);
+        FaultLine(logger).AppendName(name ? name : "<unresolved>");
     }
 }
 

@@ -98,6 +98,11 @@ void DPrint::ReadLevel()
     }
 }
 
+std::string_view Orlu::PendingLogLines()
+{
+    return Lines().lines;
+}
+
 void DPrint::SetSink(Sink sink)
 {
     g_sink = sink;

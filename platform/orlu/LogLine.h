@@ -18,4 +18,8 @@ void AppendEscaped(std::string& line, std::string_view text);
 /// The same head without memory, for a fault: at most `size` bytes. Gives how many it wrote.
 std::size_t WriteLogHead(char* buffer, std::size_t size, int level, std::string_view logger);
 
+/// The lines that this thread has gathered and not written yet. For a fault; damaged, perhaps, if
+/// it struck while a line was being added.
+std::string_view PendingLogLines();
+
 }  // namespace Orlu

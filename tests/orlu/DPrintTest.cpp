@@ -164,12 +164,19 @@ void HangInFault(int)
     }
 }
 
+/// On a task that has a line to write yet.
 void FaultWith(void (*handler)(int))
 {
     Orlu::InstallFaultHandler(handler);
-    ::raise(SIGSEGV);
-    // Sent and not caused: only the second one meets the default action.
-    ::raise(SIGSEGV);
+    VirtualRuntime runtime;
+    const Orlu::TaskQueuePtr queue = runtime.CreateTaskQueue("task");
+    queue->Start([] {
+        DPrint("Log").Put(3, "gathered");
+        ::raise(SIGSEGV);
+        // Sent and not caused: only the second one meets the default action.
+        ::raise(SIGSEGV);
+    });
+    runtime.RunUntilIdle();
 }
 
 TEST(Backtrace, AFaultNamesItsFramesAndEndsTheProcess)
@@ -177,7 +184,7 @@ TEST(Backtrace, AFaultNamesItsFramesAndEndsTheProcess)
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(FaultWith(TellFault), testing::KilledBySignal(SIGSEGV),
                 "1 Start: begin\n.*Start: \\(anonymous namespace\\)::FaultWith\n.*"
-                "Start: main\n.*1 Start: end\n");
+                "Start: main\n.*1 Start: end\n.*3 Log: gathered\n");
     EXPECT_EXIT(FaultWith(HangInFault), testing::KilledBySignal(SIGALRM), "");
 }
 
