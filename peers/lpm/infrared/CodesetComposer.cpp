@@ -30,7 +30,9 @@ void WriteSequence(ByteWriter& writer, const RawSequence& sequence)
     writer.Number(1, sequence.repeat.size());
     std::vector<std::uint8_t> steps = sequence.press;
     steps.insert(steps.end(), sequence.repeat.begin(), sequence.repeat.end());
-    steps.resize(steps.size() + steps.size() % 2);
+    if (steps.size() % 2 != 0) {
+        steps.push_back(0);
+    }
     for (std::size_t i = 0; i < steps.size(); i += 2) {
         writer.Number(1, steps[i] | steps[i + 1] << 4);
     }
