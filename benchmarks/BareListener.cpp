@@ -5,6 +5,8 @@
 
 #include <cstdio>
 
+#include <json/value.h>
+
 #include "ProtoBufs/CodesetConfig.pb.h"
 #include "ProtoBufs/LpmServiceMessages.pb.h"
 #include "ProtoBufs/Trellan_MessageIDs.pb.h"
@@ -17,10 +19,11 @@ namespace Bench {
 
 namespace {
 
-/// Makes the linker take the schemas that the service has, which register themselves at the start.
-bool HaveSchemas()
+/// Makes the linker take the libraries and schemas that the service has; the schemas register
+/// themselves at the start.
+bool HaveLibraries()
 {
-    return CodesetConfig::CodesetConfig::descriptor() != nullptr &&
+    return Json::Value().isNull() && CodesetConfig::CodesetConfig::descriptor() != nullptr &&
            LpmServiceMessages::LPMIpcServicePacket::descriptor() != nullptr &&
            TrellanServiceMessages::State::descriptor() != nullptr &&
            UEIKeyNamesPB::ueikey_descriptor() != nullptr &&
@@ -53,7 +56,7 @@ int Main()
         Stream client(std::move(socket));
         Answer(client);
     }
-    return HaveSchemas() ? 0 : 1;
+    return HaveLibraries() ? 0 : 1;
 }
 
 }  // namespace

@@ -63,6 +63,10 @@ int Main(int argc, char** argv)
     bool check = false;
     app.add_option("--rounds", effort.rounds, "Rounds of each measurement")
         ->check(CLI::Range(1, 1000));
+    app.add_option("--one-by-one", effort.keysOneByOne, "Keys a round, one at a time")
+        ->check(CLI::PositiveNumber);
+    app.add_option("--in-flight", effort.keysInFlight, "Keys a round, 64 at a time")
+        ->check(CLI::PositiveNumber);
     app.add_option("--idle", effort.idle, "Idle time to watch, in s");
     app.add_option("--log-level", effort.logLevel, "The service's log level");
     app.add_flag("--check", check, "Exit with 1 if a goal is missed");

@@ -81,21 +81,21 @@ std::vector<Figure> Report(const Rounds& service, const Rounds& relay, const Rou
 std::vector<Figure> MeasureKeyRoad(const Place& place, const Effort& effort)
 {
     const std::string relay = place.ProgramPath("BareRelay");
-    Chain service(place.roots / "service", {place.ProgramPath("TrellanService")}, effort.logLevel);
-    Chain messages(place.roots / "messages", {relay, "messages"}, effort.logLevel);
-    Chain bytes(place.roots / "bytes", {relay, "bytes"}, effort.logLevel);
-    const std::array<Chain*, 3> chains = {&service, &messages, &bytes};
+    const std::array<std::vector<std::string>, 3> commands = {{
+        {place.ProgramPath("TrellanService")},
+        {relay, "messages"},
+        {relay, "bytes"},
+    }};
     std::array<Rounds, 3> rounds;
-    // Each round begins with another chain, so that none always follows the same one. The first
-    // round only warms.
-    for (std::size_t round = 0; round <= effort.rounds; ++round) {
-        for (std::size_t i = 0; i < chains.size(); ++i) {
-            const std::size_t which = (round + i) % chains.size();
-            MeasureOneByOne(*chains[which], effort.keysOneByOne, rounds[which]);
-            MeasureInFlight(*chains[which], effort.keysInFlight, rounds[which]);
-        }
-        if (round == 0) {
-            rounds = {};
+    // Which cores a chain's threads settle on decides much and lasts for its life, so each round
+    // has chains of its own. It begins with another one each time: none always follows the same.
+    for (std::size_t round = 0; round < effort.rounds; ++round) {
+        for (std::size_t i = 0; i < commands.size(); ++i) {
+            const std::size_t which = (round + i) % commands.size();
+            Chain chain(place.roots / "road", commands[which], effort.logLevel);
+            chain.client.SendKeys(effort.keysOneByOne, 1);
+            MeasureOneByOne(chain, effort.keysOneByOne, rounds[which]);
+            MeasureInFlight(chain, effort.keysInFlight, rounds[which]);
         }
     }
     return Report(rounds[0], rounds[1], rounds[2]);

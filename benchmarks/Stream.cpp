@@ -2,6 +2,7 @@
 
 #include "benchmarks/Stream.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <utility>
@@ -14,7 +15,7 @@ namespace Bench {
 
 namespace {
 
-constexpr std::size_t kBufferBytes = 256 * 1024;
+constexpr std::size_t kBufferBytes = 64 * 1024;
 constexpr std::size_t kHeaderBytes = 4;
 
 bool FillAddress(sockaddr_un& address, const std::string& path)
@@ -102,15 +103,18 @@ Descriptor AcceptFrom(const Descriptor& listener)
     return Descriptor(::accept4(listener.Get(), nullptr, nullptr, SOCK_CLOEXEC));
 }
 
-Stream::Stream(Descriptor socket) : m_socket(std::move(socket)), m_in(kBufferBytes, '\0') {}
+Stream::Stream(Descriptor socket)
+    : m_socket(std::move(socket)), m_in(std::make_unique_for_overwrite<char[]>(kBufferBytes))
+{
+}
 
 bool Stream::Fill()
 {
     if (m_begin > 0) {
-        m_in.replace(0, m_end - m_begin, m_in, m_begin, m_end - m_begin);
+        std::copy(m_in.get() + m_begin, m_in.get() + m_end, m_in.get());
         m_end -= std::exchange(m_begin, 0);
     }
-    const auto size = ::recv(m_socket.Get(), m_in.data() + m_end, m_in.size() - m_end, 0);
+    const auto size = ::recv(m_socket.Get(), m_in.get() + m_end, kBufferBytes - m_end, 0);
     if (size <= 0) {
         return false;
     }
@@ -120,7 +124,7 @@ bool Stream::Fill()
 
 std::string_view Stream::TakeBytes()
 {
-    const std::string_view bytes(m_in.data() + m_begin, m_end - m_begin);
+    const std::string_view bytes(m_in.get() + m_begin, m_end - m_begin);
     m_begin = m_end = 0;
     return bytes;
 }
@@ -130,11 +134,11 @@ bool Stream::Next(IPCMessageEnvelope& envelope)
     if (m_end - m_begin < kHeaderBytes) {
         return false;
     }
-    const auto size = SizeAt(m_in.data() + m_begin);
+    const auto size = SizeAt(m_in.get() + m_begin);
     if (m_end - m_begin - kHeaderBytes < size) {
         return false;
     }
-    const char* const body = m_in.data() + m_begin + kHeaderBytes;
+    const char* const body = m_in.get() + m_begin + kHeaderBytes;
     m_begin += kHeaderBytes + size;
     return envelope.ParseFromArray(body, static_cast<int>(size));
 }

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -69,7 +71,7 @@ public:
 
 private:
     Descriptor m_socket;
-    std::string m_in;
+    std::unique_ptr<char[]> m_in;
     std::size_t m_begin = 0;
     std::size_t m_end = 0;
     std::string m_out;
