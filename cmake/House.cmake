@@ -25,7 +25,6 @@ function(house_program name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_DEPENDS} house_options)
-  set_target_properties(${name} PROPERTIES ENABLE_EXPORTS ON)
 endfunction()
 
 # house_protos(NAME ROOT … FILES … IMPORTS … DEPENDS …): a static library of generated messages. The
