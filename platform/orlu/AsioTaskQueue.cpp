@@ -22,6 +22,9 @@ using Clock = std::chrono::steady_clock;
 /// The deadline's millisecond has to be over before it counts: an alarm may come late, never early.
 constexpr MonotonicMs kResolution{1};
 
+/// What the system keeps of a thread's name.
+constexpr std::size_t kThreadNameChars = 15;
+
 /// Works may post works; after this many rounds sockets and timers have their turn between.
 constexpr int kRounds = 64;
 
@@ -106,7 +109,6 @@ void AsioTaskQueue::Start(Work entry)
     m_started = true;
     m_thread =
         std::thread([self = shared_from_this(), entry = std::move(entry)] { self->Run(entry); });
-    pthread_setname_np(m_thread.native_handle(), m_name.substr(0, 15).c_str());
 }
 
 void AsioTaskQueue::Stop()
@@ -156,6 +158,8 @@ std::span<std::uint8_t> AsioTaskQueue::ReadBuffer()
 void AsioTaskQueue::Run(const Work& entry)
 {
     const CurrentQueueScope scope(this);
+    // By the thread itself: another one has to go through a file of /proc.
+    pthread_setname_np(pthread_self(), m_name.substr(0, kThreadNameChars).c_str());
     GiveThreadFaultStack();
     const auto keepWaiting = boost::asio::make_work_guard(m_context);
     if (entry) {
