@@ -64,7 +64,13 @@ void UnixSocket::ReadOnce()
         Read();
     }
     if (m_open) {
-        WaitReadable();
+        // Behind what the read has led to: the peer need not wait for our own preparations.
+        m_queue->AtEndOfWakeUp([weak = weak_from_this()] {
+            const auto self = weak.lock();
+            if (self && self->m_open) {
+                self->WaitReadable();
+            }
+        });
     }
 }
 
