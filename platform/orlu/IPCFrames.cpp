@@ -2,6 +2,10 @@
 
 #include "orlu/IPCFrames.h"
 
+#include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/message.h>
+#include <google/protobuf/wire_format_lite.h>
+
 #include "orlu/Limits.h"
 #include "orlu/Network.h"
 
@@ -32,6 +36,50 @@ std::span<const std::uint8_t> BytesOf(const std::string& text)
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
+using google::protobuf::internal::WireFormatLite;
+
+std::size_t SizeOf(int field, std::uint32_t value)
+{
+    return WireFormatLite::TagSize(field, WireFormatLite::TYPE_UINT32) +
+           WireFormatLite::UInt32Size(value);
+}
+
+/// Of a field of that many bytes.
+std::size_t SizeOfBytes(int field, std::size_t size)
+{
+    return WireFormatLite::TagSize(field, WireFormatLite::TYPE_BYTES) +
+           WireFormatLite::LengthDelimitedSize(size);
+}
+
+std::uint8_t* PutBytesHead(int field, std::size_t size, std::uint8_t* to)
+{
+    to = WireFormatLite::WriteTagToArray(field, WireFormatLite::WIRETYPE_LENGTH_DELIMITED, to);
+    return google::protobuf::io::CodedOutputStream::WriteVarint32ToArray(
+        static_cast<std::uint32_t>(size), to);
+}
+
+/// As protobuf writes an envelope: fields in order of their numbers.
+std::uint8_t* PutHead(const Head& head, const std::string& type, std::uint8_t* to)
+{
+    using Envelope = IPCMessageEnvelope;
+    to = WireFormatLite::WriteUInt32ToArray(Envelope::kIdFieldNumber, head.id, to);
+    if (head.token != 0) {
+        to = WireFormatLite::WriteUInt32ToArray(Envelope::kTokenFieldNumber, head.token, to);
+    }
+    to = WireFormatLite::WriteUInt32ToArray(Envelope::kKindFieldNumber, head.kind, to);
+    to = PutBytesHead(Envelope::kPayloadTypeFieldNumber, type.size(), to);
+    return google::protobuf::io::CodedOutputStream::WriteStringToArray(type, to);
+}
+
+std::size_t SizeOf(const Head& head, const std::string& type)
+{
+    using Envelope = IPCMessageEnvelope;
+    return SizeOf(Envelope::kIdFieldNumber, head.id) +
+           (head.token != 0 ? SizeOf(Envelope::kTokenFieldNumber, head.token) : 0) +
+           SizeOf(Envelope::kKindFieldNumber, head.kind) +
+           SizeOfBytes(Envelope::kPayloadTypeFieldNumber, type.size());
+}
+
 }  // namespace
 
 bool Write(const IPCMessageEnvelope& envelope, Network::ConnectorSocket& socket)
@@ -43,6 +91,26 @@ bool Write(const IPCMessageEnvelope& envelope, Network::ConnectorSocket& socket)
     }
     PutSize(to, size);
     envelope.SerializeWithCachedSizesToArray(to + kHeaderBytes);
+    return true;
+}
+
+bool Write(const Head& head, const google::protobuf::Message& message,
+           Network::ConnectorSocket& socket)
+{
+    const std::string& type = message.GetDescriptor()->name();
+    const auto payload = message.ByteSizeLong();
+    const auto size =
+        SizeOf(head, type) + SizeOfBytes(IPCMessageEnvelope::kPayloadFieldNumber, payload);
+    // The payload's own size first: the sum of a huge one could wrap.
+    const bool fits = payload <= kFrameBytes && size <= kFrameBytes;
+    auto* to = fits ? socket.Extend(kHeaderBytes + size) : nullptr;
+    if (to == nullptr) {
+        return false;
+    }
+    PutSize(to, size);
+    to = PutHead(head, type, to + kHeaderBytes);
+    to = PutBytesHead(IPCMessageEnvelope::kPayloadFieldNumber, payload, to);
+    message.SerializeWithCachedSizesToArray(to);
     return true;
 }
 

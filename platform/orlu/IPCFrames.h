@@ -13,6 +13,10 @@ namespace Network {
 class ConnectorSocket;
 }
 
+namespace google::protobuf {
+class Message;
+}
+
 /// A message on an IPC connection:
 ///
 ///     +--------+--------+--------+--------+---------------------+
@@ -29,6 +33,17 @@ enum Kind : std::uint32_t { kEvent = 0, kRequest = 1, kReply = 2 };
 /// Writes a frame to the end of the socket's send queue. False, and nothing is sent, if the socket
 /// is closed or the frame would be too long.
 bool Write(const IPCMessageEnvelope& envelope, Network::ConnectorSocket& socket);
+
+/// What an envelope says of its payload.
+struct Head {
+    std::uint32_t id;
+    std::uint32_t kind;
+    std::uint32_t token;  // 0: none
+};
+
+/// Writes the frame of an envelope that holds `message`, without making one.
+bool Write(const Head& head, const google::protobuf::Message& message,
+           Network::ConnectorSocket& socket);
 
 /// The frame as text.
 std::string Encode(const IPCMessageEnvelope& envelope);

@@ -29,21 +29,6 @@ bool NamesType(const IPCMessageEnvelope& envelope, const std::string& typeName)
     return envelope.payload_type().empty() || envelope.payload_type() == typeName;
 }
 
-bool IPCMessageRouterIF::SendMessage(std::uint32_t id, const google::protobuf::Message& message)
-{
-    IPCMessageEnvelope envelope;
-    SetPayload(envelope, message);
-    return Send(id, std::move(envelope));
-}
-
-bool IPCMessageRouterIF::ReplyMessage(std::uint32_t id, const google::protobuf::Message& message,
-                                      std::uint32_t token)
-{
-    IPCMessageEnvelope envelope;
-    SetPayload(envelope, message);
-    return Reply(id, std::move(envelope), token);
-}
-
 namespace {
 
 const DPrint s_log("IPC");
@@ -62,9 +47,14 @@ public:
     void Disconnect() override;
     bool IsConnected() const override { return m_socket != nullptr; }
     bool Send(std::uint32_t id, IPCMessageEnvelope envelope) override;
+    bool SendMessage(std::uint32_t id, const google::protobuf::Message& message) override;
     CallbackConnection SendRequest(std::uint32_t id, IPCMessageEnvelope envelope,
                                    EnvelopeHandler reply) override;
+    CallbackConnection SendRequest(std::uint32_t id, const google::protobuf::Message& message,
+                                   EnvelopeHandler reply) override;
     bool Reply(std::uint32_t id, IPCMessageEnvelope envelope, std::uint32_t token) override;
+    bool ReplyMessage(std::uint32_t id, const google::protobuf::Message& message,
+                      std::uint32_t token) override;
     CallbackConnection AddHandler(std::uint32_t id, EnvelopeHandler handler) override;
     void Unexpected(const IPCMessageEnvelope& envelope) override;
 
@@ -73,7 +63,7 @@ private:
 
     struct Pending {
         std::uint32_t id;
-        HandlerPtr reply;
+        EnvelopeHandler reply;
     };
 
     /// What reads one connection. The socket holds it, so it outlives a router that goes, or takes
@@ -90,6 +80,8 @@ private:
     void End();
     bool Put(std::uint32_t id, IPCMessageEnvelope& envelope, std::uint32_t kind,
              std::uint32_t token);
+    bool Put(const IPCFrames::Head& head, const google::protobuf::Message& message);
+    CallbackConnection AwaitReply(std::uint32_t id, std::uint32_t token, EnvelopeHandler reply);
     std::uint32_t NewToken();
 
     const std::string m_name;
@@ -194,7 +186,7 @@ void Router::TakeReply(const IPCMessageEnvelope& envelope)
     }
     const auto reply = std::move(found->second.reply);
     m_pending.erase(found);
-    (*reply)(envelope);
+    reply(envelope);
 }
 
 bool Router::Put(std::uint32_t id, IPCMessageEnvelope& envelope, std::uint32_t kind,
@@ -212,9 +204,19 @@ bool Router::Put(std::uint32_t id, IPCMessageEnvelope& envelope, std::uint32_t k
     return IPCFrames::Write(envelope, *m_socket);
 }
 
+bool Router::Put(const IPCFrames::Head& head, const google::protobuf::Message& message)
+{
+    return m_socket && IPCFrames::Write(head, message, *m_socket);
+}
+
 bool Router::Send(std::uint32_t id, IPCMessageEnvelope envelope)
 {
     return Put(id, envelope, IPCFrames::kEvent, 0);
+}
+
+bool Router::SendMessage(std::uint32_t id, const google::protobuf::Message& message)
+{
+    return Put({id, IPCFrames::kEvent, 0}, message);
 }
 
 bool Router::Reply(std::uint32_t id, IPCMessageEnvelope envelope, std::uint32_t token)
@@ -222,20 +224,36 @@ bool Router::Reply(std::uint32_t id, IPCMessageEnvelope envelope, std::uint32_t 
     return Put(id, envelope, IPCFrames::kReply, token);
 }
 
+bool Router::ReplyMessage(std::uint32_t id, const google::protobuf::Message& message,
+                          std::uint32_t token)
+{
+    return Put({id, IPCFrames::kReply, token}, message);
+}
+
 CallbackConnection Router::SendRequest(std::uint32_t id, IPCMessageEnvelope envelope,
                                        EnvelopeHandler reply)
 {
     const auto token = NewToken();
-    if (!Put(id, envelope, IPCFrames::kRequest, token)) {
-        return {};
-    }
+    return Put(id, envelope, IPCFrames::kRequest, token) ? AwaitReply(id, token, std::move(reply))
+                                                         : CallbackConnection();
+}
+
+CallbackConnection Router::SendRequest(std::uint32_t id, const google::protobuf::Message& message,
+                                       EnvelopeHandler reply)
+{
+    const auto token = NewToken();
+    return Put({id, IPCFrames::kRequest, token}, message) ? AwaitReply(id, token, std::move(reply))
+                                                          : CallbackConnection();
+}
+
+CallbackConnection Router::AwaitReply(std::uint32_t id, std::uint32_t token, EnvelopeHandler reply)
+{
     if (m_pending.size() == Orlu::Limits::kPendingRequests) {
         s_log.Log(2, "{}: request {} is given up, {} wait for their reply", m_name,
                   m_pending.begin()->second.id, m_pending.size());
         m_pending.erase(m_pending.begin());
     }
-    m_pending.emplace(token,
-                      Pending{id, std::make_shared<const EnvelopeHandler>(std::move(reply))});
+    m_pending.emplace(token, Pending{id, std::move(reply)});
     return CallbackConnection([weak = weak_from_this(), token] {
         if (const auto self = weak.lock()) {
             const auto given = self->m_pending.extract(token);

@@ -42,14 +42,21 @@ public:
 
     /// An event. False without a socket.
     virtual bool Send(std::uint32_t id, IPCMessageEnvelope envelope) = 0;
+    /// The same with the message that the envelope would hold.
+    virtual bool SendMessage(std::uint32_t id, const google::protobuf::Message& message) = 0;
 
     /// A request with a token of its own; `reply` gets the envelope that answers it, once, or
     /// never. Without a socket an empty connection is returned and `reply` is never called.
     virtual CallbackConnection SendRequest(std::uint32_t id, IPCMessageEnvelope envelope,
                                            EnvelopeHandler reply) = 0;
+    virtual CallbackConnection SendRequest(std::uint32_t id,
+                                           const google::protobuf::Message& message,
+                                           EnvelopeHandler reply) = 0;
 
     /// The answer to the request with that id and token. False without a socket.
     virtual bool Reply(std::uint32_t id, IPCMessageEnvelope envelope, std::uint32_t token) = 0;
+    virtual bool ReplyMessage(std::uint32_t id, const google::protobuf::Message& message,
+                              std::uint32_t token) = 0;
 
     /// `handler` gets each event and request of that id; a second one replaces the first.
     virtual CallbackConnection AddHandler(std::uint32_t id, EnvelopeHandler handler) = 0;
@@ -74,22 +81,13 @@ public:
             }));
     }
 
-    /// Sends `message` as an event.
-    bool SendMessage(std::uint32_t id, const google::protobuf::Message& message);
-
-    /// Answers with `message`.
-    bool ReplyMessage(std::uint32_t id, const google::protobuf::Message& message,
-                      std::uint32_t token);
-
     /// Sends `message` as a request; a reply of another type goes to `Unexpected`.
     template <class Response>
     CallbackConnection SendRequestMessage(std::uint32_t id,
                                           const google::protobuf::Message& message,
                                           Callback<Response> callback)
     {
-        IPCMessageEnvelope envelope;
-        SetPayload(envelope, message);
-        return SendRequest(id, std::move(envelope),
+        return SendRequest(id, message,
                            [this, callback = std::move(callback)](const IPCMessageEnvelope& reply) {
                                Response response;
                                if (!GetPayload(reply, response)) {
