@@ -65,3 +65,18 @@ function(house_test name)
     RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests ENABLE_EXPORTS ON)
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 60)
 endfunction()
+
+# house_fuzzer(NAME DEPENDS …): a libFuzzer program of one source, NAME.cpp, in fuzzers/. Each seed
+# is one of ctest's, so that what a fuzzer once found stays found.
+function(house_fuzzer name)
+  cmake_parse_arguments(ARG "" "" "DEPENDS" ${ARGN})
+  add_executable(${name} ${name}.cpp)
+  target_link_libraries(${name} PRIVATE ${ARG_DEPENDS} house_options)
+  target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/fuzzers)
+  file(GLOB seeds CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/seeds/${name}/*)
+  if(seeds)
+    add_test(NAME ${name}.seeds COMMAND ${name} ${seeds})
+    set_tests_properties(${name}.seeds PROPERTIES TIMEOUT 60)
+  endif()
+endfunction()

@@ -34,7 +34,7 @@ void WriteSequence(ByteWriter& writer, const RawSequence& sequence)
         steps.push_back(0);
     }
     for (std::size_t i = 0; i < steps.size(); i += 2) {
-        writer.Number(1, steps[i] | steps[i + 1] << 4);
+        writer.Number(1, static_cast<std::size_t>(steps[i] | steps[i + 1] << 4));
     }
 }
 

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include <cstdint>
+
+#include "codesets/CodesetText.h"
+#include "infrared/CodesetBinary.h"
+
+// A binary that is accepted can be made anew from what was read; a text that is accepted makes a
+// binary that is accepted.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    std::string why;
+    if (const auto codeset = Lpm::CodesetBinary::Parse({data, size}, why)) {
+        const auto again = Lpm::CodesetBinary::Compose(codeset->Groups(), codeset->Keys(), why);
+        const auto back = again ? Lpm::CodesetBinary::Parse(*again, why) : std::nullopt;
+        if (!back || back->Keys() != codeset->Keys() || back->Groups() != codeset->Groups()) {
+            __builtin_trap();
+        }
+    }
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    if (const auto binary = Lpm::CompileCodeset(text, why)) {
+        if (!Lpm::CodesetBinary::Parse(*binary, why)) {
+            __builtin_trap();
+        }
+    }
+    return 0;
+}
