@@ -207,6 +207,10 @@ private:
 class Attempt final : public TransportHandle {
 public:
     struct State {
+        State(LocalSocket newSocket, std::function<void(SocketPtr)> newDone)
+            : socket(std::move(newSocket)), done(std::move(newDone))
+        {
+        }
         LocalSocket socket;
         std::function<void(SocketPtr)> done;
     };

@@ -5,7 +5,7 @@
 #include "blaster/BlasterFixture.h"
 #include "blaster/MockLpmClient.h"
 #include "blaster/Trellan_ServiceCecIF.h"
-#include "support/TempRoot.h"
+#include "support/TemporaryRoot.h"
 
 namespace TrellanService::Tests {
 
@@ -149,7 +149,7 @@ TEST_F(LpmClients, TheMockCountsAsConnectedAndDoesNothing)
 
 TEST_F(LpmClients, OnlyTheWordTrueSelectsTheMock)
 {
-    const TempRoot root;
+    const TemporaryRoot root;
     struct Row {
         const char* data;
         bool mock;
@@ -158,7 +158,7 @@ TEST_F(LpmClients, OnlyTheWordTrueSelectsTheMock)
                            Row{R"({"mockLPM": "1"})", false}, Row{R"({"mockLPM": ""})", false},
                            Row{R"({"mockLPM": "true "})", false}, Row{"{}", false}}) {
         SCOPED_TRACE(row.data);
-        root.Put("/opt/Orlu/etc/MfgData.json", row.data);
+        root.Write("/opt/Orlu/etc/MfgData.json", row.data);
         MfgData::Reload();
         EXPECT_EQ(IsMockLpm(), row.mock);
         Run([this] { client = CreateLpmClient("test", task.get()); });

@@ -5,7 +5,7 @@
 #include "lpm/BlasterProtocol.h"
 #include "lpm/DeviceRoom.pb.h"
 #include "orlu/IPCMessageEnvelope.pb.h"
-#include "support/TempRoot.h"
+#include "support/TemporaryRoot.h"
 
 #include <gtest/gtest.h>
 
@@ -135,12 +135,12 @@ private:
 /// A connection as any program would make it: length words and envelopes on a socket.
 class RawClient {
 public:
-    RawClient(const TempRoot& root, const std::string& service)
+    RawClient(const TemporaryRoot& root, const std::string& service)
         : m_fd(socket(AF_UNIX, SOCK_STREAM, 0))
     {
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
-        const std::string path = (root / ("run/orlu/" + service + ".sock")).string();
+        const std::string path = root.Path() + "/run/orlu/" + service + ".sock";
         path.copy(address.sun_path, sizeof address.sun_path - 1);
         const void* raw = &address;
         EXPECT_EQ(connect(m_fd, static_cast<const sockaddr*>(raw), sizeof address), 0);
@@ -217,11 +217,11 @@ double MsOf(const std::string& line)
 
 TEST(LpmProcess, ServesKeysToItsDevicesAndEndsWhatIsLeftRunning)
 {
-    const TempRoot root;
-    root.Put("codesets/T2051.bin", Codeset());
-    root.Put("codesets/T0001.bin", "damaged");
+    const TemporaryRoot root;
+    root.Write("/codesets/T2051.bin", Codeset());
+    root.Write("/codesets/T0001.bin", "damaged");
     Program program({"--record", "/dev/stdout", "--devices", LIVING_ROOM, "--codesets",
-                     (root / "codesets").string()});
+                     root.Path() + "/codesets"});
     ASSERT_EQ(program.LineWith("ready"), "ready");
 
     std::optional<RawClient> client(std::in_place, root, "LpmService");

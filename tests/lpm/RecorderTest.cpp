@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "Bench.h"
-#include "support/TempRoot.h"
+#include "support/TemporaryRoot.h"
 
 using namespace Lpm;
 
@@ -35,18 +35,18 @@ TEST(Recorder, WritesALineForEachThing)
 
 TEST(Recorder, AppendsAndSaysWhyItCannot)
 {
-    const TempRoot root;
-    const std::string path = (root / "record").string();
+    const TemporaryRoot root;
+    const std::string path = root.Path() + "/record";
     std::string why;
     for (int i = 0; i < 2; ++i) {
         const auto recorder = Recorder::Open(path, why);
         ASSERT_TRUE(recorder) << why;
         recorder->Frame(80, std::string("\0\1\0", 3));
     }
-    const std::string text = root.Content("record");
+    const std::string text = root.Read("/record");
     EXPECT_EQ(std::ranges::count(text, '\n'), 2);
     EXPECT_NE(text.find("\"id\": 80, \"frame\": \"000100\"}\n"), std::string::npos);
-    EXPECT_FALSE(Recorder::Open((root / "absent/record").string(), why));
+    EXPECT_FALSE(Recorder::Open(root.Path() + "/absent/record", why));
     EXPECT_EQ(why, "No such file or directory");
 }
 

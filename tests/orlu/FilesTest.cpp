@@ -10,7 +10,7 @@
 #include "orlu/MfgData.h"
 #include "orlu/SystemUtils.h"
 #include "support/FaultyFiles.h"
-#include "support/TempRoot.h"
+#include "support/TemporaryRoot.h"
 
 namespace {
 
@@ -24,7 +24,7 @@ protected:
         DPrint::SetSink([](int level, std::string_view logger, std::string_view text) {
             g_log += fmt::format("{} {}: {}\n", level, logger, text);
         });
-        std::filesystem::create_directories(root / "/dir");
+        std::filesystem::create_directories(root.Path() + "/dir");
     }
     ~FilesTest() override { DPrint::SetSink(nullptr); }
 
@@ -35,12 +35,12 @@ protected:
 
     std::size_t FilesInFolder() const
     {
-        const std::filesystem::directory_iterator folder(root / "/dir");
+        const std::filesystem::directory_iterator folder(root.Path() + "/dir");
         return static_cast<std::size_t>(std::distance(begin(folder), end(folder)));
     }
 
     static constexpr char kPath[] = "/dir/file";
-    const TempRoot root;
+    const TemporaryRoot root;
 };
 
 const std::string kOld(3000, 'o');
@@ -55,7 +55,7 @@ TEST_F(FilesTest, AReplacementLeavesTheOldOrTheNewWhicheverCallFails)
             bool reached = true;
             for (int call = 1; reached; ++call) {
                 SCOPED_TRACE(fmt::format("call {}, error {}", call, error));
-                root.Put(kPath, kOld);
+                root.Write(kPath, kOld);
                 bool written = false;
                 {
                     FaultyFiles files;
@@ -65,7 +65,7 @@ TEST_F(FilesTest, AReplacementLeavesTheOldOrTheNewWhicheverCallFails)
                     reached = files.Calls() >= call;
                     EXPECT_EQ(files.OpenNow(), 0);
                 }
-                const std::string content = root.Content(kPath);
+                const std::string content = root.Read(kPath);
                 EXPECT_TRUE(content == kNew || (!written && content == kOld));
                 // What cannot be removed at once goes with the next replacement.
                 EXPECT_EQ(FilesInFolder(), lasting == Lasting::Once ? 1U : FilesInFolder());
@@ -85,7 +85,7 @@ TEST_F(FilesTest, AFailedSyncIsNotTriedAgain)
     files.FailCall(4, EIO);
     EXPECT_FALSE(Write(kNew));
     EXPECT_EQ(files.Calls() - calls, 6) << "close and unlink";
-    EXPECT_EQ(root.Content(kPath), "count");
+    EXPECT_EQ(root.Read(kPath), "count");
     EXPECT_NE(g_log.find("1 SystemUtils: /dir/file cannot be written: Input/output error\n"),
               std::string::npos);
 }
@@ -101,18 +101,18 @@ TEST_F(FilesTest, InterruptionsAndShortCountsAreNoFailures)
         EXPECT_EQ(SystemUtils::ReadFile(kPath), kNew) << call;
     }
     struct stat status {};
-    ASSERT_EQ(::stat((root / kPath).c_str(), &status), 0);
+    ASSERT_EQ(::stat((root.Path() + kPath).c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, 0600U);
     EXPECT_EQ(g_log, "");
 }
 
 TEST_F(FilesTest, WhatIsNoRegularFileOrTooLargeIsRefused)
 {
-    ::mkfifo((root / "/dir/pipe").c_str(), 0600);
-    std::filesystem::create_symlink("nowhere", root / "/dir/dangling");
-    std::filesystem::create_symlink("loop", root / "/dir/loop");
-    root.Put("/dir/large", std::string(Orlu::Limits::kFileBytes + 1, 'x'));
-    root.Put("/dir/largest", std::string(Orlu::Limits::kFileBytes, 'x'));
+    ::mkfifo((root.Path() + "/dir/pipe").c_str(), 0600);
+    std::filesystem::create_symlink("nowhere", root.Path() + "/dir/dangling");
+    std::filesystem::create_symlink("loop", root.Path() + "/dir/loop");
+    root.Write("/dir/large", std::string(Orlu::Limits::kFileBytes + 1, 'x'));
+    root.Write("/dir/largest", std::string(Orlu::Limits::kFileBytes, 'x'));
     const struct {
         const char* path;
         const char* log;
@@ -136,13 +136,13 @@ TEST_F(FilesTest, WhatIsNoRegularFileOrTooLargeIsRefused)
 
 TEST_F(FilesTest, AReplacementFollowsNoLink)
 {
-    root.Put("/other", "kept");
-    std::filesystem::create_symlink(root / "/other", root / kPath);
-    std::filesystem::create_symlink(root / "/other", root / "/dir/file.new");
+    root.Write("/other", "kept");
+    std::filesystem::create_symlink(root.Path() + "/other", root.Path() + kPath);
+    std::filesystem::create_symlink(root.Path() + "/other", root.Path() + "/dir/file.new");
     ASSERT_TRUE(Write("new"));
-    EXPECT_EQ(root.Content("/other"), "kept");
-    EXPECT_EQ(root.Content(kPath), "new");
-    EXPECT_FALSE(std::filesystem::is_symlink(root / kPath));
+    EXPECT_EQ(root.Read("/other"), "kept");
+    EXPECT_EQ(root.Read(kPath), "new");
+    EXPECT_FALSE(std::filesystem::is_symlink(root.Path() + kPath));
     EXPECT_FALSE(Write("new", "/dir"));
     EXPECT_FALSE(Write("new", "/absent/file"));
 }
@@ -158,7 +158,7 @@ TEST_F(FilesTest, OnlyAbsolutePathsStandUnderTheRoot)
 
 TEST_F(FilesTest, DeletingTellsTheGivenLogger)
 {
-    root.Put(kPath, "x");
+    root.Write(kPath, "x");
     EXPECT_TRUE(DirUtils::DoesFileExist(kPath));
     EXPECT_TRUE(DirUtils::Delete(kPath, DPrint("Owner")));
     EXPECT_FALSE(DirUtils::DoesFileExist(kPath));
@@ -180,10 +180,10 @@ TEST_F(FilesTest, ManufacturingDataIsReadOnceAndBadDataCountsAsNone)
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
-        root.Put("/opt/Orlu/etc/MfgData.json", row.text);
+        root.Write("/opt/Orlu/etc/MfgData.json", row.text);
         MfgData::Reload();
         EXPECT_EQ(MfgData::Get("productType"), row.type);
-        root.Put("/opt/Orlu/etc/MfgData.json", R"({"productType": "later"})");
+        root.Write("/opt/Orlu/etc/MfgData.json", R"({"productType": "later"})");
         EXPECT_EQ(MfgData::Get("productType"), row.type);
         EXPECT_EQ(MfgData::Get("number"), std::nullopt);
     }
