@@ -1,18 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <csignal>
-#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <memory>
 
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
-
 #include <gtest/gtest.h>
 
 #include "process/Program.h"
+#include "process/RawClient.h"
 
 namespace ProcessTests {
 namespace {
@@ -124,50 +120,19 @@ TEST_F(ServiceProcessTest, ThereIsOnlyOne)
     RunProgram(m_folder, "ProductController", {"cloud"});
 }
 
-/// A raw connection to the service's socket.
-class RawClient {
-public:
-    explicit RawClient(const ProductFolder& folder) : m_fd(socket(AF_UNIX, SOCK_STREAM, 0))
-    {
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        const std::string path = folder.Path() + "/run/orlu/TrellanService.sock";
-        std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
-        EXPECT_EQ(connect(m_fd, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    }
-    ~RawClient() { close(m_fd); }
-    RawClient(const RawClient&) = delete;
-    RawClient& operator=(const RawClient&) = delete;
-
-    void Send(const std::string& bytes) const
-    {
-        EXPECT_EQ(send(m_fd, bytes.data(), bytes.size(), MSG_NOSIGNAL),
-                  static_cast<ssize_t>(bytes.size()));
-    }
-    /// Waits until the service has closed the connection.
-    void WaitForClose() const
-    {
-        char byte = 0;
-        EXPECT_LE(recv(m_fd, &byte, 1, 0), 0);
-    }
-
-private:
-    int m_fd;
-};
-
 TEST_F(ServiceProcessTest, GarbageEndsItsConnectionAndNothingElse)
 {
     StartService();
     RunProgram(m_folder, "ProductController", {"cloud"});
     for (const std::string& garbage :
          {std::string("\xFF\xFF\xFF\xFF", 4), std::string("\0\0\0\2\xFF\xFF", 6)}) {
-        const RawClient client(m_folder);
+        const RawClient client(m_folder, "TrellanService");
         client.Send(garbage);
         client.WaitForClose();
     }
     {
         // A request whose client is gone before the answer is written.
-        const RawClient client(m_folder);
+        const RawClient client(m_folder, "TrellanService");
         client.Send(std::string("\0\0\0\6\x08\x06\x10\x07\x18\x01", 10));
     }
     m_service->WaitForLog("Get the current UEI Cloud Connect status");
