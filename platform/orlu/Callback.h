@@ -44,15 +44,22 @@ public:
 template <class... Args>
 class AsyncCallback {
 public:
-    using Function = std::function<void(const Args&...)>;
-
     AsyncCallback() = default;
-    AsyncCallback(Function function, NotifyTargetTaskIF* task)
-        : m_function(std::make_shared<const Function>(std::move(function))), m_queue(task->Queue())
+    /// From any callable; from an empty `std::function` an empty callback.
+    template <class F>
+    requires std::is_invocable_v<F&, const Args&...> AsyncCallback(F function,
+                                                                   NotifyTargetTaskIF* task)
+        : m_queue(task->Queue())
     {
+        if constexpr (requires { function.target_type(); }) {
+            if (!function) {
+                return;
+            }
+        }
+        m_function = std::make_shared<FunctionOf<F>>(std::move(function));
     }
 
-    explicit operator bool() const { return m_function && *m_function; }
+    explicit operator bool() const { return m_function != nullptr; }
 
     /// The queue on which the call runs; empty for an empty callback.
     const Orlu::TaskQueuePtr& Queue() const { return m_queue; }
@@ -63,12 +70,25 @@ public:
             return;
         }
         m_queue->Post([function = m_function, args = std::make_tuple(std::move(args)...)] {
-            std::apply(*function, args);
+            std::apply([&function](const Args&... each) { function->Call(each...); }, args);
         });
     }
 
 private:
-    std::shared_ptr<const Function> m_function;
+    /// The callable in one piece with its count of holders.
+    struct FunctionIF {
+        virtual ~FunctionIF() = default;
+        virtual void Call(const Args&... args) = 0;
+    };
+
+    template <class F>
+    struct FunctionOf final : FunctionIF {
+        explicit FunctionOf(F callable) : function(std::move(callable)) {}
+        void Call(const Args&... args) override { function(args...); }
+        F function;
+    };
+
+    std::shared_ptr<FunctionIF> m_function;
     Orlu::TaskQueuePtr m_queue;
 };
 

@@ -12,11 +12,12 @@ namespace TrellanService {
 
 namespace {
 
-LPMIpcServicePacket Packet(const google::protobuf::Message& message, Ipc_Device_t device)
+/// Stays until the thread's next packet: its strings keep their memory from key to key.
+const LPMIpcServicePacket& Packet(const google::protobuf::Message& message, Ipc_Device_t device)
 {
-    LPMIpcServicePacket packet;
+    thread_local LPMIpcServicePacket packet;
     packet.set_destination(device);
-    packet.set_nested_message(message.SerializeAsString());
+    message.SerializeToString(packet.mutable_nested_message());
     packet.set_msg_typename(message.GetDescriptor()->name());
     return packet;
 }
@@ -24,10 +25,10 @@ LPMIpcServicePacket Packet(const google::protobuf::Message& message, Ipc_Device_
 }  // namespace
 
 CallbackConnection LpmClient::TRS_SendToBlaster(const TRS_BlasterMsg_t& message,
-                                                const Callback<TRS_BlasterMsg_t>& callback,
+                                                Callback<TRS_BlasterMsg_t> callback,
                                                 Ipc_Device_t device)
 {
-    return Request(IPC_SEND_TO_BLASTER, Packet(message, device), callback);
+    return Request(IPC_SEND_TO_BLASTER, Packet(message, device), std::move(callback));
 }
 
 void LpmClient::TRS_SendToBlasterTimeout(const TRS_BlasterMsg_t& message,
@@ -57,12 +58,9 @@ void LpmClient::SendCecKey(const IpcCecKey_t& message, Ipc_Device_t device)
 void LpmClient::Notify(std::uint32_t id, const google::protobuf::Message& message,
                        Ipc_Device_t device)
 {
-    if (!m_router) {
-        return;
+    if (m_router) {
+        m_router->SendMessage(id, Packet(message, device));
     }
-    IPCMessageEnvelope envelope;
-    SetPayload(envelope, Packet(message, device));
-    m_router->Send(id, std::move(envelope));
 }
 
 bool IsMockLpm()

@@ -13,10 +13,9 @@ class LpmClient : public LpmClientIF, public LpmClientLite {
 public:
     using LpmClientLite::LpmClientLite;
 
-    CallbackConnection TRS_SendToBlaster(
-        const LpmServiceMessages::TRS_BlasterMsg_t& message,
-        const Callback<LpmServiceMessages::TRS_BlasterMsg_t>& callback,
-        LpmServiceMessages::Ipc_Device_t device) override;
+    CallbackConnection TRS_SendToBlaster(const LpmServiceMessages::TRS_BlasterMsg_t& message,
+                                         Callback<LpmServiceMessages::TRS_BlasterMsg_t> callback,
+                                         LpmServiceMessages::Ipc_Device_t device) override;
     void TRS_SendToBlasterTimeout(const LpmServiceMessages::TRS_BlasterMsg_t& message,
                                   const Callback<LpmServiceMessages::TRS_BlasterMsg_t>& callback,
                                   const LpmTimedOut& timedOut, std::uint32_t timeoutMs,

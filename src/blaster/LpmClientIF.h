@@ -20,7 +20,7 @@ public:
     /// Dropping the connection does not cancel the request.
     virtual CallbackConnection TRS_SendToBlaster(
         const LpmServiceMessages::TRS_BlasterMsg_t& message,
-        const Callback<LpmServiceMessages::TRS_BlasterMsg_t>& callback,
+        Callback<LpmServiceMessages::TRS_BlasterMsg_t> callback,
         LpmServiceMessages::Ipc_Device_t device) = 0;
 
     /// The same; `timedOut` is called in place of `callback` after `timeoutMs` without an answer.

@@ -28,7 +28,7 @@ void MockLpmClient::Connect(const Callback<bool>& callback)
 }
 
 CallbackConnection MockLpmClient::TRS_SendToBlaster(const TRS_BlasterMsg_t& /*message*/,
-                                                    const Callback<TRS_BlasterMsg_t>& /*callback*/,
+                                                    Callback<TRS_BlasterMsg_t> /*callback*/,
                                                     Ipc_Device_t /*device*/)
 {
     NotImplemented("TRS_SendToBlaster");

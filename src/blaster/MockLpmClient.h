@@ -16,10 +16,9 @@ public:
     /// Calls `callback` with true before it returns.
     void Connect(const Callback<bool>& callback) override;
 
-    CallbackConnection TRS_SendToBlaster(
-        const LpmServiceMessages::TRS_BlasterMsg_t& message,
-        const Callback<LpmServiceMessages::TRS_BlasterMsg_t>& callback,
-        LpmServiceMessages::Ipc_Device_t device) override;
+    CallbackConnection TRS_SendToBlaster(const LpmServiceMessages::TRS_BlasterMsg_t& message,
+                                         Callback<LpmServiceMessages::TRS_BlasterMsg_t> callback,
+                                         LpmServiceMessages::Ipc_Device_t device) override;
     void TRS_SendToBlasterTimeout(const LpmServiceMessages::TRS_BlasterMsg_t& message,
                                   const Callback<LpmServiceMessages::TRS_BlasterMsg_t>& callback,
                                   const LpmTimedOut& timedOut, std::uint32_t timeoutMs,

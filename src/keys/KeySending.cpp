@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include <fmt/compile.h>
+
 #include "blaster/Trellan_ServiceBlasterProxy.h"
 #include "keys/KeyLog.h"
 #include "keys/KeyTables.h"
@@ -71,8 +73,8 @@ void Trellan_ServiceKeyHandler::sendKey(const std::string& codeset, std::uint32_
 void Trellan_ServiceKeyHandler::AddToHistory(const std::string& codeset, std::uint32_t orluKey,
                                              std::uint32_t ueiKey, std::uint8_t flag)
 {
-    m_keyHistory.push_back(fmt::format("Value: {:x} Key: {} ciCode: {} Flag: {:x}\n", orluKey,
-                                       UEIKeySchemaName(ueiKey), codeset, flag));
+    m_keyHistory.push_back(fmt::format(FMT_COMPILE("Value: {:x} Key: {} ciCode: {} Flag: {:x}\n"),
+                                       orluKey, UEIKeySchemaName(ueiKey), codeset, flag));
     if (m_keyHistory.size() > kHistoryLines) {
         m_keyHistory.pop_front();
     }
