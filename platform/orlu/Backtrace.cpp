@@ -213,15 +213,18 @@ void GiveThreadFaultStack()
 void InstallFaultHandler(void (*handler)(int))
 {
     g_handler = handler;
-    // The unwinder sets itself up at its first use.
-    Frames frames;
-    _Unwind_Backtrace(AddFrame, &frames);
     GiveThreadFaultStack();
     struct sigaction action {};
     action.sa_handler = HandleFault;
     action.sa_flags = SA_ONSTACK;
     sigemptyset(&action.sa_mask);
     ::sigaction(SIGSEGV, &action, nullptr);
+}
+
+void WarmFaultHandler()
+{
+    Frames frames;
+    _Unwind_Backtrace(AddFrame, &frames);
 }
 
 void FaultLog(const char* logger, const char* text)

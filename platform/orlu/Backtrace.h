@@ -17,6 +17,10 @@ namespace Orlu {
 /// after the fault the process ends whatever they do.
 void InstallFaultHandler(void (*handler)(int));
 
+/// The unwinder sets itself up at its first use: does that in good time. A start need not wait for
+/// it.
+void WarmFaultHandler();
+
 /// Gives the calling thread a stack for the fault handler, so that an overflow of its own is told
 /// too. Each task's thread calls it once.
 void GiveThreadFaultStack();
