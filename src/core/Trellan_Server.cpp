@@ -20,6 +20,10 @@ Trellan_Server::~Trellan_Server()
 {
     kServerLog.Put(1, __PRETTY_FUNCTION__);
     m_cloudConnectTimer->Shutdown();
+    // The router and the callback that it reports its loss to hold each other.
+    if (m_router) {
+        m_router->Disconnect();
+    }
 }
 
 void Trellan_Server::OnEntry()
