@@ -68,8 +68,11 @@ int Serve(const Lpm::Options& options)
     } else {
         std::fprintf(stderr, "LpmService: %s\n", why.c_str());
     }
-    RunOn(task.get(), [&service] { service.reset(); });
-    task->Stop();
+    // In one step: what is queued behind it, such as a client just accepted, is dropped.
+    RunOn(task.get(), [&service, &task] {
+        service.reset();
+        task->Stop();
+    });
     task->Queue()->Join();
     return started ? 0 : 1;
 }

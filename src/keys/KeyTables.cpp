@@ -363,7 +363,7 @@ std::uint8_t FixedUEIKey(std::uint8_t orluKey)
 std::string_view UEIKeySchemaName(std::uint32_t ueiKey)
 {
     return ueiKey > 0 && ueiKey < UEIKeyNameTable.size() ? UEIKeyNameTable[ueiKey].schemaName
-                                                         : std::string_view();
+                                                         : std::string_view("");
 }
 
 }  // namespace TrellanService
