@@ -3,6 +3,7 @@
 #include "blaster/BlasterFrames.h"
 #include "blaster/Trellan_ServiceBlasterProxy.h"
 #include "orlu/DPrint.h"
+#include "orlu/MonotonicClock.h"
 
 using namespace LpmServiceMessages;
 using namespace TrellanServiceMessages;
@@ -13,38 +14,50 @@ namespace {
 
 constexpr DPrint kLog("TrellanServiceKeyHandler");
 
+constexpr std::uint64_t kLoadTimeoutMs = 30000;
+
 constexpr const char* kContinue = "LAST_RESULT_CONTINUE";
 constexpr const char* kError = "LAST_RESULT_ERROR";
 constexpr const char* kSuccess = "LAST_RESULT_SUCCESS";
 
-/// The entry leaves its queue before it is called, for the call may queue the next one.
-template <class Queue, class Response>
-void CallFront(Queue& queue, const Response& response)
+}  // namespace
+
+template <class C>
+void Trellan_ServiceBlasterProxy::Enqueue(WaitingQueue<C>& queue, const C& callback)
 {
-    const auto callback = std::move(queue.front());
-    queue.erase(queue.begin());
+    queue.push_back({callback, MonotonicClock::NowMs(), ++m_loads});
+    ArmExpiry();
+}
+
+/// The entry leaves its queue before it is called, for the call may queue the next one.
+template <class C, class Response>
+void Trellan_ServiceBlasterProxy::CallEntry(WaitingQueue<C>& queue, std::size_t index,
+                                            const Response& response)
+{
+    const auto entry = queue.begin() + static_cast<std::ptrdiff_t>(index);
+    const C callback = std::move(entry->callback);
+    queue.erase(entry);
+    ArmExpiry();
     if (callback) {
         callback(response);
     }
 }
 
-}  // namespace
-
 void Trellan_ServiceBlasterProxy::QueueCallback(const OSMCallback& callback)
 {
-    m_osmQueue.push_back(callback);
+    Enqueue(m_osmQueue, callback);
 }
 
 void Trellan_ServiceBlasterProxy::QueueCallback(const DirectEntryCallback& callback)
 {
     kLog.Put(3, "UEI - queueing callback for direct entry");
-    m_directEntryQueue.push_back(callback);
+    Enqueue(m_directEntryQueue, callback);
 }
 
 void Trellan_ServiceBlasterProxy::QueueCallback(const SourceListCallback& callback)
 {
     kLog.Put(3, "UEI - queueing callback for source list load");
-    m_sourceListQueue.push_back(callback);
+    Enqueue(m_sourceListQueue, callback);
 }
 
 void Trellan_ServiceBlasterProxy::CallbackFromQueue(const DirectEntryResp_t& response)
@@ -53,13 +66,13 @@ void Trellan_ServiceBlasterProxy::CallbackFromQueue(const DirectEntryResp_t& res
         return;
     }
     kLog.Put(3, "UEI - callback from direct entry");
-    CallFront(m_directEntryQueue, response);
+    CallEntry(m_directEntryQueue, 0, response);
 }
 
 void Trellan_ServiceBlasterProxy::CallbackFromQueue(const BulkTransferResponse& response)
 {
     if (!m_sourceListQueue.empty()) {
-        CallFront(m_sourceListQueue, response);
+        CallEntry(m_sourceListQueue, 0, response);
     }
 }
 
@@ -89,14 +102,9 @@ void Trellan_ServiceBlasterProxy::BulkTransferComplete(const BulkTransferRespons
 void Trellan_ServiceBlasterProxy::BulkTransferFailed(const BulkTransferResponse& response)
 {
     if (!m_osmQueue.empty()) {
-        OSMControlResp_t osmResponse;
-        osmResponse.set_lastresult(kError);
-        CallFront(m_osmQueue, osmResponse);
+        FailLoad(m_osmQueue, 0);
     } else if (!m_directEntryQueue.empty()) {
-        DirectEntryResp_t directEntryResponse;
-        m_responses.FillDirectEntryResp(directEntryResponse);
-        directEntryResponse.set_lastresult(kError);
-        CallbackFromQueue(directEntryResponse);
+        FailLoad(m_directEntryQueue, 0);
     } else if (!m_sourceListQueue.empty()) {
         CallbackFromQueue(response);
     } else {
@@ -128,7 +136,7 @@ void Trellan_ServiceBlasterProxy::UeiBulkTransferCompleteCb(const TRS_BlasterMsg
     }
 
     if (!m_osmQueue.empty()) {
-        CallFront(m_osmQueue, osmResponse);
+        CallEntry(m_osmQueue, 0, osmResponse);
     } else if (!m_directEntryQueue.empty()) {
         CallbackFromQueue(directEntryResponse);
     } else if (!m_sourceListQueue.empty()) {
@@ -142,9 +150,88 @@ void Trellan_ServiceBlasterProxy::UeiBulkRXTransferCompleteCb(const BulkTransfer
 {
     if (!m_keyMapQueue.empty()) {
         kLog.Put(4, "GetKeyMap callback function exists");
-        CallFront(m_keyMapQueue, message.data());
+        const StringCallback callback = std::move(m_keyMapQueue.front());
+        m_keyMapQueue.erase(m_keyMapQueue.begin());
+        callback(message.data());
     }
     kLog.Put(4, "GetKeyMap bulk transfer from LPM complete");
+}
+
+void Trellan_ServiceBlasterProxy::FailLoad(WaitingQueue<OSMCallback>& queue, std::size_t index)
+{
+    OSMControlResp_t response;
+    response.set_lastresult(kError);
+    CallEntry(queue, index, response);
+}
+
+void Trellan_ServiceBlasterProxy::FailLoad(WaitingQueue<DirectEntryCallback>& queue,
+                                           std::size_t index)
+{
+    DirectEntryResp_t response;
+    m_responses.FillDirectEntryResp(response);
+    response.set_lastresult(kError);
+    kLog.Put(3, "UEI - callback from direct entry");
+    CallEntry(queue, index, response);
+}
+
+void Trellan_ServiceBlasterProxy::FailLoad(WaitingQueue<SourceListCallback>& queue,
+                                           std::size_t index)
+{
+    BulkTransferResponse response;
+    response.set_result(BULK_TRANSFER_ERROR);
+    CallEntry(queue, index, response);
+}
+
+bool Trellan_ServiceBlasterProxy::RefuseLoad()
+{
+    const auto failLast = [this](auto& queue) {
+        if (!queue.empty() && queue.back().number == m_loads) {
+            FailLoad(queue, queue.size() - 1);
+            return true;
+        }
+        return false;
+    };
+    if (!failLast(m_osmQueue) && !failLast(m_directEntryQueue)) {
+        failLast(m_sourceListQueue);
+    }
+    return false;
+}
+
+void Trellan_ServiceBlasterProxy::ExpireLoads()
+{
+    const std::uint64_t now = MonotonicClock::NowMs();
+    // What a callback queues meanwhile is not due, so the loops end.
+    const auto expire = [this, now](auto& queue) {
+        while (!queue.empty() && now - queue.front().queuedAtMs >= kLoadTimeoutMs) {
+            kLog.Put(2, "No answer to a bulk transfer, giving it up");
+            FailLoad(queue, 0);
+        }
+    };
+    expire(m_osmQueue);
+    expire(m_directEntryQueue);
+    expire(m_sourceListQueue);
+    ArmExpiry();
+}
+
+void Trellan_ServiceBlasterProxy::ArmExpiry()
+{
+    std::uint64_t oldest = UINT64_MAX;
+    const auto look = [&oldest](const auto& queue) {
+        if (!queue.empty()) {
+            oldest = std::min(oldest, queue.front().queuedAtMs);
+        }
+    };
+    look(m_osmQueue);
+    look(m_directEntryQueue);
+    look(m_sourceListQueue);
+    m_expiryTimer->Stop();
+    if (oldest == UINT64_MAX) {
+        return;
+    }
+    const std::uint64_t waited = MonotonicClock::NowMs() - oldest;
+    const std::uint64_t left = waited < kLoadTimeoutMs ? kLoadTimeoutMs - waited : 1;
+    m_expiryTimer->SetTimeouts(static_cast<std::uint32_t>(left), 0);
+    m_expiryTimer->Start([this] { ExpireLoads(); });
 }
 
 }  // namespace TrellanService

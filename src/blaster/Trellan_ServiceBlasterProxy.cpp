@@ -38,7 +38,9 @@ bool NotValid(const std::string& codeset, const AsyncCallback<std::string>& call
 
 Trellan_ServiceBlasterProxy::Trellan_ServiceBlasterProxy(NotifyTargetTaskIF* task,
                                                          UEIResponsesIF& responses)
-    : m_task(task), m_responses(responses)
+    : m_task(task),
+      m_expiryTimer(APTimer::Create(task, "TRSBulkTransferTimer")),
+      m_responses(responses)
 {
     kLog.Put(4, "Trellan_ServiceBlasterProxy");
     m_client = CreateLpmClient("TRSLpmClient", task);
@@ -155,11 +157,11 @@ bool Trellan_ServiceBlasterProxy::StoreCodesetInBlaster(const std::string& codes
 {
     std::uint16_t device = 0;
     if (!ToDevice(codeset, device)) {
-        return false;
+        return RefuseLoad();
     }
     if (size > BlasterFrames::kMaxStoreBytes) {
         kLog.Log(2, "Codeset {} of {} bytes is too large for the blaster", codeset, size);
-        return false;
+        return RefuseLoad();
     }
     const std::string frame = BlasterFrames::Store(device, std::span(data, size));
     BeginBulkTransfer(frame, static_cast<std::uint32_t>(frame.size()));

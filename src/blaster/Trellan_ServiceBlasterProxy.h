@@ -11,6 +11,7 @@
 #include "blaster/LpmClientIF.h"
 #include "blaster/UEIResponsesIF.h"
 #include "orlu/Callback.h"
+#include "orlu/Timer.h"
 
 namespace TrellanService {
 
@@ -60,12 +61,14 @@ public:
     bool SendGetVersion(const StringCallback& callback);
 
     /// Begins a load; a callback that is to get its result is queued before. False, and nothing
-    /// sent, for a name without a device number or for more data than a store frame can carry.
+    /// sent, for a name without a device number or for more data than a store frame can carry; the
+    /// callback that was queued last is then answered as a failed transfer, before this returns.
     bool StoreCodesetInBlaster(const std::string& codeset, const std::uint8_t* data,
                                std::uint32_t size);
 
     /// Waits for the result of a load. A result goes to the front of the first queue that holds
-    /// anything: guided test, direct entry, source list.
+    /// anything: guided test, direct entry, source list. An entry that no result has reached after
+    /// 30 s is answered as a failed transfer, so that it can't catch the answer of a later load.
     void QueueCallback(const OSMCallback& callback);
     void QueueCallback(const DirectEntryCallback& callback);
     void QueueCallback(const SourceListCallback& callback);
@@ -87,6 +90,27 @@ private:
     void CallbackFromQueue(const TrellanServiceMessages::DirectEntryResp_t& response);
     void CallbackFromQueue(const LpmServiceMessages::BulkTransferResponse& response);
 
+    /// A callback that waits for the result of a load.
+    template <class C>
+    struct Waiting {
+        C callback;
+        std::uint64_t queuedAtMs;
+        std::uint64_t number;  ///< Grows from load to load.
+    };
+    template <class C>
+    using WaitingQueue = std::vector<Waiting<C>>;
+
+    template <class C>
+    void Enqueue(WaitingQueue<C>& queue, const C& callback);
+    template <class C, class Response>
+    void CallEntry(WaitingQueue<C>& queue, std::size_t index, const Response& response);
+    void FailLoad(WaitingQueue<OSMCallback>& queue, std::size_t index);
+    void FailLoad(WaitingQueue<DirectEntryCallback>& queue, std::size_t index);
+    void FailLoad(WaitingQueue<SourceListCallback>& queue, std::size_t index);
+    bool RefuseLoad();
+    void ExpireLoads();
+    void ArmExpiry();
+
     std::shared_ptr<LpmClientIF> m_client;
 
 public:
@@ -94,9 +118,11 @@ public:
     NotifyTargetTaskIF* m_task;
 
 private:
-    std::vector<OSMCallback> m_osmQueue;
-    std::vector<DirectEntryCallback> m_directEntryQueue;
-    std::vector<SourceListCallback> m_sourceListQueue;
+    WaitingQueue<OSMCallback> m_osmQueue;
+    WaitingQueue<DirectEntryCallback> m_directEntryQueue;
+    WaitingQueue<SourceListCallback> m_sourceListQueue;
+    std::uint64_t m_loads = 0;
+    std::shared_ptr<APTimer> m_expiryTimer;
     std::vector<StringCallback> m_keyMapQueue;
     UEIResponsesIF& m_responses;
 };

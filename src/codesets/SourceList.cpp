@@ -89,9 +89,4 @@ void Trellan_ServiceCodesetHandler::cacheCodesets(const SrcCiCodeMessage_t& sour
     }
 }
 
-bool Trellan_ServiceCodesetHandler::syncCodesets()
-{
-    return false;
-}
-
 }  // namespace TrellanService

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "ProtoBufs/Trellan_Service.pb.h"
+#include "codesets/BlasterSyncIF.h"
 #include "codesets/CodesetServerIF.h"
 
 namespace TrellanService {
@@ -40,7 +41,11 @@ class Trellan_ServiceCodesetHandler {
 public:
     static Trellan_ServiceCodesetHandler& getInstance();
 
-    explicit Trellan_ServiceCodesetHandler(CodesetServerIF& server) : m_server(server) {}
+    /// Both must outlive the handler.
+    Trellan_ServiceCodesetHandler(CodesetServerIF& server, BlasterSyncIF& sync)
+        : m_server(server), m_sync(sync)
+    {
+    }
     Trellan_ServiceCodesetHandler(const Trellan_ServiceCodesetHandler&) = delete;
     Trellan_ServiceCodesetHandler& operator=(const Trellan_ServiceCodesetHandler&) = delete;
 
@@ -55,9 +60,14 @@ public:
     /// name that is none of a code set stays out.
     void cacheCodesets(const TrellanServiceMessages::SrcCiCodeMessage_t& sourceList);
 
-    /// False: no sync could begin. There is no engine yet that could try the cloud or download a
-    /// code set, so this gives false with the cloud connected too, and touches nothing.
+    /// Begins to bring the blaster in step with the map: a reset, each code set in order of name, a
+    /// key map query for each, then whitelist, `SendKeyReady` and the file. Each step starts from
+    /// the answer to the last, so one that fails ends the sync; nothing is tried again here. False:
+    /// the cloud is out of reach, and nothing was touched.
     bool syncCodesets();
+
+    /// Takes the fingerprint of a binary into the entry of that name; dropped if there is none.
+    void StoreCodesetChecksum(const char* name, const std::uint8_t* data, std::uint32_t length);
 
     /// Fills the map from the file; one that is missing or damaged gives an empty map.
     void InitCodesetMap();
@@ -101,6 +111,15 @@ private:
     bool ReadEntries(const std::string& text);
     void FollowChangedList(const TrellanServiceMessages::SrcCiCodeMessage_t& sourceList);
 
+    void BlasterReset(const std::string& reply);
+    /// Whether a new list came in the meantime; the sync then begins anew.
+    bool RestartedByAbort();
+    void LoadCodesetsInBlaster();
+    void CodesetLoaded(const LpmServiceMessages::BulkTransferResponse& response);
+    void GetAmbiguousKeyMap();
+    void KeyMapReceived(const std::string& reply);
+    void Advance();
+
     CodesetMap m_codesets;
     CodesetMap::iterator m_position = m_codesets.end();
     SendKeyState m_sendKeyState = SendKeyStartup;
@@ -108,6 +127,7 @@ private:
     bool m_abortSync = false;
     std::string m_whiteListVersion = "uninitialized";
     CodesetServerIF& m_server;
+    BlasterSyncIF& m_sync;
 };
 
 }  // namespace TrellanService

@@ -55,6 +55,34 @@ private:
     House& m_house;
 };
 
+/// What a sync asks of its neighbours.
+class BlasterSync : public BlasterSyncIF {
+public:
+    explicit BlasterSync(House& house) : m_house(house) {}
+    bool TestConnection() override { return false; }
+    void LoadCodeset(const std::string&,
+                     const Callback<LpmServiceMessages::BulkTransferResponse>& callback,
+                     std::uint32_t) override
+    {
+        LpmServiceMessages::BulkTransferResponse response;
+        response.set_result(LpmServiceMessages::BULK_TRANSFER_ERROR);
+        callback(response);
+    }
+    void ResetBlaster(const AsyncCallback<std::string>& callback) override
+    {
+        m_house.BlasterProxy(nullptr).ResetBlaster(callback);
+    }
+    void GetBlasterKeyMap(const std::string& name,
+                          const AsyncCallback<std::string>& callback) override
+    {
+        m_house.BlasterProxy(nullptr).GetBlasterKeyMap(name, callback);
+    }
+    NotifyTargetTaskIF* BlasterTask() override { return m_house.BlasterProxy(nullptr).m_task; }
+
+private:
+    House& m_house;
+};
+
 /// No engine is built in: the cloud never counts as connected, so nothing is looked up, and no load
 /// has a guided test or a direct entry behind it whose state an answer could tell.
 class NoEngine : public DeviceLookupIF, public UEIResponsesIF {
@@ -88,7 +116,7 @@ public:
 
 struct House::Adapters {
     explicit Adapters(House& house)
-        : neighbours(house, engine), serverTask(house), codesetServer(house)
+        : neighbours(house, engine), serverTask(house), codesetServer(house), blasterSync(house)
     {
     }
 
@@ -96,6 +124,7 @@ struct House::Adapters {
     ServerNeighbours neighbours;
     ServerTask serverTask;
     CodesetServer codesetServer;
+    BlasterSync blasterSync;
 };
 
 House::House() : m_adapters(std::make_unique<Adapters>(*this)) {}
@@ -121,8 +150,8 @@ Trellan_Server& House::Server()
 Trellan_ServiceCodesetHandler& House::CodesetHandler()
 {
     if (!m_codesetHandler) {
-        m_codesetHandler =
-            std::make_unique<Trellan_ServiceCodesetHandler>(m_adapters->codesetServer);
+        m_codesetHandler = std::make_unique<Trellan_ServiceCodesetHandler>(
+            m_adapters->codesetServer, m_adapters->blasterSync);
     }
     return *m_codesetHandler;
 }

@@ -144,6 +144,38 @@ TEST_F(BlasterProxy, RepliesOfAnotherTypeNeverReachTheCaller)
     EXPECT_EQ(TakeAnswers(), "unnamed 0100\n");
 }
 
+TEST_F(BlasterProxy, ALoadWithoutAnAnswerIsGivenUpAfterThirtySeconds)
+{
+    QueueSourceList("list");
+    runtime.Advance(10000);
+    QueueOSM("test");
+    QueueDirectEntry("entry");
+    runtime.Advance(19999);
+    EXPECT_EQ(TakeAnswers(), "");
+    runtime.Advance(1);
+    EXPECT_EQ(TakeAnswers(), "list -1\n");
+    QueueSourceList("next");
+    runtime.Advance(10000);
+    EXPECT_EQ(TakeAnswers(), "test  LAST_RESULT_ERROR\nentry direct LAST_RESULT_ERROR\n");
+    BlasterDone("0100");
+    EXPECT_EQ(TakeAnswers(), "next 0\n");
+    runtime.Advance(60000);
+    EXPECT_EQ(TakeAnswers(), "");
+}
+
+TEST_F(BlasterProxy, ALoadThatIsRefusedAnswersTheOneThatQueuedForIt)
+{
+    QueueOSM("test");
+    QueueSourceList("list");
+    Store("T2051", 1200);
+    EXPECT_FALSE(stored);
+    EXPECT_EQ(TakeAnswers(), "list -1\n");
+    Store("?", 1);
+    EXPECT_EQ(TakeAnswers(), "");
+    BlasterDone("0100");
+    EXPECT_EQ(TakeAnswers(), "test osm LAST_RESULT_CONTINUE\n");
+}
+
 TEST_F(BlasterProxy, AKeyThatDoesNotWaitIsAnsweredWithoutAnLpm)
 {
     peer.Leave();

@@ -11,12 +11,16 @@
 #include "codesets/Trellan_ServiceCodesetHandler.h"
 #include "orlu/DPrint.h"
 #include "support/TemporaryRoot.h"
+#include "support/VirtualRuntime.h"
 
 inline constexpr const char* kStorePath = "/mnt/nv/product-persistence/TRSCodesetConfig.json";
 inline constexpr const char* kWhiteListPath = "/opt/Orlu/etc/UEI/WhiteList.json";
 
-/// A code set handler with a root folder and a log of its own, and a server that does as told.
-class CodesetHouse : public testing::Test, public TrellanService::CodesetServerIF {
+/// A code set handler with a root folder and a log of its own, a server that does as told, and an
+/// engine and a blaster that note each step of a sync and wait for the test to answer it.
+class CodesetHouse : public testing::Test,
+                     public TrellanService::CodesetServerIF,
+                     public TrellanService::BlasterSyncIF {
 protected:
     CodesetHouse()
     {
@@ -26,12 +30,16 @@ protected:
         });
         Restart();
     }
-    ~CodesetHouse() override { DPrint::SetSink(nullptr); }
+    ~CodesetHouse() override
+    {
+        task->Stop();
+        DPrint::SetSink(nullptr);
+    }
 
     /// The state in memory is gone, the files stay.
     void Restart()
     {
-        handler = std::make_unique<TrellanService::Trellan_ServiceCodesetHandler>(*this);
+        handler = std::make_unique<TrellanService::Trellan_ServiceCodesetHandler>(*this, *this);
     }
 
     static TrellanServiceMessages::SrcCiCodeMessage_t List(const std::vector<std::string>& names)
@@ -63,7 +71,50 @@ protected:
     bool IsCloudConnected() override { return cloud; }
     void NotifyBlasterSyncComplete(bool done) override { notified += done ? "done;" : "begun;"; }
 
+    bool TestConnection() override { return reachable; }
+    void LoadCodeset(const std::string& name,
+                     const Callback<LpmServiceMessages::BulkTransferResponse>& callback,
+                     std::uint32_t kind) override
+    {
+        steps += fmt::format("load {} {};", name, kind);
+        loaded = callback;
+    }
+    void ResetBlaster(const AsyncCallback<std::string>& callback) override
+    {
+        steps += "reset;";
+        replied = callback;
+    }
+    void GetBlasterKeyMap(const std::string& name,
+                          const AsyncCallback<std::string>& callback) override
+    {
+        steps += "keymap " + name + ";";
+        replied = callback;
+    }
+    NotifyTargetTaskIF* BlasterTask() override { return task.get(); }
+
+    /// The blaster's answer to the step under way.
+    void Reply(const std::string& bytes)
+    {
+        std::exchange(replied, {})(bytes);
+        runtime.RunUntilIdle();
+    }
+    /// The result of the load under way.
+    void Loaded(LpmServiceMessages::BulkTransferResult result)
+    {
+        LpmServiceMessages::BulkTransferResponse response;
+        response.set_result(result);
+        std::exchange(loaded, {})(response);
+        runtime.RunUntilIdle();
+    }
+    std::string TakeSteps() { return std::exchange(steps, {}); }
+
     TemporaryRoot root;
+    VirtualRuntime runtime;
+    std::shared_ptr<NotifyTargetTaskIF> task = IL::CreateTask("server", "");
+    bool reachable = false;
+    std::string steps;
+    AsyncCallback<std::string> replied;
+    Callback<LpmServiceMessages::BulkTransferResponse> loaded;
     bool cloud = false;
     std::string notified;
     std::unique_ptr<TrellanService::Trellan_ServiceCodesetHandler> handler;

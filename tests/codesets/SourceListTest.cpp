@@ -89,15 +89,6 @@ TEST_F(SourceList, DuringAGuidedTestOnlyEditsTheMap)
               "3 TRS: Converted T2051 to 0x0803\n3 Codeset = T2051\n");
 }
 
-TEST_F(SourceList, NoSyncBegins)
-{
-    for (const bool connected : {false, true}) {
-        cloud = connected;
-        EXPECT_FALSE(handler->syncCodesets());
-    }
-    EXPECT_EQ(notified, "");
-}
-
 TEST_F(SourceList, KeysOfACodesetCanBeAskedFor)
 {
     root.Write(kStorePath, kStored);

@@ -9,6 +9,7 @@
 #include "codesets/Trellan_ServiceCodesetHandler.h"
 #include "orlu/DPrint.h"
 #include "orlu/Files.h"
+#include "support/NoSync.h"
 
 namespace {
 
@@ -77,10 +78,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Orlu::InstallFiles(&file);
     file.content.assign(data, data + size);
     NoServer server;
-    TrellanService::Trellan_ServiceCodesetHandler first(server);
+    NoSync sync;
+    TrellanService::Trellan_ServiceCodesetHandler first(server, sync);
     first.InitCodesetMap();
     first.StoreCodesetConfig();
-    TrellanService::Trellan_ServiceCodesetHandler second(server);
+    TrellanService::Trellan_ServiceCodesetHandler second(server, sync);
     second.InitCodesetMap();
     if (!AreEqual(first.GetCodesets(), second.GetCodesets())) {
         __builtin_trap();

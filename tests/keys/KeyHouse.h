@@ -12,6 +12,7 @@
 #include "keys/Trellan_ServiceKeyHandler.h"
 #include "orlu/DPrint.h"
 #include "orlu/MfgData.h"
+#include "support/NoSync.h"
 #include "support/ScriptedLpm.h"
 #include "support/TemporaryRoot.h"
 #include "support/VirtualRuntime.h"
@@ -22,7 +23,7 @@ class KeyHouse : public testing::Test,
                  public TrellanService::CodesetServerIF,
                  public TrellanService::UEIResponsesIF {
 protected:
-    KeyHouse() : codesets(*this) { Learn("T2051", ""); }
+    KeyHouse() : codesets(*this, sync) { Learn("T2051", ""); }
     ~KeyHouse() override { task->Stop(); }
 
     /// Builds the handler on a product with this manufacturing data.
@@ -106,6 +107,7 @@ protected:
     ScriptedLpm lpm{effects};
     std::shared_ptr<NotifyTargetTaskIF> task = IL::CreateTask("server", "");
     TrellanService::Trellan_ServiceCodesetHandler codesets;
+    NoSync sync;
     TrellanService::Trellan_ServiceBlasterProxy proxy{task.get(), *this};
     std::unique_ptr<TrellanService::Trellan_ServiceKeyHandler> keys;
 

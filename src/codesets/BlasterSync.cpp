@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "codesets/CodesetLog.h"
+#include "codesets/Trellan_ServiceCodesetHandler.h"
+
+using namespace LpmServiceMessages;
+
+namespace TrellanService {
+
+namespace {
+
+constexpr std::uint32_t kOnlineSession = 2;
+
+/// A reply too short for its status counts as refused.
+std::uint32_t Status(const std::string& reply)
+{
+    return reply.size() < 2 ? 0x0FU : static_cast<std::uint8_t>(reply[1]) & 0x0FU;
+}
+
+}  // namespace
+
+bool Trellan_ServiceCodesetHandler::syncCodesets()
+{
+    if (!m_server.IsCloudConnected() && !m_sync.TestConnection()) {
+        return false;
+    }
+    kCodesetLog.Put(3, "Syncing blaster codesets to source list codesets");
+    kCodesetLog.Put(3, "Resetting the blaster");
+    m_server.NotifyBlasterSyncComplete(false);
+    m_sync.ResetBlaster(AsyncCallback<std::string>(
+        [this](const std::string& reply) { BlasterReset(reply); }, m_sync.BlasterTask()));
+    return true;
+}
+
+void Trellan_ServiceCodesetHandler::BlasterReset(const std::string& reply)
+{
+    if (const std::uint32_t status = Status(reply); status != 0) {
+        kCodesetLog.Log(3, "TRS load blaster codeset failed reason {}", status);
+        return;
+    }
+    m_position = m_codesets.begin();
+    LoadCodesetsInBlaster();
+}
+
+bool Trellan_ServiceCodesetHandler::RestartedByAbort()
+{
+    if (!m_abortSync) {
+        return false;
+    }
+    m_abortSync = false;
+    syncCodesets();
+    return true;
+}
+
+void Trellan_ServiceCodesetHandler::LoadCodesetsInBlaster()
+{
+    if (RestartedByAbort()) {
+        return;
+    }
+    if (m_position == m_codesets.end()) {
+        kCodesetLog.Put(3, "Done loading codesets");
+        m_position = m_codesets.begin();
+        GetAmbiguousKeyMap();
+        return;
+    }
+    kCodesetLog.Log(3, "Loading codeset {} in blaster", m_position->first);
+    m_sync.LoadCodeset(
+        m_position->first,
+        [this](const BulkTransferResponse& response) { CodesetLoaded(response); }, kOnlineSession);
+}
+
+void Trellan_ServiceCodesetHandler::CodesetLoaded(const BulkTransferResponse& response)
+{
+    if (response.result() != BULK_TRANSFER_SUCCESS) {
+        kCodesetLog.Put(3, "TRS load blaster codeset failed");
+        return;
+    }
+    Advance();
+    LoadCodesetsInBlaster();
+}
+
+void Trellan_ServiceCodesetHandler::GetAmbiguousKeyMap()
+{
+    if (RestartedByAbort()) {
+        return;
+    }
+    if (m_position == m_codesets.end()) {
+        kCodesetLog.Put(3, "Done storing ambiguous key bit maps");
+        AddWhiteListStatus();
+        SetSendKeyState(SendKeyReady);
+        StoreCodesetConfig();
+        m_server.NotifyBlasterSyncComplete(true);
+        return;
+    }
+    kCodesetLog.Log(3, "Getting keymap for codeset {}", m_position->first);
+    m_sync.GetBlasterKeyMap(
+        m_position->first,
+        AsyncCallback<std::string>([this](const std::string& reply) { KeyMapReceived(reply); },
+                                   m_sync.BlasterTask()));
+}
+
+void Trellan_ServiceCodesetHandler::KeyMapReceived(const std::string& reply)
+{
+    if (const std::uint32_t status = Status(reply); status != 0) {
+        kCodesetLog.Log(3, "TRS get key map failed reason {}", status);
+        return;
+    }
+    kCodesetLog.Put(3, "Key map returned successfully");
+    CalculateAmbiguousKeyMap(reply);
+    Advance();
+    GetAmbiguousKeyMap();
+}
+
+void Trellan_ServiceCodesetHandler::Advance()
+{
+    if (m_position != m_codesets.end()) {
+        ++m_position;
+    }
+}
+
+}  // namespace TrellanService

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+
+// The one-shot digests of OpenSSL 3 bring its providers along, a megabyte of them; the plain MD5 is
+// enough for a fingerprint.
+#define OPENSSL_SUPPRESS_DEPRECATED
+
+#include <array>
+
+#include <fmt/format.h>
+#include <openssl/md5.h>
+
+#include "codesets/Trellan_ServiceCodesetHandler.h"
+
+namespace TrellanService {
+
+void Trellan_ServiceCodesetHandler::StoreCodesetChecksum(const char* name, const std::uint8_t* data,
+                                                         std::uint32_t length)
+{
+    std::array<std::uint8_t, MD5_DIGEST_LENGTH> digest{};
+    MD5_CTX context;
+    MD5_Init(&context);
+    MD5_Update(&context, data, length);
+    MD5_Final(digest.data(), &context);
+    const auto entry = m_codesets.find(std::string_view(name));
+    if (entry != m_codesets.end()) {
+        entry->second.checksum = fmt::format("{:02x}", fmt::join(digest, ""));
+    }
+}
+
+}  // namespace TrellanService
