@@ -11,34 +11,34 @@ namespace Orlu::Limits {
 
 /// One IPC frame behind its length word. The largest lawful message, a code set of 1199 bytes in
 /// two envelopes, needs 2 KiB; a megabyte leaves room for what a product may add.
-inline constexpr std::size_t kFrameBytes = 1024 * 1024;
+inline constexpr std::size_t kFrameBytes = std::size_t{1024} * 1024;
 
 /// Bytes waiting to be sent on one socket. A peer that is this far behind has stopped reading.
-inline constexpr std::size_t kSendQueueBytes = 4 * 1024 * 1024;
+inline constexpr std::size_t kSendQueueBytes = std::size_t{4} * 1024 * 1024;
 
 /// Requests of one router that wait for their reply; more means that the peer never answers.
 inline constexpr std::size_t kPendingRequests = 1024;
 
 /// Entries on a task's queue that come from one socket are bounded by this many bytes a read.
-inline constexpr std::size_t kReadBytes = 64 * 1024;
+inline constexpr std::size_t kReadBytes = std::size_t{64} * 1024;
 
 /// Connections that one listener serves at a time; the product has fewer than ten local peers.
 inline constexpr std::size_t kConnections = 64;
 
 /// A file that is read whole. The store of 256 code sets with 255 keys each is below 400 KiB.
-inline constexpr std::size_t kFileBytes = 1024 * 1024;
+inline constexpr std::size_t kFileBytes = std::size_t{1024} * 1024;
 
 /// A text field of a message, name of a brand or a code set for example.
-inline constexpr std::size_t kStringBytes = 64 * 1024;
+inline constexpr std::size_t kStringBytes = std::size_t{64} * 1024;
 
 /// Nesting of a JSON text. The deepest message of the schemas has 4 levels.
 inline constexpr int kJsonDepth = 32;
 
 /// The body of an HTTP request on the local API.
-inline constexpr std::size_t kBodyBytes = 64 * 1024;
+inline constexpr std::size_t kBodyBytes = std::size_t{64} * 1024;
 
 /// One line typed at the console, and the words in it.
-inline constexpr std::size_t kConsoleLineBytes = 4 * 1024;
+inline constexpr std::size_t kConsoleLineBytes = std::size_t{4} * 1024;
 inline constexpr std::size_t kConsoleWords = 16;
 
 }  // namespace Orlu::Limits

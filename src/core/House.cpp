@@ -36,6 +36,11 @@ class ServerTask : public ServerTaskIF {
 public:
     explicit ServerTask(House& house) : m_house(house) {}
     APTask& GetServerTask(const std::string&) override { return m_house.Server(); }
+    bool IsCloudConnected() override { return m_house.Server().IsCloudConnected(); }
+    void setCloudConnected(bool connected) override
+    {
+        m_house.Server().setCloudConnected(connected);
+    }
 
 private:
     House& m_house;
@@ -85,8 +90,9 @@ private:
 
 /// No engine is built in: the cloud never counts as connected, so nothing is looked up, and no load
 /// has a guided test or a direct entry behind it whose state an answer could tell.
-class NoEngine : public DeviceLookupIF, public UEIResponsesIF {
+class NoEngine : public DeviceLookupIF, public UEIResponsesIF, public EngineStartIF {
 public:
+    int Init(NotifyTargetTaskIF*, const DeviceManagerPb::DeviceInfo&) override { return -1; }
     void FindCECDevice(const FindCECDevice_t&,
                        const AsyncCallback<FindCECDevice_t>& callback) override
     {
@@ -134,7 +140,8 @@ House::~House() = default;
 Trellan_ServiceManager& House::Manager()
 {
     if (!m_manager) {
-        m_manager = std::make_unique<Trellan_ServiceManager>(m_adapters->serverTask);
+        m_manager =
+            std::make_unique<Trellan_ServiceManager>(m_adapters->serverTask, m_adapters->engine);
     }
     return *m_manager;
 }
