@@ -5,38 +5,19 @@
 #include <array>
 #include <cstddef>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <optional>
 
 #include "orlu/StrictJson.h"
+#include "orlu/SystemUtils.h"
 #include "qsp/ReasonCodes.h"
 
 namespace QSP {
 
 namespace {
 
-constexpr std::size_t kConfigurationBytes = 64 * 1024;
 constexpr std::size_t kUrlBytes = 2048;
 /// A host keeps one or two; more means that it never releases them.
 constexpr std::size_t kSessions = 64;
-
-/// By the path as it stands, not under `ORLU_ROOT`: the host has resolved it.
-std::optional<std::string> ReadConfiguration(const std::string& path)
-{
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(path, error)) {
-        return std::nullopt;
-    }
-    std::ifstream file(path, std::ios::binary);
-    std::string text(kConfigurationBytes + 1, '\0');
-    file.read(text.data(), static_cast<std::streamsize>(text.size()));
-    text.resize(static_cast<std::size_t>(file.gcount()));
-    if (file.bad() || text.size() > kConfigurationBytes) {
-        return std::nullopt;
-    }
-    return text;
-}
 
 bool IsUrl(const std::string& text)
 {
@@ -49,7 +30,7 @@ bool IsUrl(const std::string& text)
 int Library::Start(const std::string& configFile)
 {
     Stop();
-    const std::optional<std::string> text = ReadConfiguration(configFile);
+    const std::optional<std::string> text = SystemUtils::ReadFile(configFile);
     std::string url;
     std::string error;
     const auto value = text ? Orlu::ParseStrictJson(*text, error) : std::nullopt;
@@ -73,6 +54,10 @@ int Library::OpenSession(QSP_SESSION& handle)
         return Reason::kBadSession;
     }
     auto session = std::make_unique<QSP_session_s>(m_cloud);
+    const char* version = nullptr;
+    if (const int code = session->session.Version(version); code != Reason::kSuccess) {
+        return code;
+    }
     handle = session.get();
     m_sessions.emplace(handle, std::move(session));
     return Reason::kSuccess;

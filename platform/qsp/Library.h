@@ -25,12 +25,14 @@ public:
     void SetCodesetFunction(CodesetFunction deliver) { m_deliver = deliver; }
     CodesetFunction DeliverCodeset() const { return m_deliver; }
 
-    /// Reads the configuration, an object with the text `cloudUrl`; asks nobody.
+    /// Reads the configuration, an object with the text `cloudUrl`; asks nobody. The path is taken
+    /// under `ORLU_ROOT`.
     int Start(const std::string& configFile);
     /// Ends all sessions; the settings stay.
     void Stop();
     bool IsStarted() const { return m_started; }
 
+    /// Asks the cloud for its version, so that a session is open only if the cloud was in reach.
     int OpenSession(QSP_SESSION& handle);
     int ReleaseSession(QSP_SESSION handle);
     /// Null for a handle that is none of the live sessions.

@@ -6,6 +6,7 @@
 #include "blaster/Trellan_ServiceCecIF.h"
 #include "codesets/Trellan_ServiceCodesetHandler.h"
 #include "keys/Trellan_ServiceKeyHandler.h"
+#include "uei/UEIInterface.h"
 
 namespace TrellanService {
 
@@ -64,14 +65,12 @@ private:
 class BlasterSync : public BlasterSyncIF {
 public:
     explicit BlasterSync(House& house) : m_house(house) {}
-    bool TestConnection() override { return false; }
-    void LoadCodeset(const std::string&,
+    bool TestConnection() override { return m_house.Engine().TestConnection(); }
+    void LoadCodeset(const std::string& name,
                      const Callback<LpmServiceMessages::BulkTransferResponse>& callback,
-                     std::uint32_t) override
+                     std::uint32_t kind) override
     {
-        LpmServiceMessages::BulkTransferResponse response;
-        response.set_result(LpmServiceMessages::BULK_TRANSFER_ERROR);
-        callback(response);
+        m_house.Engine().LoadCodeset(name, callback, kind);
     }
     void ResetBlaster(const AsyncCallback<std::string>& callback) override
     {
@@ -88,11 +87,32 @@ private:
     House& m_house;
 };
 
-/// No engine is built in: the cloud never counts as connected, so nothing is looked up, and no load
-/// has a guided test or a direct entry behind it whose state an answer could tell.
-class NoEngine : public DeviceLookupIF, public UEIResponsesIF, public EngineStartIF {
+class UEINeighbours : public UEINeighboursIF {
 public:
-    int Init(NotifyTargetTaskIF*, const DeviceManagerPb::DeviceInfo&) override { return -1; }
+    explicit UEINeighbours(House& house) : m_house(house) {}
+    Trellan_ServiceCodesetHandler& CodesetHandler() override { return m_house.CodesetHandler(); }
+    Trellan_ServiceBlasterProxy& BlasterProxy() override { return m_house.BlasterProxy(nullptr); }
+
+private:
+    House& m_house;
+};
+
+class EngineStart : public EngineStartIF {
+public:
+    explicit EngineStart(House& house) : m_house(house) {}
+    int Init(NotifyTargetTaskIF* task, const DeviceManagerPb::DeviceInfo& deviceInfo) override
+    {
+        return m_house.Engine().Init(task, deviceInfo);
+    }
+
+private:
+    House& m_house;
+};
+
+/// The engine knows neither discovery nor guided test nor direct entry yet: looking a device up is
+/// refused, and no load has one behind it whose state an answer could tell.
+class NoLookup : public DeviceLookupIF, public UEIResponsesIF {
+public:
     void FindCECDevice(const FindCECDevice_t&,
                        const AsyncCallback<FindCECDevice_t>& callback) override
     {
@@ -122,26 +142,37 @@ public:
 
 struct House::Adapters {
     explicit Adapters(House& house)
-        : neighbours(house, engine), serverTask(house), codesetServer(house), blasterSync(house)
+        : ueiNeighbours(house),
+          engineStart(house),
+          neighbours(house, lookup),
+          serverTask(house),
+          codesetServer(house),
+          blasterSync(house)
     {
     }
 
-    NoEngine engine;
+    NoLookup lookup;
+    UEINeighbours ueiNeighbours;
+    EngineStart engineStart;
     ServerNeighbours neighbours;
     ServerTask serverTask;
     CodesetServer codesetServer;
     BlasterSync blasterSync;
 };
 
-House::House() : m_adapters(std::make_unique<Adapters>(*this)) {}
+House::House()
+    : m_adapters(std::make_unique<Adapters>(*this)),
+      m_engine(std::make_unique<UEIInterface>(m_adapters->ueiNeighbours))
+{
+}
 
 House::~House() = default;
 
 Trellan_ServiceManager& House::Manager()
 {
     if (!m_manager) {
-        m_manager =
-            std::make_unique<Trellan_ServiceManager>(m_adapters->serverTask, m_adapters->engine);
+        m_manager = std::make_unique<Trellan_ServiceManager>(m_adapters->serverTask,
+                                                             m_adapters->engineStart);
     }
     return *m_manager;
 }
@@ -176,7 +207,7 @@ Trellan_ServiceBlasterProxy& House::BlasterProxy(NotifyTargetTaskIF* task)
 {
     Trellan_ServiceBlasterProxy::LogGetInstance();
     if (!m_blasterProxy) {
-        m_blasterProxy = std::make_unique<Trellan_ServiceBlasterProxy>(task, m_adapters->engine);
+        m_blasterProxy = std::make_unique<Trellan_ServiceBlasterProxy>(task, m_adapters->lookup);
     }
     return *m_blasterProxy;
 }

@@ -10,6 +10,8 @@
 
 namespace TrellanService {
 
+class UEIInterface;
+
 /// All of the service's single instances, each built at its first use and given its neighbours. The
 /// process has one house, which lives until it ends; a test builds as many as it likes.
 class House {
@@ -22,6 +24,7 @@ public:
     Trellan_ServiceManager& Manager();
     Trellan_Server& Server();
     Trellan_ServiceCodesetHandler& CodesetHandler();
+    UEIInterface& Engine() { return *m_engine; }
     Trellan_ServiceKeyHandler& KeyHandler();
     /// The task counts at the first call only.
     Trellan_ServiceBlasterProxy& BlasterProxy(NotifyTargetTaskIF* task);
@@ -33,6 +36,7 @@ private:
 
     // Built in the order of the process start, so the ones behind may use the ones before.
     std::unique_ptr<Adapters> m_adapters;
+    std::unique_ptr<UEIInterface> m_engine;
     std::unique_ptr<Trellan_ServiceManager> m_manager;
     std::unique_ptr<Trellan_ServiceCecIF> m_cecIF;
     std::unique_ptr<Trellan_Server> m_server;

@@ -119,7 +119,12 @@ TEST_F(LookupTest, RefusesCallsOutOfOrder)
     EXPECT_NE(QSP_release_lookup_session(session), 0);
     EXPECT_NE(QSP_retrieve_device_types_total(session, &m_total), 0);
 
+    EXPECT_EQ(m_posts, 0U);
+    m_postCode = 12;
+    EXPECT_EQ(QSP_get_lookup_session("", 2, &m_session), 12);
+    m_postCode = 0;
     EXPECT_EQ(QSP_get_lookup_session("", 2, &m_session), 0);
+    m_posts = 0;
     EXPECT_EQ(QSP_stop(), 0);
     EXPECT_NE(QSP_retrieve_device_types_total(m_session, &m_total), 0);
     EXPECT_NE(QSP_get_lookup_session("", 2, &m_session), 0);

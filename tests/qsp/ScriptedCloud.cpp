@@ -18,8 +18,10 @@ ScriptedCloud::ScriptedCloud()
     QSP_set_online_unique_id("identity");
     EXPECT_EQ(QSP_start(Config().c_str()), 0);
     EXPECT_EQ(uei_set_callback_httppost(&Post), 0);
-    EXPECT_EQ(QSP_get_lookup_session(Config().c_str(), 2, &m_session), 0);
     EXPECT_EQ(m_posts, 0U);
+    m_answers["version"] = R"({"status": 0, "version": "1"})";
+    EXPECT_EQ(QSP_get_lookup_session(Config().c_str(), 2, &m_session), 0);
+    m_posts = 0;
 }
 
 ScriptedCloud::~ScriptedCloud()

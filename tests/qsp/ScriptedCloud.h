@@ -21,7 +21,7 @@ protected:
     /// As the library takes it; `code` of the answers is what the post comes back with.
     static int Post(const char* body, std::uint32_t bodyLength, char** response,
                     std::uint32_t* responseLength, const char* url);
-    std::string Config() const { return m_root.Path() + "/qsp.conf"; }
+    static std::string Config() { return "/qsp.conf"; }
     void Configure(const std::string& text) const { m_root.Write("/qsp.conf", text); }
 
     /// By operation; an operation without one gets status 44.

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstdint>
+
+/// The library's requests, carried out by libcurl, which is loaded at the first one: most starts of
+/// the service never need it. One handle for the process, reused from post to post. On the server
+/// task, which a post blocks for up to 55 s.
+namespace TrellanService::Http {
+
+/// Frees what the posts before have left, and lets the next one begin anew.
+void Reset();
+
+/// Posts a zero-terminated JSON text. On 0 `response` holds `responseLength` bytes from `malloc`
+/// with a zero behind them; they belong to the caller. Else a reason code of the library, and no
+/// response: 45 a missing argument, 14 while `held` (no request goes out), 1 no libcurl, else
+/// `ReasonCode` of libcurl's result. A status of 400 or above is a failure.
+///
+/// https goes anywhere, plain http to this machine only and never by a redirect; no proxy of the
+/// environment is used; a response of more than 4 MiB fails.
+int Post(const char* body, std::uint32_t bodyLength, char** response, std::uint32_t* responseLength,
+         const char* url, bool held);
+
+/// The library's reason code for a `CURLcode`.
+int ReasonCode(int curlCode);
+
+}  // namespace TrellanService::Http
