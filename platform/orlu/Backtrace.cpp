@@ -38,6 +38,7 @@ const char* NameOf(const Orlu::OwnSymbols& symbols, std::uintptr_t frame)
         return name;
     }
     Dl_info info{};
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): an address of the stack's, never followed
     return ::dladdr(reinterpret_cast<void*>(call), &info) != 0 ? info.dli_sname : nullptr;
 }
 

@@ -39,12 +39,12 @@ public:
         }
         m_accepted = accepted;
         m_handle.reset();
-        m_handle = Orlu::Runtime().Transport().Listen(address.Path(), accepted.Queue(),
-                                                      [weak = weak_from_this()](SocketPtr socket) {
-                                                          if (const auto self = weak.lock()) {
-                                                              self->Take(socket);
-                                                          }
-                                                      });
+        m_handle = Orlu::Runtime().Transport().Listen(
+            address.Path(), accepted.Queue(), [weak = weak_from_this()](const SocketPtr& socket) {
+                if (const auto self = weak.lock()) {
+                    self->Take(socket);
+                }
+            });
         return m_handle ? address : Network::Address();
     }
 

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 /// Of the linker: the start of this program in memory.
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the linker's name for it
 extern "C" const ElfW(Ehdr) __ehdr_start;
 
 namespace Orlu {

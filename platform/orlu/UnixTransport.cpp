@@ -215,7 +215,7 @@ public:
         std::function<void(SocketPtr)> done;
     };
 
-    Attempt(Queue queue, const std::string& path, std::function<void(SocketPtr)> done)
+    Attempt(const Queue& queue, const std::string& path, std::function<void(SocketPtr)> done)
         : m_state(std::make_shared<State>(LocalSocket(queue->Context()), std::move(done)))
     {
         const auto endpoint = EndpointOf(path);
