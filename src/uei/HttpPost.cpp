@@ -35,6 +35,7 @@ struct HttpResponseBuffer {
 /// What is kept from post to post.
 struct State {
     std::optional<CurlLibrary> curl;
+    bool initialized = false;
     CURL* handle = nullptr;
     curl_slist* headers = nullptr;
 };
@@ -67,15 +68,11 @@ std::size_t WriteToBuffer(const char* data, std::size_t size, std::size_t count,
 
 bool Load(State& state)
 {
-    if (state.curl) {
-        return true;
+    if (CurlLibrary curl; !state.curl && curl.Load()) {
+        state.curl = curl;
     }
-    CurlLibrary curl;
-    if (!curl.Load() || curl.globalInit(CURL_GLOBAL_ALL) != CURLE_OK) {
-        return false;
-    }
-    state.curl = curl;
-    return true;
+    Http::Begin();
+    return state.initialized;
 }
 
 bool SetUp(State& state)
@@ -142,21 +139,28 @@ CURLcode Aim(State& state, const char* body, const char* url, HttpResponseBuffer
 
 }  // namespace
 
-void Http::Reset()
+void Http::End()
 {
     State& state = TheState();
     if (!state.curl) {
         return;
     }
     TearDown(state);
-    state.curl->globalCleanup();
-    if (state.curl->globalInit(CURL_GLOBAL_ALL) != CURLE_OK) {
-        state.curl.reset();
+    if (std::exchange(state.initialized, false)) {
+        state.curl->globalCleanup();
+    }
+}
+
+void Http::Begin()
+{
+    State& state = TheState();
+    if (state.curl && !state.initialized) {
+        state.initialized = state.curl->globalInit(CURL_GLOBAL_ALL) == CURLE_OK;
     }
 }
 
 int Http::Post(const char* body, std::uint32_t bodyLength, char** response,
-               std::uint32_t* responseLength, const char* url, bool held)
+               std::uint32_t* responseLength, const char* url, bool held, bool& transferFailed)
 {
     if (body == nullptr || bodyLength == 0 || url == nullptr || response == nullptr ||
         responseLength == nullptr) {
@@ -181,6 +185,7 @@ int Http::Post(const char* body, std::uint32_t bodyLength, char** response,
     CURLcode code = Aim(state, body, url, buffer);
     if (code == CURLE_OK) {
         code = state.curl->easyPerform(state.handle);
+        transferFailed = code != CURLE_OK;
     }
     if (code != CURLE_OK) {
         std::free(buffer.pointer);

@@ -9,18 +9,22 @@
 /// task, which a post blocks for up to 55 s.
 namespace TrellanService::Http {
 
-/// Frees what the posts before have left, and lets the next one begin anew.
-void Reset();
+/// Ends libcurl, if it was loaded, with all that the posts before have left.
+void End();
+
+/// Begins libcurl anew, if it was loaded. Else, or should it fail, the next post does.
+void Begin();
 
 /// Posts a zero-terminated JSON text. On 0 `response` holds `responseLength` bytes from `malloc`
 /// with a zero behind them; they belong to the caller. Else a reason code of the library, and no
 /// response: 45 a missing argument, 14 while `held` (no request goes out), 1 no libcurl, else
-/// `ReasonCode` of libcurl's result. A status of 400 or above is a failure.
+/// `ReasonCode` of libcurl's result. A status of 400 or above is a failure. `transferFailed`
+/// becomes true only where a request went out in vain.
 ///
 /// https goes anywhere, plain http to this machine only and never by a redirect; no proxy of the
 /// environment is used; a response of more than 4 MiB fails.
 int Post(const char* body, std::uint32_t bodyLength, char** response, std::uint32_t* responseLength,
-         const char* url, bool held);
+         const char* url, bool held, bool& transferFailed);
 
 /// The library's reason code for a `CURLcode`.
 int ReasonCode(int curlCode);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <algorithm>
-#include <cstring>
+#include <cstdlib>
 
 #include "blaster/Trellan_ServiceBlasterProxy.h"
 #include "codesets/Trellan_ServiceCodesetHandler.h"
@@ -26,25 +26,16 @@ constexpr std::size_t kCodesetCallback = 5;
 
 CodesetTransferBuffer s_buffer;
 
-bool IsDigit(char character)
-{
-    return character >= '0' && character <= '9';
-}
-
 /// Whether the text begins with a code set name.
 bool BeginsWithName(std::string_view text)
 {
-    if (text.size() < 2 || kClasses.find(text[0]) == std::string_view::npos || !IsDigit(text[1])) {
+    if (text.empty() || kClasses.find(text[0]) == std::string_view::npos) {
         return false;
     }
-    int number = 0;
-    for (const char digit : text.substr(1, kNumberDigits)) {
-        if (!IsDigit(digit)) {
-            break;
-        }
-        number = 10 * number + (digit - '0');
-    }
-    return number < (text[0] == 'H' ? 4096 : 8192);
+    const std::string digits(text.substr(1, kNumberDigits));
+    char* end = nullptr;
+    const long number = std::strtol(digits.c_str(), &end, 10);
+    return end != digits.c_str() && number < (text[0] == 'H' ? 4096 : 8192);
 }
 
 }  // namespace

@@ -76,7 +76,7 @@ int UEIInterface::Init(NotifyTargetTaskIF* initTask, const DeviceInfo& deviceInf
     loadFuzzyValues = true;
     retryTimer = APTimer::Create(task, "UEITimer");
     s_poster = this;
-    Http::Reset();
+    Http::End();
     if (sessionKind != 0) {
         QSP_release_lookup_session(session);
         sessionKind = 0;
@@ -101,8 +101,12 @@ bool UEIInterface::StartLibrary(const std::string& identity)
     if (QSP_set_online_unique_id(identity.c_str()) != 0 || QSP_start(configFile.data()) != 0) {
         return false;
     }
-    if (QSP_set_host_callback_function(&IgnoreEvent) != 0 ||
-        uei_set_callback_httppost(&UEIInterface::HttpPost) != 0) {
+    if (QSP_set_host_callback_function(&IgnoreEvent) != 0) {
+        QSP_stop();
+        return false;
+    }
+    Http::Begin();
+    if (uei_set_callback_httppost(&UEIInterface::HttpPost) != 0) {
         QSP_stop();
         return false;
     }
@@ -166,7 +170,7 @@ int UEIInterface::GetVersion(Json::Value& version, std::uint32_t kind)
         return -1;
     }
     const char* text = nullptr;
-    if (const int code = QSP_get_version_string(session, &text); code != 0) {
+    if (const int code = QSP_get_version_string(session, &text); code != 0 || text == nullptr) {
         kUEILog.Log(3, "get TR version {}", code);
         return -1;
     }
@@ -185,8 +189,10 @@ int UEIInterface::HttpPost(const char* body, std::uint32_t bodyLength, char** re
                            std::uint32_t* responseLength, const char* url)
 {
     const bool held = s_poster != nullptr && s_poster->retryHold;
-    const int code = Http::Post(body, bodyLength, response, responseLength, url, held);
-    if (code != 0 && !held && s_poster != nullptr && s_poster->retrySeconds != 0) {
+    bool transferFailed = false;
+    const int code =
+        Http::Post(body, bodyLength, response, responseLength, url, held, transferFailed);
+    if (transferFailed && s_poster != nullptr && s_poster->retrySeconds != 0) {
         s_poster->StartRetryTimer(s_poster->retrySeconds);
     }
     return code;

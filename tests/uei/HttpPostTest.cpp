@@ -91,7 +91,7 @@ TEST(HttpPost, BringsTheAnswerPostAfterPost)
                   std::string::npos);
         EXPECT_TRUE(request.ends_with("\r\n\r\n{}"));
         if (text == "two") {
-            Http::Reset();
+            Http::End();
         }
     }
     unsetenv("http_proxy");

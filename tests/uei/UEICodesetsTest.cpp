@@ -55,6 +55,8 @@ TEST_F(UEICodesets, TakeTheFirstValidName)
         {"S12", std::string("S12\0\0", 5)},
         {"TV", ""},
         {"T", ""},
+        {"T-001", "T-001"},
+        {"T-", ""},
         {"C0001,T", "C0001"},
         {"t0012", ""},
         {",,", ""},
