@@ -11,6 +11,7 @@ find_package(CURL 7.85 REQUIRED)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(jsoncpp REQUIRED IMPORTED_TARGET jsoncpp)
 find_package(CLI11 2 REQUIRED)
+find_package(SQLite3 3.40 REQUIRED)
 
 if(TRELLAN_TESTS)
   find_package(GTest REQUIRED)

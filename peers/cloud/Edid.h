@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace Cloud {
+
+/// Who a display says that it is.
+struct EdidMonitor {
+    std::string manufacturer;  ///< three letters
+    std::string name;          ///< of the name descriptor; may be empty
+};
+
+/// Nothing if the bytes do not begin with an EDID block.
+std::optional<EdidMonitor> ReadEdid(std::span<const std::uint8_t> edid);
+
+}  // namespace Cloud

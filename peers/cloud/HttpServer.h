@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/steady_timer.hpp>
+
+#include "cloud/CloudService.h"
+
+namespace Cloud {
+
+/// Serves `POST /qsp/v1` on the loopback address. Each connection may send any number of requests;
+/// one that is idle or slow for too long is closed, and one more than the limit is closed at once.
+/// Everything runs on the context's thread.
+class HttpServer {
+public:
+    static constexpr const char* kTarget = "/qsp/v1";
+
+    /// Both are borrowed; the context must not run any more once the server is gone.
+    HttpServer(boost::asio::io_context& context, CloudService& service);
+
+    /// Port 0: a free one. The port, or nothing and the reason in `why`.
+    std::optional<std::uint16_t> Listen(std::uint16_t port, std::string& why);
+
+private:
+    void Accept();
+
+    boost::asio::io_context& m_context;
+    CloudService& m_service;
+    boost::asio::ip::tcp::acceptor m_acceptor;
+    boost::asio::steady_timer m_pause;
+    /// Each connection holds a share of it.
+    std::shared_ptr<int> m_connections = std::make_shared<int>(0);
+};
+
+}  // namespace Cloud

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: Apache-2.0
+
+// Makes a catalogue out of sources.
+
+#include "cloud/builder/CatalogueWriter.h"
+#include "cloud/builder/SourceText.h"
+#include "orlu/SystemUtils.h"
+
+#include <google/protobuf/stubs/logging.h>
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr int kUsage = 2;
+
+int Fail(const std::string& path, const std::string& why)
+{
+    std::string line = path + ": " + why;
+    std::ranges::replace(line, '\n', ' ');
+    std::cerr << "CatalogueBuilder: " << line << '\n';
+    return 1;
+}
+
+int Build(const std::string& out, const std::vector<std::string>& sources)
+{
+    Cloud::Collection collection;
+    std::string why;
+    for (const std::string& path : sources) {
+        const auto text = SystemUtils::ReadFile(path);
+        if (!text) {
+            return Fail(path, "it cannot be read");
+        }
+        const std::string folder = std::filesystem::path(path).parent_path().string();
+        if (!Cloud::AddSource(*text, folder.empty() ? "." : folder, collection, why)) {
+            return Fail(path, why);
+        }
+    }
+    return Cloud::WriteCatalogue(collection, out, why) ? 0 : Fail(out, why);
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    // Paths on a command line mean what they say, in whatever root a product is running.
+    unsetenv("ORLU_ROOT");
+    // It finds fault with two pairs of key names that differ by their case or by an underscore.
+    google::protobuf::SetLogHandler(nullptr);
+    CLI::App app("Makes the cloud's catalogue out of sources", "CatalogueBuilder");
+    app.set_version_flag("--version", std::string("CatalogueBuilder ") + TRELLAN_VERSION);
+    std::string out;
+    std::vector<std::string> sources;
+    app.add_option("OUT", out, "The catalogue, replaced as a whole")->required();
+    app.add_option("SOURCE", sources, "JSON; the first word on anything counts")->required();
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& asked) {
+        return app.exit(asked);
+    } catch (const CLI::ParseError& error) {
+        std::string what = error.what();
+        std::ranges::replace(what, '\n', ' ');
+        std::cerr << "CatalogueBuilder: " << what << '\n';
+        return kUsage;
+    }
+    return Build(out, sources);
+}
