@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <memory>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "cloud/Catalogue.h"
+#include "cloud/builder/CatalogueWriter.h"
+#include "cloud/builder/SourceText.h"
+#include "orlu/SystemUtils.h"
+
+namespace Cloud {
+
+/// Builds the small catalogue into a file, whose path it gives.
+inline std::string BuildOwn(const std::string& name)
+{
+    const std::string folder = OWN_SOURCE_FOLDER;
+    const std::string path = testing::TempDir() + name + "." + std::to_string(getpid());
+    Collection collection;
+    std::string why;
+    EXPECT_TRUE(AddSource(SystemUtils::ReadFile(folder + "/own.json").value_or(""), folder,
+                          collection, why))
+        << why;
+    EXPECT_TRUE(WriteCatalogue(collection, path, why)) << why;
+    return path;
+}
+
+/// The small catalogue, open; its file is gone already.
+inline std::unique_ptr<Catalogue> OpenOwn()
+{
+    const std::string path = BuildOwn("own");
+    std::string why;
+    auto catalogue = Catalogue::Open(path, why);
+    std::remove(path.c_str());
+    return catalogue;
+}
+
+}  // namespace Cloud
