@@ -10,8 +10,11 @@ namespace Cloud {
 
 Rows::~Rows()
 {
-    sqlite3_reset(m_statement);
-    sqlite3_clear_bindings(m_statement);
+    // None at all if it could not be prepared, which only the first of the two puts up with.
+    if (m_statement != nullptr) {
+        sqlite3_reset(m_statement);
+        sqlite3_clear_bindings(m_statement);
+    }
 }
 
 bool Rows::Next()

@@ -156,6 +156,18 @@ TEST(CatalogueTest, SearchesBrandsInTheIndexAlone)
     std::remove(path.c_str());
 }
 
+TEST(CatalogueTest, RefusesAFileThatIsNone)
+{
+    const std::string path = BuildOwn("cut");
+    ASSERT_EQ(truncate(path.c_str(), 600), 0);
+    std::string why;
+    EXPECT_EQ(Catalogue::Open(path, why), nullptr);
+    EXPECT_FALSE(why.empty());
+    EXPECT_EQ(Catalogue::Open(OWN_SOURCE_FOLDER "/own.json", why), nullptr);
+    EXPECT_EQ(why, "file is not a database");
+    std::remove(path.c_str());
+}
+
 TEST(CatalogueTest, IsTheSameBytesFromTheSameSources)
 {
     const std::string first = BuildOwn("first");
