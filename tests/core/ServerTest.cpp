@@ -175,10 +175,11 @@ TEST_F(ServerTest, CloudCountsAsConnectedASecondLaterAndAsLostAtOnce)
 
 TEST_F(ServerTest, CloudDoesNotCountWhileTheBlasterWaitsForASyncThatCannotBegin)
 {
+    m_world.qsp.results["get_lookup_session"] = 12;
     SendSources({"T2051", "S0456"});
     m_world.house.Server().setCloudConnected(true);
-    m_world.runtime.Advance(10000);
-    EXPECT_EQ(Effects(), "");
+    m_world.runtime.Advance(2000);
+    EXPECT_EQ(Effects(), "+1000 qsp get_lookup_session  2\n+2000 qsp get_lookup_session  2\n");
     EXPECT_FALSE(m_world.house.Server().IsCloudConnected());
 }
 

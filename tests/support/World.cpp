@@ -17,7 +17,7 @@ std::string& CollectedLog()
 
 }  // namespace
 
-World::World() : effects(runtime), lpm(effects)
+World::World() : effects(runtime), lpm(effects), qsp(effects)
 {
     MfgData::Reload();
     CollectedLog().clear();

@@ -8,6 +8,7 @@
 #include "core/House.h"
 #include "support/Effects.h"
 #include "support/ScriptedLpm.h"
+#include "support/ScriptedQsp.h"
 #include "support/TemporaryRoot.h"
 #include "support/VirtualRuntime.h"
 
@@ -27,6 +28,7 @@ public:
     VirtualRuntime runtime;
     Effects effects;
     ScriptedLpm lpm;
+    ScriptedQsp qsp;
     TrellanService::House house;
 
     /// Lines of the service's log since the last call, "<level> <logger>: <text>" each.
