@@ -65,10 +65,12 @@ void Trellan_ServiceBlasterProxy::Initialize()
 
 void Trellan_ServiceBlasterProxy::AttachForEvents()
 {
+    // Queued as the transfer's answer is: of two that arrive together the first stays the first.
+    const AsyncCallback<TRS_BlasterMsg_t> blasterDone(
+        [this](const TRS_BlasterMsg_t& message) { UeiBulkTransferCompleteCb(message); }, m_task);
     m_client->Router()->AddHandler<TRS_BlasterMsg_t>(
-        IPC_BULK_BLASTER_DONE, [this](const TRS_BlasterMsg_t& message, std::uint32_t /*token*/) {
-            UeiBulkTransferCompleteCb(message);
-        });
+        IPC_BULK_BLASTER_DONE, [blasterDone](const TRS_BlasterMsg_t& message,
+                                             std::uint32_t /*token*/) { blasterDone(message); });
     m_client->Router()->AddHandler<BulkTransferData>(
         BLASTER_KEY_MAP_RESP, [this](const BulkTransferData& message, std::uint32_t /*token*/) {
             UeiBulkRXTransferCompleteCb(message);
