@@ -200,9 +200,9 @@ bool Trellan_ServiceBlasterProxy::RefuseLoad()
 void Trellan_ServiceBlasterProxy::ExpireLoads()
 {
     const std::uint64_t now = MonotonicClock::NowMs();
-    // What a callback queues meanwhile is not due, so the loops end.
+    // What a callback queues meanwhile, perhaps behind a long download, is younger than `now`.
     const auto expire = [this, now](auto& queue) {
-        while (!queue.empty() && now - queue.front().queuedAtMs >= kLoadTimeoutMs) {
+        while (!queue.empty() && queue.front().queuedAtMs + kLoadTimeoutMs <= now) {
             kLog.Put(2, "No answer to a bulk transfer, giving it up");
             FailLoad(queue, 0);
         }
