@@ -51,6 +51,10 @@ public:
     /// assumed.
     void AssumeProduct();
 
+    /// Where brand lists are written, empty until the local API has told; and the name of the last.
+    const std::string& StagingDirectory() const { return m_stagingDirectory; }
+    const std::string& BrandListFileName() const { return m_brandListFileName; }
+
     void HandleSysInfo(const DeviceManagerPb::DeviceInfo& information);
     void HandleNetworkStatus(const NetManager::Protobuf::NetworkStatus& status);
 
@@ -58,6 +62,8 @@ private:
     bool CreateAllTasks(const std::string& address);
     void StartEngine();
 
+    std::string m_stagingDirectory;
+    std::string m_brandListFileName;
     std::optional<NetManager::Protobuf::NetworkStatus> m_networkStatus;
     DeviceManagerPb::DeviceInfo m_deviceInfo;
     ServerTaskIF& m_server;

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "portico/PorticoClientIF.h"
+
+/// Why a client gives up; see `PorticoClient::Create`.
+enum PORTICO_CLIENT_ERRORS { PORTICO_CLIENT_BAD_ADDRESS = 1 };
+
+namespace Portico {
+
+/// For the product's own use; nothing is needed here.
+struct CommonClientCreationInfo {};
+
+}  // namespace Portico
+
+namespace PorticoClient {
+
+using OnConnected = Callback<void>;
+using OnFailure = AsyncCallback<std::string, PORTICO_CLIENT_ERRORS>;
+
+/// A client of the local API at this host and port; `ORLU_PORTICO_PORT`, if it is a port's number,
+/// takes the port's place. Returns at once, whether or not the local API is there. `name` is for
+/// the local API's log; the other two names are the product's own. `connected`, if set, is called
+/// on the client's own thread each time the link has come up; `failure`, if set, when the address
+/// can never be reached.
+std::shared_ptr<PorticoClientIF> Create(const std::string& name, const std::string& host,
+                                        std::uint16_t port, const std::string& secondName,
+                                        const std::string& thirdName, const OnConnected& connected,
+                                        const OnFailure& failure,
+                                        const Portico::CommonClientCreationInfo& info);
+
+}  // namespace PorticoClient

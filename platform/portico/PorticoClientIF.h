@@ -1,0 +1,232 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "ProtoBufs/PorticoError.pb.h"
+#include "orlu/Callback.h"
+#include "orlu/ProtoToMarkup.h"
+
+namespace Portico {
+
+/// Who may use a resource; 0 is every consumer on this machine, and the only one in use.
+enum class EndpointScope { kLocal = 0 };
+
+enum class Method { kGet, kPut, kPost };
+
+/// The code and subcode of an error that stands for a body which can't be parsed.
+inline constexpr int kParseCode = 0;
+inline constexpr int kParseSubcode = 2005;
+
+/// An error as the local API reports it for a text that is no such message; `what` says why.
+Error ParseError(const std::string& what);
+
+}  // namespace Portico
+
+/// A service's link to the local API: puts up resources, asks for others', hears of their changes.
+/// Messages travel as JSON, with field names as in the schema and set fields only.
+///
+/// Calls are made on one task, that of the callbacks; none blocks. The link comes up in the
+/// background, whenever the local API is there, and comes up anew after a loss: registrations hold
+/// for the life of the client. A request that is made while the link is down waits for it.
+class PorticoClientIF {
+public:
+    using Paths = std::vector<std::string>;
+    /// Gets the request's error; the service's handlers never call it.
+    using OnError = Callback<Portico::Error>;
+    template <class Answer>
+    using GetHandler = AsyncCallback<Callback<Answer>, OnError>;
+    template <class Request, class Answer>
+    using BodyHandler = AsyncCallback<Request, Callback<Answer>, OnError>;
+
+    virtual ~PorticoClientIF() = default;
+
+    /// Answers GET on `path`. The handler gets the callback for the answer and one for an error and
+    /// calls one of them, once, at any later time. Label and number are the product's own.
+    template <class Answer>
+    CallbackConnection RegisterGet(const std::string& path, const GetHandler<Answer>& handler,
+                                   Portico::EndpointScope scope, double version,
+                                   const std::string& label, int number);
+
+    /// Answers PUT or POST on `path`. The handler gets the request before the two callbacks. A body
+    /// that is no such message never reaches it: the consumer gets `ParseError`.
+    template <class Request, class Answer>
+    CallbackConnection RegisterPut(const std::string& path,
+                                   const BodyHandler<Request, Answer>& handler,
+                                   Portico::EndpointScope scope, double version,
+                                   const std::string& label, int number)
+    {
+        return RegisterBody(Portico::Method::kPut, path, handler, {scope, version, label, number});
+    }
+    template <class Request, class Answer>
+    CallbackConnection RegisterPost(const std::string& path,
+                                    const BodyHandler<Request, Answer>& handler,
+                                    Portico::EndpointScope scope, double version,
+                                    const std::string& label, int number)
+    {
+        return RegisterBody(Portico::Method::kPost, path, handler, {scope, version, label, number});
+    }
+
+    /// `ready` is called when the resources of `paths` have all become ready, now or later, and
+    /// again each time that happens; `notReady` when that ends, a loss of the link included. Both
+    /// get the paths concerned; `notReady` may be empty.
+    virtual CallbackConnection RegisterEndpointsOfInterest(
+        const Paths& paths, const AsyncCallback<Paths>& ready,
+        const AsyncCallback<Paths>& notReady) = 0;
+
+    /// The callback gets each notification of `path`; one that is no such message is dropped
+    /// with a log line.
+    template <class Message>
+    CallbackConnection RegisterNotification(const std::string& path,
+                                            const AsyncCallback<Message>& callback,
+                                            Portico::EndpointScope scope, double version);
+
+    /// One of the two callbacks is called, once: with the answer, or with the resource's error or
+    /// the `ParseError` of an answer that is no such message.
+    template <class Answer>
+    CallbackConnection SendGet(const std::string& path, const AsyncCallback<Answer>& success,
+                               const AsyncCallback<Portico::Error>& error, double version)
+    {
+        return SendText(Portico::Method::kGet, path, {}, OnText(success, error), version);
+    }
+    template <class Answer>
+    CallbackConnection SendPost(const std::string& path, const google::protobuf::Message& body,
+                                const AsyncCallback<Answer>& success,
+                                const AsyncCallback<Portico::Error>& error, double version);
+
+protected:
+    struct Terms {
+        Portico::EndpointScope scope = Portico::EndpointScope::kLocal;
+        double version = 1.0;
+        std::string label;
+        int number = 0;
+    };
+
+    /// An answer on its way: JSON of the resource's message, or of a `Portico::Error`.
+    using Respond = std::function<void(bool isError, const std::string& json)>;
+    /// Gets a request's body, empty for GET. May be called on any thread; so may the `Respond`,
+    /// later and at most once.
+    using Serve = std::function<void(const std::string& body, const Respond& respond)>;
+
+    // What a link has to carry.
+    virtual CallbackConnection RegisterText(Portico::Method method, const std::string& path,
+                                            const Serve& serve, const Terms& terms) = 0;
+    virtual CallbackConnection RegisterNotificationText(
+        const std::string& path, const std::function<void(const std::string& json)>& notify,
+        const Terms& terms) = 0;
+    virtual CallbackConnection SendText(Portico::Method method, const std::string& path,
+                                        const std::string& body, const Respond& respond,
+                                        double version) = 0;
+
+    static std::string Render(const google::protobuf::Message& message)
+    {
+        return ProtoToMarkup::ToJson(message, true, false, false);
+    }
+
+private:
+    static void RespondError(const Respond& respond, const Portico::Error& error);
+    static void RespondWith(const Respond& respond, const google::protobuf::Message& answer);
+    static void LogDropped(const std::string& path, const char* why);
+    /// The error in an error's body, or the one that says it was none.
+    static Portico::Error ErrorIn(const std::string& json);
+
+    template <class Request, class Answer>
+    CallbackConnection RegisterBody(Portico::Method method, const std::string& path,
+                                    const BodyHandler<Request, Answer>& handler,
+                                    const Terms& terms);
+    template <class Answer>
+    static Respond OnText(const AsyncCallback<Answer>& success,
+                          const AsyncCallback<Portico::Error>& error);
+};
+
+template <class Answer>
+CallbackConnection PorticoClientIF::RegisterGet(const std::string& path,
+                                                const GetHandler<Answer>& handler,
+                                                Portico::EndpointScope scope, double version,
+                                                const std::string& label, int number)
+{
+    auto serve = [handler](const std::string&, const Respond& respond) {
+        handler([respond](const Answer& answer) { RespondWith(respond, answer); },
+                [respond](const Portico::Error& error) { RespondError(respond, error); });
+    };
+    return RegisterText(Portico::Method::kGet, path, serve, {scope, version, label, number});
+}
+
+template <class Request, class Answer>
+CallbackConnection PorticoClientIF::RegisterBody(Portico::Method method, const std::string& path,
+                                                 const BodyHandler<Request, Answer>& handler,
+                                                 const Terms& terms)
+{
+    auto serve = [handler](const std::string& body, const Respond& respond) {
+        Request request;
+        try {
+            ProtoToMarkup::FromJson(body, request, request.GetDescriptor()->name());
+        } catch (const ProtoToMarkup::MarkupError& error) {
+            RespondError(respond, Portico::ParseError(error.what()));
+            return;
+        }
+        handler(
+            request, [respond](const Answer& answer) { RespondWith(respond, answer); },
+            [respond](const Portico::Error& error) { RespondError(respond, error); });
+    };
+    return RegisterText(method, path, serve, terms);
+}
+
+template <class Message>
+CallbackConnection PorticoClientIF::RegisterNotification(const std::string& path,
+                                                         const AsyncCallback<Message>& callback,
+                                                         Portico::EndpointScope scope,
+                                                         double version)
+{
+    auto notify = [callback, path](const std::string& json) {
+        Message message;
+        try {
+            ProtoToMarkup::FromJson(json, message);
+        } catch (const ProtoToMarkup::MarkupError& error) {
+            LogDropped(path, error.what());
+            return;
+        }
+        callback(message);
+    };
+    return RegisterNotificationText(path, notify, {scope, version, {}, 0});
+}
+
+template <class Answer>
+CallbackConnection PorticoClientIF::SendPost(const std::string& path,
+                                             const google::protobuf::Message& body,
+                                             const AsyncCallback<Answer>& success,
+                                             const AsyncCallback<Portico::Error>& error,
+                                             double version)
+{
+    std::string text;
+    try {
+        text = Render(body);
+    } catch (const ProtoToMarkup::MarkupError& failure) {
+        error(Portico::ParseError(failure.what()));
+        return {};
+    }
+    return SendText(Portico::Method::kPost, path, text, OnText(success, error), version);
+}
+
+template <class Answer>
+PorticoClientIF::Respond PorticoClientIF::OnText(const AsyncCallback<Answer>& success,
+                                                 const AsyncCallback<Portico::Error>& error)
+{
+    return [success, error](bool isError, const std::string& json) {
+        if (isError) {
+            error(ErrorIn(json));
+            return;
+        }
+        Answer answer;
+        try {
+            ProtoToMarkup::FromJson(json, answer);
+        } catch (const ProtoToMarkup::MarkupError& failure) {
+            error(Portico::ParseError(failure.what()));
+            return;
+        }
+        success(answer);
+    };
+}
