@@ -4,19 +4,22 @@
 
 #include <functional>
 #include <memory>
+#include <regex>
 #include <string>
 #include <utility>
 
 #include <gtest/gtest.h>
 
-#include "blaster/LpmPeer.h"
 #include "orlu/DPrint.h"
 #include "orlu/MfgData.h"
+#include "support/Effects.h"
+#include "support/ScriptedLpm.h"
 #include "support/VirtualRuntime.h"
 
 namespace TrellanService::Tests {
 
-/// A server task and an LPM side in virtual time. What happens is one text, in order.
+/// A server task and, once it serves, an LPM side in virtual time, which leaves loads unanswered.
+/// What happens is one text, in order.
 class BlasterFixture : public ::testing::Test {
 protected:
     BlasterFixture()
@@ -30,6 +33,9 @@ protected:
             }
         });
         task = IL::CreateTask("server", "");
+        lpm.NotePackets();
+        lpm.AnswerLoads(std::nullopt);
+        Leave();
     }
 
     ~BlasterFixture() override
@@ -47,7 +53,12 @@ protected:
 
     void Serve()
     {
-        peer.Serve();
+        lpm.Serve();
+        runtime.RunUntilIdle();
+    }
+    void Leave()
+    {
+        lpm.Leave();
         runtime.RunUntilIdle();
     }
 
@@ -59,11 +70,17 @@ protected:
             task.get()};
     }
 
+    /// What arrived at the LPM side, without times.
+    std::string TakeRecord()
+    {
+        return std::regex_replace(effects.Take(), std::regex(R"((^|\n)\+\d+ lpm )"), "$1");
+    }
     std::string TakeAnswers() { return std::exchange(answers, {}); }
     static std::string TakeLog() { return std::exchange(s_log, {}); }
 
     VirtualRuntime runtime;
-    LpmPeer peer;
+    Effects effects{runtime};
+    ScriptedLpm lpm{effects};
     std::shared_ptr<NotifyTargetTaskIF> task;
     std::string answers;
 

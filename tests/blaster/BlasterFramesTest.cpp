@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-#include "blaster/LpmPeer.h"
+#include "support/ScriptedLpm.h"
 
 namespace TrellanService::Tests {
 

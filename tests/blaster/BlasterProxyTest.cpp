@@ -79,7 +79,7 @@ protected:
 
     void BlasterDone(const std::string& hex)
     {
-        peer.BlasterDone(hex);
+        lpm.BlasterDone(hex);
         runtime.RunUntilIdle();
     }
 
@@ -109,7 +109,7 @@ TEST_F(BlasterProxy, EachWishIsOneFrameUnderItsId)
         {"key unasked", [](Proxy& p, const auto& c) { return p.SendBlasterKey("C0564", 7, 0, c); },
          "82 TRS_BlasterMsg_t 2 000701123407000000\n", "key unasked 0100\n"},
         {"key map", [](Proxy& p, const auto& c) { return p.GetBlasterKeyMap("C0564", c); },
-         "84 TRS_BlasterMsg_t 2 0003021234\n", ""},
+         "84 TRS_BlasterMsg_t 2 0003021234\n", "key map 0207\n"},
         {"reset", [](Proxy& p, const auto& c) { return p.ResetBlaster(c); },
          "80 request TRS_BlasterMsg_t 2 00020901\n", "reset 0207\n"},
         {"version", [](Proxy& p, const auto& c) { return p.SendGetVersion(c); },
@@ -119,27 +119,27 @@ TEST_F(BlasterProxy, EachWishIsOneFrameUnderItsId)
         {"list", [](Proxy& p, const auto& c) { return p.ListBlasterCodesets(c); },
          "80 request TRS_BlasterMsg_t 2 000111\n", "list 0207\n"},
         {"press", [](Proxy& p, const auto& c) { return p.SendCecKeyPress(36, c); },
-         "169 IpcCecKey_t 2 value: 36 state: 0\n", "press 434543206b65792073656e74\n"},
+         "169 IpcCecKey_t 2 value 36 state 0\n", "press 434543206b65792073656e74\n"},
         {"release", [](Proxy& p, const auto& c) { return p.SendCecKeyRelease(c); },
-         "169 IpcCecKey_t 2 value: 0 state: 1\n", "release 434543206b65792073656e74\n"},
+         "169 IpcCecKey_t 2 value 0 state 1\n", "release 434543206b65792073656e74\n"},
     };
-    peer.reply = "0207";
+    lpm.ReplyToAll("\x02\x07");
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         bool done = false;
         Run([this, &row, &done] { done = row.wish(*proxy, Note(row.name)); });
         EXPECT_TRUE(done);
-        EXPECT_EQ(peer.TakeRecord(), row.sent);
+        EXPECT_EQ(TakeRecord(), row.sent);
         EXPECT_EQ(TakeAnswers(), row.answer);
     }
 }
 
 TEST_F(BlasterProxy, RepliesOfAnotherTypeNeverReachTheCaller)
 {
-    peer.replyType = "IpcCecKey_t";
+    lpm.NameReplies("IpcCecKey_t");
     Run([this] { proxy->ResetBlaster(Note("named")); });
     EXPECT_EQ(TakeAnswers(), "");
-    peer.replyType = "";
+    lpm.NameReplies("");
     Run([this] { proxy->ResetBlaster(Note("unnamed")); });
     EXPECT_EQ(TakeAnswers(), "unnamed 0100\n");
 }
@@ -178,8 +178,7 @@ TEST_F(BlasterProxy, ALoadThatIsRefusedAnswersTheOneThatQueuedForIt)
 
 TEST_F(BlasterProxy, AKeyThatDoesNotWaitIsAnsweredWithoutAnLpm)
 {
-    peer.Leave();
-    runtime.RunUntilIdle();
+    Leave();
     Run([this] {
         proxy->SendBlasterKey("T2051", 1, 0, Note("at once"));
         proxy->SendBlasterKey("T2051", 1, 0x80, Note("never"));
@@ -198,24 +197,25 @@ TEST_F(BlasterProxy, NamesWithoutADeviceNumberSendNothing)
     });
     Store("X0001", 3);
     EXPECT_FALSE(any || stored);
-    EXPECT_EQ(peer.TakeRecord(), "");
+    EXPECT_EQ(TakeRecord(), "");
     const std::string refused = Hex("X0001 not valid codeset");
     EXPECT_EQ(TakeAnswers(), "delete " + refused + "\nmap " + refused + "\n");
 
-    peer.KeyMap("0100");
+    lpm.KeyMap("0100");
     runtime.RunUntilIdle();
     EXPECT_EQ(TakeAnswers(), "");
 }
 
 TEST_F(BlasterProxy, KeyMapsAnswerInTheOrderInWhichTheyWereAsked)
 {
+    lpm.Reply(0x02, std::nullopt);
     Run([this] {
         proxy->GetBlasterKeyMap("T2051", Note("first"));
         proxy->GetBlasterKeyMap("C0564", Note("second"));
     });
     TakeLog();
     for (const char* map : {"03000405", "020700", "0100"}) {
-        peer.KeyMap(map);
+        lpm.KeyMap(map);
         runtime.RunUntilIdle();
     }
     EXPECT_EQ(TakeAnswers(), "first 03000405\nsecond 020700\n");
@@ -227,12 +227,13 @@ TEST_F(BlasterProxy, KeyMapsAnswerInTheOrderInWhichTheyWereAsked)
 
 TEST_F(BlasterProxy, ALoadIsAnsweredByTheBlasterAlone)
 {
-    peer.bulkResult = BULK_TRANSFER_SUCCESS;
+    lpm.AnswerLoads(BULK_TRANSFER_SUCCESS);
+    lpm.Reply(0x22, std::nullopt);
     QueueSourceList("list");
     TakeLog();
     Store("C0564", 2);
     EXPECT_TRUE(stored);
-    EXPECT_EQ(peer.TakeRecord(), "65539 request - 2 length 7 type 2 00052212345a5a\n");
+    EXPECT_EQ(TakeRecord(), "65539 request - 2 length 7 type 2 00052212345a5a\n");
     EXPECT_EQ(TakeAnswers(), "");
     BlasterDone("0100");
     EXPECT_EQ(TakeAnswers(), "list 0\n");
@@ -248,7 +249,7 @@ TEST_F(BlasterProxy, DataThatNoFrameCanCarryIsRefused)
 {
     Store("C0564", 1200);
     EXPECT_FALSE(stored);
-    EXPECT_EQ(peer.TakeRecord(), "");
+    EXPECT_EQ(TakeRecord(), "");
     EXPECT_EQ(TakeLog(), "2 Codeset C0564 of 1200 bytes is too large for the blaster\n");
     Store("C0564", 1199);
     EXPECT_TRUE(stored);
@@ -270,7 +271,7 @@ TEST_F(BlasterProxy, ResultsGoToTheGuidedTestThenDirectEntryThenTheSourceList)
               "osm osm LAST_RESULT_ERROR\ndirect direct LAST_RESULT_ERROR\nlist 0\n");
     EXPECT_TRUE(TakeLog().ends_with("1 No callback for bulk transfer blaster result\n"));
 
-    peer.bulkResult = BULK_TRANSFER_DECLINED;
+    lpm.AnswerLoads(BULK_TRANSFER_DECLINED);
     queueAll();
     for (int i = 0; i < 4; ++i) {
         Store("T2051", 1);

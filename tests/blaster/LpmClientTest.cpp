@@ -52,8 +52,7 @@ TEST_F(LpmClients, ConnectInTheBackgroundAndAgainAfterALoss)
 
     client->SetDisconnectCallback([this] { answers += "lost\n"; });
     TakeLog();
-    peer.Leave();
-    runtime.RunUntilIdle();
+    Leave();
     EXPECT_EQ(TakeAnswers(), "lost\n");
     EXPECT_EQ(TakeLog(), "3 Connection lost\n");
 
@@ -88,14 +87,14 @@ TEST_F(LpmClients, TimedRequestsEndExactlyOnce)
     runtime.Advance(1000);
     EXPECT_EQ(TakeAnswers(), "timeout 65537\ntimeout 65539\n");
 
-    peer.bulkResult = BULK_TRANSFER_FILE_ERROR;
+    lpm.AnswerLoads(BULK_TRANSFER_FILE_ERROR);
     Run([this] {
         client->SendBulkDataTimed({}, NoteResult(), NoteTimeout(), 300, IPC_DEVICE_LPM);
     });
     runtime.Advance(1000);
     EXPECT_EQ(TakeAnswers(), "result -2\n");
 
-    peer.Leave();
+    Leave();
     Run([this] {
         client->TRS_SendToBlasterTimeout(
             {}, [this](const TRS_BlasterMsg_t&) { answers += "reply\n"; }, NoteTimeout(), 50,
@@ -116,7 +115,7 @@ TEST_F(LpmClients, SendModesBareAndBulkMessagesWithoutATypeName)
         client->ExitNWSMode({});
         client->SendBulkFile(file, {}, IPC_DEVICE_LPM);
     });
-    EXPECT_EQ(peer.TakeRecord(),
+    EXPECT_EQ(TakeRecord(),
               "65540 request bare LowPowerSet 0801\n"
               "65548 request bare EnterNWS 0800\n"
               "65537 request - 2 length 0 type 0 \n");
@@ -138,7 +137,7 @@ TEST_F(LpmClients, TheMockCountsAsConnectedAndDoesNothing)
         client->SendBulkData({}, NoteResult(), IPC_DEVICE_LPM);
     });
     runtime.Advance(5000);
-    EXPECT_EQ(TakeAnswers() + peer.TakeRecord(), "");
+    EXPECT_EQ(TakeAnswers() + TakeRecord(), "");
     EXPECT_EQ(TakeLog(),
               "3 MockLpmClient::Connect\n"
               "3 MockLpmClient::TRS_SendToBlaster Not Implemented\n"
@@ -176,7 +175,7 @@ TEST_F(LpmClients, TheCecListenerNotesEveryMessage)
               "1 CEC Message could not be received, as no connection is available.\n");
     Run([&cec] { cec.Initialize(); });
     EXPECT_EQ(TakeLog(), "3 TRS CEC IF connected\n");
-    peer.Event(IPC_CEC_MSG, IpcCecMessage_t());
+    lpm.SendEvent(IPC_CEC_MSG, IpcCecMessage_t());
     runtime.RunUntilIdle();
     EXPECT_EQ(TakeLog(), "4 Received CEC Message from LPM\n4 CEC Message received from LPM\n");
 }

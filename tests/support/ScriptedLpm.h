@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "ProtoBufs/AutoLpmServiceMessages.pb.h"
@@ -14,6 +15,10 @@
 #include "orlu/IPCMessageRouter.h"
 #include "orlu/Timer.h"
 #include "support/Effects.h"
+
+/// Bytes as text, "0007011234…", and back.
+std::string Hex(std::string_view bytes);
+std::string Unhex(std::string_view text);
 
 /// The LPM service of a test, in memory, for any number of clients. It records each thing received:
 /// "lpm 80 000100" for frames (80, 82, 84), "lpm 65539 length 105 type 2 0067…" for loads, "lpm 169
@@ -29,19 +34,42 @@ public:
     void AnswerAfter(std::uint32_t ms) { m_delayMs = ms; }
     /// From now on the blaster answers a command with these bytes, or not at all.
     void Reply(std::uint8_t command, std::optional<std::string> bytes);
-    void DeclineLoads(LpmServiceMessages::BulkTransferResult result) { m_bulkResult = result; }
+    /// The same for the commands that have no reply of their own.
+    void ReplyToAll(std::optional<std::string> bytes) { m_reply = std::move(bytes); }
+    /// From now on replies name this as their payload's type.
+    void NameReplies(const std::string& type) { m_replyType = type; }
+    /// From now on transfers have this result, or no answer.
+    void AnswerLoads(std::optional<LpmServiceMessages::BulkTransferResult> result)
+    {
+        m_bulkResult = result;
+    }
+    /// From now on how things were sent is recorded too: "lpm 80 request TRS_BlasterMsg_t 2 000100"
+    /// names the message in the packet and its destination, "lpm 65540 request bare LowPowerSet
+    /// 0801" a message without a packet.
+    void NotePackets() { m_notePackets = true; }
 
     /// Sends to every client, unasked.
     void SendEvent(std::uint32_t id, const google::protobuf::Message& message);
+    /// The blaster's word on a load, and a key map, unasked, in hexadecimal.
+    void BlasterDone(const std::string& hex);
+    void KeyMap(const std::string& hex);
     /// Closes every connection; clients find the service again.
     void DropClients();
+    /// Goes away: clients lose their link and find nobody, until `Serve`.
+    void Leave();
+    void Serve();
 
 private:
     void Accept(const Orlu::SocketPtr& socket);
-    void Frame(const IPCMessageRouterPtr& router, std::uint32_t id, const std::string& frame,
-               std::uint32_t token);
-    void Load(const IPCMessageRouterPtr& router, const LpmServiceMessages::BulkNotifyData_t& load,
-              std::uint32_t token);
+    void Arrived(const IPCMessageRouterPtr& router, const IPCMessageEnvelope& envelope);
+    void Frame(const IPCMessageRouterPtr& router, const IPCMessageEnvelope& envelope,
+               const std::string& frame);
+    void Load(const IPCMessageRouterPtr& router, const IPCMessageEnvelope& envelope,
+              const LpmServiceMessages::BulkNotifyData_t& load);
+    void Note(const IPCMessageEnvelope& envelope,
+              const LpmServiceMessages::LPMIpcServicePacket* packet, const std::string& what);
+    void Reply(const IPCMessageRouterPtr& router, const IPCMessageEnvelope& request,
+               const google::protobuf::Message& message);
     std::optional<std::string> ReplyTo(const std::string& frame) const;
     void Later(std::function<void()> work);
 
@@ -51,6 +79,10 @@ private:
     std::vector<IPCMessageRouterPtr> m_routers;
     std::vector<std::shared_ptr<APTimer>> m_timers;
     std::map<std::uint8_t, std::optional<std::string>> m_replies;
-    LpmServiceMessages::BulkTransferResult m_bulkResult = LpmServiceMessages::BULK_TRANSFER_SUCCESS;
+    std::optional<std::string> m_reply = std::string("\x01\x00", 2);
+    std::optional<std::string> m_replyType;
+    std::optional<LpmServiceMessages::BulkTransferResult> m_bulkResult =
+        LpmServiceMessages::BULK_TRANSFER_SUCCESS;
+    bool m_notePackets = false;
     std::uint32_t m_delayMs = 0;
 };

@@ -8,10 +8,10 @@
 
 #include <gtest/gtest.h>
 
-#include "blaster/LpmPeer.h"
 #include "blaster/Trellan_ServiceBlasterProxy.h"
 #include "codesets/Trellan_ServiceCodesetHandler.h"
 #include "orlu/DPrint.h"
+#include "support/ScriptedLpm.h"
 #include "support/ScriptedQsp.h"
 #include "support/TemporaryRoot.h"
 #include "support/VirtualRuntime.h"
@@ -51,7 +51,7 @@ protected:
     TemporaryRoot root;
     Effects effects{runtime};
     ScriptedQsp qsp{effects};
-    LpmPeer peer;
+    ScriptedLpm lpm{effects};
     std::shared_ptr<NotifyTargetTaskIF> task = IL::CreateTask("server", "");
     Trellan_ServiceCodesetHandler handler{*this, *this};
     Trellan_ServiceBlasterProxy proxy{task.get(), *this};
