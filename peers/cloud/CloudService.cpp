@@ -28,14 +28,14 @@ constexpr std::size_t kIdentities = 4096;
 /// Keeps the largest answer, of a whole type, well below its limit.
 constexpr std::size_t kTestCodesets = 8192;
 
-Status Put(Json::Value& answer, const char* member, std::vector<std::string> names)
+Status Put(Json::Value& answer, const char* member, const std::vector<std::string>& names)
 {
     if (names.empty()) {
         return Status::kNothing;
     }
     Json::Value& array = answer[member] = Json::Value(Json::arrayValue);
-    for (std::string& name : names) {
-        array.append(std::move(name));
+    for (const std::string& name : names) {
+        array.append(name);
     }
     return Status::kGood;
 }
@@ -118,9 +118,9 @@ struct Operations {
             return Status::kBadMember;
         }
         Json::Value models(Json::arrayValue);
-        for (LikeModel& model : catalogue.Models(type, brand, hint, threshold)) {
+        for (const LikeModel& model : catalogue.Models(type, brand, hint, threshold)) {
             Json::Value object;
-            object["name"] = std::move(model.name);
+            object["name"] = model.name;
             object["value"] = model.value;
             models.append(std::move(object));
         }

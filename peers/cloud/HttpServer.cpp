@@ -191,7 +191,7 @@ private:
 }  // namespace
 
 HttpServer::HttpServer(asio::io_context& context, CloudService& service)
-    : m_context(context), m_service(service), m_acceptor(context), m_pause(context)
+    : m_service(service), m_acceptor(context), m_pause(context)
 {
 }
 

@@ -31,7 +31,6 @@ public:
 private:
     void Accept();
 
-    boost::asio::io_context& m_context;
     CloudService& m_service;
     boost::asio::ip::tcp::acceptor m_acceptor;
     boost::asio::steady_timer m_pause;

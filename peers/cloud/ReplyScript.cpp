@@ -50,7 +50,7 @@ bool ReplyScript::Load(std::string_view text, std::string& why)
     for (const Json::Value& value : (*script)["replies"]) {
         auto entry = ParseEntry(value, why);
         if (!entry) {
-            why = "reply " + std::to_string(entries.size()) + ": " + why;
+            why.insert(0, "reply " + std::to_string(entries.size()) + ": ");
             return false;
         }
         entries.push_back(std::move(*entry));

@@ -75,7 +75,7 @@ bool ReplyScript::Replace(const Json::Value& replies, std::string& why)
     for (const Json::Value& value : replies) {
         auto entry = ParseEntry(value, why);
         if (!entry) {
-            why = "reply " + std::to_string(entries.size()) + ": " + why;
+            why.insert(0, "reply " + std::to_string(entries.size()) + ": ");
             return false;
         }
         entries.push_back(std::move(*entry));

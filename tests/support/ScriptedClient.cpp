@@ -31,13 +31,14 @@ ScriptedClient::ScriptedClient(Effects& effects, std::string name)
       m_task(IL::CreateTask(m_name, "")),
       m_router(IPCMessageRouterFactory::CreateRouter(m_name, m_task.get(), nullptr))
 {
-    for (const std::uint32_t id :
+    for (const auto id :
          {TrellanServiceMessages::TrellanService_MESSAGE_ID_STATE_CHANGED,
           TrellanServiceMessages::TrellanService_MESSAGE_ID_CLOUD_CONNECTION_CHANGED,
           TrellanServiceMessages::TrellanService_MESSAGE_ID_BLASTER_SYNC_COMPLETE}) {
         m_router->AddHandler(
-            id, IPCMessageRouterIF::EnvelopeHandler(
-                    [this](const IPCMessageEnvelope& envelope) { Record("event", envelope); }));
+            static_cast<std::uint32_t>(id),
+            IPCMessageRouterIF::EnvelopeHandler(
+                [this](const IPCMessageEnvelope& envelope) { Record("event", envelope); }));
     }
     m_attempt = Orlu::Runtime().Transport().Connect(
         IPCDirectory::Get().Lookup("TrellanService").Path(), m_task->Queue(),

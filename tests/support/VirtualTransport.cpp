@@ -220,7 +220,7 @@ std::unique_ptr<Orlu::TransportHandle> VirtualTransport::Listen(
     const std::string& path, const Orlu::TaskQueuePtr& queue,
     std::function<void(Orlu::SocketPtr)> accepted)
 {
-    if (!m_places->listening.try_emplace(path, queue, std::move(accepted)).second) {
+    if (!m_places->listening.try_emplace(path, Places::Place{queue, std::move(accepted)}).second) {
         return nullptr;
     }
     return std::make_unique<ListenHandle>(m_places, path);

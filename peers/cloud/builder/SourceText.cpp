@@ -184,8 +184,9 @@ private:
             Collection::Model& model =
                 brand.models.try_emplace(SmallLetters(modelName), Collection::Model{modelName, {}})
                     .first->second;
+            const std::string fullName = std::string(name).append(" ").append(modelName);
             for (const Json::Value& codeset : List(entry, "codesets")) {
-                AddReference(codeset, type, name + " " + modelName, model.codesets);
+                AddReference(codeset, type, fullName, model.codesets);
             }
         }
         for (const Json::Value& codeset : List(object, "codesets")) {

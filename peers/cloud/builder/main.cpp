@@ -48,6 +48,7 @@ int Build(const std::string& out, const std::vector<std::string>& sources)
 
 }  // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): only for want of memory
 int main(int argc, char** argv)
 {
     // Paths on a command line mean what they say, in whatever root a product is running.

@@ -44,6 +44,7 @@ int Compile(const std::string& in, const std::string& out)
 
 }  // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): only for want of memory
 int main(int argc, char** argv)
 {
     // Paths on a command line mean what they say, in whatever root a product is running.
