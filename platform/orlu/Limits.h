@@ -37,6 +37,26 @@ inline constexpr int kJsonDepth = 32;
 /// The body of an HTTP request on the local API.
 inline constexpr std::size_t kBodyBytes = std::size_t{64} * 1024;
 
+/// The path of a resource, or a name; the longest of the product has 33 letters.
+inline constexpr std::size_t kPathBytes = 256;
+
+/// The head of an HTTP request: browsers send about 1 KiB.
+inline constexpr std::size_t kHeadBytes = std::size_t{16} * 1024;
+
+/// What one link to the local API may register, and the paths in one message; the service has ten.
+inline constexpr std::size_t kLinkPaths = 256;
+
+/// Files that are published at a time and the size of each, as they are held in memory. A list of
+/// all brands of one device type is below 200 KiB.
+inline constexpr std::size_t kPublishedFiles = 64;
+inline constexpr std::size_t kPublishedBytes = std::size_t{4} * 1024 * 1024;
+
+/// Events that wait for one consumer to read them; the product has a few of 100 bytes an hour.
+inline constexpr std::size_t kEventQueueBytes = std::size_t{256} * 1024;
+
+/// Paths of resources that the local API remembers of services that have left.
+inline constexpr std::size_t kKnownPaths = 1024;
+
 /// One line typed at the console, and the words in it.
 inline constexpr std::size_t kConsoleLineBytes = std::size_t{4} * 1024;
 inline constexpr std::size_t kConsoleWords = 16;
