@@ -1,0 +1,381 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "portico/HttpSession.h"
+
+#include "orlu/DPrint.h"
+#include "orlu/Limits.h"
+#include "orlu/SystemUtils.h"
+#include "portico/EventStream.h"
+#include "portico/LinkSession.h"
+#include "portico/PublishedFiles.h"
+#include "portico/Resources.h"
+#include "portico/WebFolder.h"
+
+#include <boost/asio/steady_timer.hpp>
+#include <boost/beast/core.hpp>
+#include <boost/beast/http.hpp>
+#include <boost/beast/websocket/rfc6455.hpp>
+
+#include <chrono>
+#include <optional>
+#include <utility>
+
+namespace PorticoApi {
+
+namespace {
+
+namespace asio = boost::asio;
+namespace beast = boost::beast;
+namespace http = boost::beast::http;
+using asio::ip::tcp;
+using Clock = std::chrono::steady_clock;
+
+constexpr DPrint kLog("PorticoServer");
+
+constexpr std::chrono::seconds kIdleLimit(30);
+constexpr std::chrono::seconds kFarewellLimit(2);
+constexpr std::size_t kFarewellBytes = std::size_t{1024} * 1024;
+
+constexpr std::string_view kLinkPath = "/link";
+constexpr std::string_view kEventsPath = "/events";
+constexpr std::string_view kFilesPath = "/payload/files/";
+
+bool IsJson(std::string_view type)
+{
+    constexpr std::string_view kJson = "application/json";
+    const auto name = type.substr(0, type.find_first_of("; \t"));
+    return type.empty() || beast::iequals(name, kJson);
+}
+
+class HttpSession : public std::enable_shared_from_this<HttpSession> {
+public:
+    HttpSession(tcp::socket socket, Share share, const Site& site)
+        : m_socket(std::move(socket)),
+          m_timer(m_socket.get_executor()),
+          m_share(std::move(share)),
+          m_site(site)
+    {
+        beast::error_code ignored;
+        m_socket.non_blocking(true, ignored);
+    }
+
+    void ReadHead()
+    {
+        m_parser.emplace();
+        m_parser->header_limit(Orlu::Limits::kHeadBytes);
+        m_parser->body_limit(Orlu::Limits::kBodyBytes);
+        ExpiresAfter(kIdleLimit);
+        http::async_read_header(m_socket, m_buffer, *m_parser,
+                                [self = shared_from_this()](beast::error_code error, std::size_t) {
+                                    self->OnHead(error);
+                                });
+    }
+
+private:
+    const http::request<http::string_body>& Request() const { return m_parser->get(); }
+
+    void OnHead(beast::error_code error)
+    {
+        if (error) {
+            Refuse(error);
+            return;
+        }
+        if (!MayAsk()) {
+            m_mustClose = true;
+            Send(Failure(403, "asked by or for another site"));
+            return;
+        }
+        if (beast::iequals(Request()[http::field::expect], "100-continue")) {
+            Continue();
+        } else if (m_parser->is_done()) {
+            OnRequest();
+        } else {
+            ReadBody();
+        }
+    }
+
+    bool MayAsk() const
+    {
+        const auto& request = Request();
+        const auto origin = request.find(http::field::origin);
+        return request.count(http::field::host) == 1 &&
+               IsOurHost(request[http::field::host], m_site.port) &&
+               (origin == request.end() || IsOurOrigin(origin->value(), m_site.port));
+    }
+
+    /// A client may keep its body back until it is asked for it.
+    void Continue()
+    {
+        m_continue = http::response<http::empty_body>(http::status::continue_, 11);
+        http::async_write(m_socket, m_continue,
+                          [self = shared_from_this()](beast::error_code error, std::size_t) {
+                              if (!error) {
+                                  self->ReadBody();
+                              }
+                          });
+    }
+
+    void ReadBody()
+    {
+        http::async_read(m_socket, m_buffer, *m_parser,
+                         [self = shared_from_this()](beast::error_code error, std::size_t) {
+                             if (error) {
+                                 self->Refuse(error);
+                             } else {
+                                 self->OnRequest();
+                             }
+                         });
+    }
+
+    void OnRequest()
+    {
+        const std::string_view target = Request().target();
+        const std::string path(target.substr(0, target.find('?')));
+        const auto method = Request().method_string();
+        if (beast::websocket::is_upgrade(Request())) {
+            OnUpgrade(path);
+        } else if (path == kEventsPath || path == kLinkPath) {
+            OnEvents(path);
+        } else if (path.starts_with(kFilesPath)) {
+            SendFile(m_site.files.Find(path.substr(kFilesPath.size())));
+        } else if (m_site.resources.IsKnown(path)) {
+            Ask(std::string(method), path);
+        } else {
+            SendFile(m_site.web.Find(path));
+        }
+    }
+
+    void OnUpgrade(const std::string& path)
+    {
+        if (path != kLinkPath) {
+            Send(Failure(404, "no link here"));
+            return;
+        }
+        ExpiresNever();
+        ServeLink(std::move(m_socket), m_parser->release(), m_share, m_site.resources);
+    }
+
+    void OnEvents(const std::string& path)
+    {
+        if (path == kLinkPath) {
+            Send(Failure(400, "the link is a WebSocket"));
+        } else if (Request().method() != http::verb::get) {
+            SendNotAllowed();
+        } else {
+            ExpiresNever();
+            m_site.events.Add(std::move(m_socket), m_share);
+        }
+    }
+
+    void Ask(const std::string& method, const std::string& path)
+    {
+        const bool hasBody = method == "PUT" || method == "POST";
+        if (hasBody && !IsJson(Request()[http::field::content_type])) {
+            Send(Failure(415, "the body is to be application/json"));
+            return;
+        }
+        if (hasBody && !StringUtils::IsUtf8(Request().body())) {
+            Send(BadBody("not UTF-8 text"));
+            return;
+        }
+        ExpiresNever();
+        m_isAnswered = false;
+        const auto reply = std::make_shared<Reply>([self = shared_from_this()](Answer answer) {
+            self->m_isAnswered = true;
+            self->Send(std::move(answer));
+        });
+        m_reply = reply;
+        static const std::string kNoBody;
+        m_site.resources.Request(method, path, hasBody ? Request().body() : kNoBody, reply);
+        if (!m_isAnswered) {
+            WatchForEnd();
+        }
+    }
+
+    /// While the answer is awaited, also the end of the consumer is.
+    void WatchForEnd()
+    {
+        if (std::exchange(m_isWatching, true)) {
+            return;
+        }
+        m_socket.async_wait(tcp::socket::wait_read, [self = shared_from_this()](beast::error_code) {
+            self->m_isWatching = false;
+            self->OnReadable();
+        });
+    }
+
+    void OnReadable()
+    {
+        if (m_isAnswered) {
+            return;
+        }
+        char byte = 0;
+        beast::error_code error;
+        m_socket.receive(asio::buffer(&byte, 1), tcp::socket::message_peek, error);
+        if (error == asio::error::would_block) {
+            // The watch was left over from the request before.
+            WatchForEnd();
+        } else if (const auto reply = m_reply.lock(); reply && error) {
+            reply->Drop();
+        }
+    }
+
+    void SendFile(const std::optional<FileContent>& file)
+    {
+        if (!file) {
+            Send(Failure(404, "no such resource"));
+        } else if (Request().method() != http::verb::get) {
+            SendNotAllowed();
+        } else {
+            Respond(200, *file->bytes, file->type, {});
+        }
+    }
+
+    void SendNotAllowed()
+    {
+        Answer answer = Failure(405, "only GET");
+        answer.allow = "GET";
+        Send(std::move(answer));
+    }
+
+    /// Whoever has gone, or was too slow, hears nothing.
+    void Refuse(beast::error_code error)
+    {
+        const bool isProtocol =
+            error.category() == make_error_code(http::error::body_limit).category();
+        if (!isProtocol || error == http::error::end_of_stream ||
+            error == http::error::partial_message) {
+            ExpiresNever();
+            return;
+        }
+        kLog.Log(2, "a request is refused: {}", error.message());
+        m_mustClose = true;
+        Send(error == http::error::body_limit ? Failure(413, "the body is above 64 KiB")
+                                              : Failure(400, "no HTTP request"));
+    }
+
+    void Send(Answer answer)
+    {
+        Respond(answer.status, std::move(answer.body), "application/json", answer.allow);
+    }
+
+    void Respond(unsigned status, std::string body, const char* type, const std::string& allow)
+    {
+        const bool keep = !m_mustClose && Request().keep_alive();
+        m_response = {};
+        m_response.version(Request().version());
+        m_response.result(status);
+        m_response.keep_alive(keep);
+        m_response.set(http::field::content_type, type);
+        m_response.set(http::field::cache_control, "no-store");
+        m_response.set("X-Content-Type-Options", "nosniff");
+        if (!allow.empty()) {
+            m_response.set(http::field::allow, allow);
+        }
+        m_response.body() = std::move(body);
+        m_response.prepare_payload();
+        ExpiresAfter(kIdleLimit);
+        http::async_write(m_socket, m_response,
+                          [self = shared_from_this(), keep](beast::error_code error, std::size_t) {
+                              self->OnSent(error, keep);
+                          });
+    }
+
+    void OnSent(beast::error_code error, bool keep)
+    {
+        if (!error && keep) {
+            ReadHead();
+        } else if (!error) {
+            Farewell();
+        } else {
+            ExpiresNever();
+        }
+    }
+
+    /// What is still on its way is read first, or the system would take back the answer too.
+    void Farewell()
+    {
+        beast::error_code ignored;
+        m_socket.shutdown(tcp::socket::shutdown_send, ignored);
+        ExpiresAfter(kFarewellLimit);
+        Discard();
+    }
+
+    void Discard()
+    {
+        m_buffer.clear();
+        m_socket.async_read_some(
+            m_buffer.prepare(Orlu::Limits::kBodyBytes),
+            [self = shared_from_this()](beast::error_code error, std::size_t bytes) {
+                self->m_discarded += bytes;
+                if (!error && self->m_discarded < kFarewellBytes) {
+                    self->Discard();
+                } else {
+                    self->ExpiresNever();
+                }
+            });
+    }
+
+    /// The timer is set anew only when it fires too early: a busy connection costs it nothing.
+    void ExpiresAfter(Clock::duration time)
+    {
+        m_deadline = Clock::now() + time;
+        if (!m_isTimed || m_deadline < m_timer.expiry()) {
+            Time();
+        }
+    }
+
+    void ExpiresNever() { m_deadline = Clock::time_point::max(); }
+
+    void Time()
+    {
+        m_isTimed = true;
+        m_timer.expires_at(m_deadline);
+        m_timer.async_wait([weak = weak_from_this()](beast::error_code stopped) {
+            const auto self = weak.lock();
+            if (self && !stopped) {
+                self->OnTime();
+            }
+        });
+    }
+
+    void OnTime()
+    {
+        m_isTimed = false;
+        if (m_deadline <= Clock::now()) {
+            if (m_parser->got_some() && !m_parser->is_done()) {
+                kLog.Put(2, "half a request came, and no more for 30 s");
+            }
+            beast::error_code ignored;
+            m_socket.close(ignored);
+        } else if (m_deadline != Clock::time_point::max()) {
+            Time();
+        }
+    }
+
+    tcp::socket m_socket;
+    asio::steady_timer m_timer;
+    const Share m_share;
+    const Site& m_site;
+    beast::flat_buffer m_buffer;
+    std::optional<http::request_parser<http::string_body>> m_parser;
+    http::response<http::empty_body> m_continue;
+    http::response<http::string_body> m_response;
+    Clock::time_point m_deadline = Clock::time_point::max();
+    bool m_isTimed = false;
+    /// Held by whoever is to answer, and holds the session.
+    std::weak_ptr<Reply> m_reply;
+    bool m_isAnswered = true;
+    bool m_isWatching = false;
+    bool m_mustClose = false;
+    std::size_t m_discarded = 0;
+};
+
+}  // namespace
+
+void ServeConnection(tcp::socket socket, const Share& share, const Site& site)
+{
+    std::make_shared<HttpSession>(std::move(socket), share, site)->ReadHead();
+}
+
+}  // namespace PorticoApi

@@ -1,0 +1,342 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "portico/LinkSession.h"
+
+#include "orlu/DPrint.h"
+#include "orlu/Limits.h"
+#include "portico/LinkMessage.h"
+#include "portico/Resources.h"
+
+#include <boost/asio/steady_timer.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/websocket/rfc6455.hpp>
+#include <boost/beast/websocket/stream.hpp>
+
+#include <chrono>
+#include <deque>
+#include <map>
+#include <utility>
+
+namespace PorticoApi {
+
+namespace {
+
+namespace asio = boost::asio;
+namespace beast = boost::beast;
+namespace websocket = boost::beast::websocket;
+namespace Limits = Orlu::Limits;
+using asio::ip::tcp;
+using Clock = std::chrono::steady_clock;
+using Portico::LinkMessage;
+
+constexpr DPrint kLog("PorticoServer");
+
+constexpr std::chrono::seconds kHandshakeLimit(30);
+constexpr std::chrono::seconds kAnswerLimit(120);
+
+class LinkSession : public std::enable_shared_from_this<LinkSession> {
+public:
+    LinkSession(tcp::socket socket, HttpRequest request, Share share, Resources& resources)
+        : m_stream(std::move(socket)),
+          m_timer(m_stream.get_executor()),
+          m_request(std::move(request)),
+          m_share(std::move(share)),
+          m_resources(resources)
+    {
+        m_stream.set_option({kHandshakeLimit, websocket::stream_base::none(), false});
+        m_stream.read_message_max(Limits::kFrameBytes);
+        m_stream.text(true);
+    }
+
+    void Accept()
+    {
+        m_stream.async_accept(m_request, [self = shared_from_this()](beast::error_code error) {
+            if (!error) {
+                self->Read();
+            }
+        });
+    }
+
+private:
+    void Read()
+    {
+        m_stream.async_read(m_buffer,
+                            [self = shared_from_this()](beast::error_code error, std::size_t) {
+                                self->OnRead(error);
+                            });
+    }
+
+    void OnRead(beast::error_code error)
+    {
+        if (error) {
+            End(error.message());
+            return;
+        }
+        const auto bytes = m_buffer.cdata();
+        TakeText({static_cast<const char*>(bytes.data()), bytes.size()});
+        m_buffer.consume(m_buffer.size());
+        if (!m_hasEnded) {
+            Read();
+        }
+    }
+
+    void TakeText(std::string_view text)
+    {
+        std::string why = "a binary message";
+        auto message = m_stream.got_text() ? Portico::ReadLinkMessage(text, why) : std::nullopt;
+        const bool isHello = message && message->type == LinkMessage::Type::kHello;
+        if (message && isHello == m_name.empty()) {
+            Dispatch(std::move(*message));
+        } else {
+            End(message ? "hello comes first, and once" : why);
+        }
+    }
+
+    void Dispatch(LinkMessage message)
+    {
+        using Type = LinkMessage::Type;
+        switch (message.type) {
+            case Type::kHello:
+                m_name = message.name.empty() ? "?" : std::move(message.name);
+                kLog.Log(3, "{}: link up", m_name);
+                return;
+            case Type::kRegister:
+            case Type::kInterest:
+            case Type::kSubscribe:
+                Register(message);
+                return;
+            case Type::kWithdraw:
+                m_registered -= m_registered > 0 ? 1 : 0;
+                m_resources.Withdraw(this, message.id);
+                return;
+            case Type::kRequest:
+                TakeRequest(message);
+                return;
+            case Type::kAnswer:
+                TakeAnswer(std::move(message));
+                return;
+            default:
+                End("a message that only the local API sends");
+        }
+    }
+
+    void Register(const LinkMessage& message)
+    {
+        m_registered += 1 + message.paths.size();
+        if (m_registered > Limits::kLinkPaths) {
+            End("it registers too much");
+            return;
+        }
+        const auto id = message.id;
+        const auto weak = weak_from_this();
+        if (message.type == LinkMessage::Type::kInterest) {
+            m_resources.AddInterest(message.paths, this, id, [weak, id](bool isReady) {
+                Tell(weak, isReady ? LinkMessage::Type::kReady : LinkMessage::Type::kNotReady, id,
+                     {});
+            });
+        } else if (message.type == LinkMessage::Type::kSubscribe) {
+            m_resources.Subscribe(message.path, this, id, [weak, id](const std::string& json) {
+                Tell(weak, LinkMessage::Type::kNotify, id, json);
+            });
+        } else {
+            Serve(message);
+        }
+    }
+
+    void Serve(const LinkMessage& message)
+    {
+        const auto handler = [weak = weak_from_this(), method = message.method,
+                              path = message.path](const std::string& body, const ReplyPtr& reply) {
+            if (const auto self = weak.lock()) {
+                self->Relay(method, path, body, reply);
+            }
+        };
+        if (m_resources.Serve(message.method, message.path, handler, this, message.id)) {
+            kLog.Log(4, "{}: serves {} {}", m_name, message.method, message.path);
+        } else {
+            kLog.Log(2, "{}: may not serve {} {}", m_name, message.method, message.path);
+        }
+    }
+
+    /// A consumer's request to the service.
+    void Relay(const std::string& method, const std::string& path, const std::string& body,
+               const ReplyPtr& reply)
+    {
+        if (m_pending.size() >= Limits::kPendingRequests) {
+            reply->Give(Failure(503, "too many requests wait for the service"));
+            return;
+        }
+        const auto id = ++m_lastId;
+        m_pending.emplace(id, Pending{reply, Clock::now() + kAnswerLimit});
+        reply->OnDrop([weak = weak_from_this(), id] {
+            if (const auto self = weak.lock()) {
+                self->m_pending.erase(id);
+            }
+        });
+        LinkMessage request;
+        request.type = LinkMessage::Type::kRequest;
+        request.id = id;
+        request.method = method;
+        request.path = path;
+        request.body = body;
+        Send(request);
+        Time();
+    }
+
+    void TakeAnswer(LinkMessage answer)
+    {
+        auto pending = m_pending.extract(answer.id);
+        if (pending.empty()) {
+            kLog.Log(4, "{}: an answer that nobody waits for", m_name);
+        } else if (answer.isError) {
+            pending.mapped().reply->Give(ServiceFailure(answer.body));
+        } else {
+            pending.mapped().reply->Give({200, std::move(answer.body), {}});
+        }
+    }
+
+    /// A request of the service itself.
+    void TakeRequest(const LinkMessage& message)
+    {
+        const auto reply =
+            std::make_shared<Reply>([weak = weak_from_this(), id = message.id](Answer answer) {
+                const auto self = weak.lock();
+                if (self && !self->m_hasEnded) {
+                    LinkMessage response;
+                    response.type = LinkMessage::Type::kAnswer;
+                    response.id = id;
+                    response.isError = answer.status != 200;
+                    response.body = std::move(answer.body);
+                    self->Send(response);
+                }
+            });
+        m_resources.Request(message.method, message.path, message.body, reply);
+    }
+
+    static void Tell(const std::weak_ptr<LinkSession>& weak, LinkMessage::Type type,
+                     std::uint64_t id, const std::string& json)
+    {
+        if (const auto self = weak.lock()) {
+            LinkMessage message;
+            message.type = type;
+            message.id = id;
+            message.body = json;
+            self->Send(message);
+        }
+    }
+
+    void Send(const LinkMessage& message)
+    {
+        m_queue.push_back(Portico::WriteLinkMessage(message));
+        m_waiting += m_queue.back().size();
+        if (m_waiting > Limits::kSendQueueBytes) {
+            m_queue.pop_back();
+            m_why = "it does not read";
+            CloseSocket();
+        } else if (m_queue.size() == 1) {
+            Write();
+        }
+    }
+
+    void Write()
+    {
+        m_stream.async_write(asio::buffer(m_queue.front()),
+                             [self = shared_from_this()](beast::error_code error, std::size_t) {
+                                 self->OnWritten(error);
+                             });
+    }
+
+    void OnWritten(beast::error_code error)
+    {
+        // The read that is always under way tells of the end.
+        if (error) {
+            return;
+        }
+        m_waiting -= m_queue.front().size();
+        m_queue.pop_front();
+        if (!m_queue.empty()) {
+            Write();
+        }
+    }
+
+    void CloseSocket()
+    {
+        beast::error_code ignored;
+        m_stream.next_layer().close(ignored);
+    }
+
+    void End(const std::string& why)
+    {
+        if (std::exchange(m_hasEnded, true)) {
+            return;
+        }
+        kLog.Log(2, "{}: link lost: {}", m_name.empty() ? "?" : m_name,
+                 m_why.empty() ? why : m_why);
+        CloseSocket();
+        m_timer.cancel();
+        m_resources.WithdrawAll(this);
+        for (auto& [id, pending] : std::exchange(m_pending, {})) {
+            pending.reply->Give(Failure(503, "the resource's service has left"));
+        }
+    }
+
+    /// The first one pending is the first to be due. Armed once for as long as any is pending.
+    void Time()
+    {
+        if (std::exchange(m_isTimed, true)) {
+            return;
+        }
+        m_timer.expires_at(m_pending.begin()->second.due);
+        m_timer.async_wait([weak = weak_from_this()](beast::error_code stopped) {
+            const auto self = weak.lock();
+            if (self && !stopped) {
+                self->OnTime();
+            }
+        });
+    }
+
+    void OnTime()
+    {
+        m_isTimed = false;
+        while (!m_pending.empty() && m_pending.begin()->second.due <= Clock::now()) {
+            const auto late = m_pending.extract(m_pending.begin());
+            kLog.Log(2, "{}: no answer in {} s", m_name, kAnswerLimit.count());
+            late.mapped().reply->Give(Failure(504, "the resource's service does not answer"));
+        }
+        if (!m_pending.empty()) {
+            Time();
+        }
+    }
+
+    struct Pending {
+        ReplyPtr reply;
+        Clock::time_point due;
+    };
+
+    // Without the compression that nobody needs on one machine.
+    websocket::stream<tcp::socket, false> m_stream;
+    asio::steady_timer m_timer;
+    const HttpRequest m_request;
+    const Share m_share;
+    Resources& m_resources;
+    std::string m_name;  ///< Empty until hello.
+    std::string m_why;
+    beast::flat_buffer m_buffer;
+    std::deque<std::string> m_queue;
+    std::size_t m_waiting = 0;
+    std::size_t m_registered = 0;
+    std::map<std::uint64_t, Pending> m_pending;  ///< By id, so by time.
+    std::uint64_t m_lastId = 0;
+    bool m_isTimed = false;
+    bool m_hasEnded = false;
+};
+
+}  // namespace
+
+void ServeLink(tcp::socket socket, HttpRequest request, const Share& share, Resources& resources)
+{
+    std::make_shared<LinkSession>(std::move(socket), std::move(request), share, resources)
+        ->Accept();
+}
+
+}  // namespace PorticoApi

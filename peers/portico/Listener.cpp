@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "portico/Listener.h"
+
+#include "orlu/DPrint.h"
+#include "orlu/Limits.h"
+
+#include <boost/asio/ip/v6_only.hpp>
+
+#include <chrono>
+#include <utility>
+
+namespace PorticoApi {
+
+namespace {
+
+namespace asio = boost::asio;
+using asio::ip::tcp;
+
+constexpr DPrint kLog("PorticoServer");
+constexpr std::chrono::milliseconds kAcceptPause(100);
+
+}  // namespace
+
+Listener::Listener(asio::io_context& context, Accepted accepted)
+    : m_four(context), m_six(context), m_accepted(std::move(accepted))
+{
+}
+
+std::optional<std::uint16_t> Listener::Listen(std::uint16_t port, std::string& why)
+{
+    auto error = Open(m_four, {asio::ip::address_v4::loopback(), port});
+    if (error) {
+        why = "port " + std::to_string(port) + ": " + error.message();
+        return std::nullopt;
+    }
+    const auto chosen = m_four.acceptor.local_endpoint(error).port();
+    error = Open(m_six, {asio::ip::address_v6::loopback(), chosen});
+    if (error) {
+        kLog.Log(4, "no IPv6: {}", error.message());
+    }
+    return chosen;
+}
+
+boost::system::error_code Listener::Open(Entrance& entrance, const tcp::endpoint& endpoint)
+{
+    boost::system::error_code error;
+    entrance.acceptor.open(endpoint.protocol(), error);
+    if (!error && endpoint.address().is_v6()) {
+        entrance.acceptor.set_option(asio::ip::v6_only(true), error);
+    }
+    if (!error) {
+        entrance.acceptor.set_option(asio::socket_base::reuse_address(true), error);
+    }
+    if (!error) {
+        entrance.acceptor.bind(endpoint, error);
+    }
+    if (!error) {
+        entrance.acceptor.listen(asio::socket_base::max_listen_connections, error);
+    }
+    if (error) {
+        boost::system::error_code ignored;
+        entrance.acceptor.close(ignored);
+    }
+    return error;
+}
+
+void Listener::Start()
+{
+    Accept(m_four);
+    if (m_six.acceptor.is_open()) {
+        Accept(m_six);
+    }
+}
+
+void Listener::Accept(Entrance& entrance)
+{
+    entrance.acceptor.async_accept(
+        [this, &entrance](boost::system::error_code error, tcp::socket socket) {
+            if (error == asio::error::operation_aborted) {
+                return;
+            }
+            if (error) {
+                // Out of descriptors, for example: asking again at once would only burn time.
+                entrance.pause.expires_after(kAcceptPause);
+                entrance.pause.async_wait([this, &entrance](boost::system::error_code stopped) {
+                    if (!stopped) {
+                        Accept(entrance);
+                    }
+                });
+                return;
+            }
+            Admit(std::move(socket));
+            Accept(entrance);
+        });
+}
+
+void Listener::Admit(tcp::socket socket)
+{
+    const bool isFull =
+        static_cast<std::size_t>(m_connections.use_count()) > Orlu::Limits::kConnections;
+    if (isFull && !m_isFull) {
+        kLog.Log(2, "{} connections, no more are taken", Orlu::Limits::kConnections);
+    }
+    m_isFull = isFull;
+    if (isFull) {
+        return;
+    }
+    boost::system::error_code ignored;
+    socket.set_option(tcp::no_delay(true), ignored);
+    m_accepted(std::move(socket), m_connections);
+}
+
+}  // namespace PorticoApi

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "portico/Options.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <iostream>
+
+namespace PorticoApi {
+
+namespace {
+
+constexpr int kUsage = 2;
+
+}  // namespace
+
+std::optional<Options> ParseOptions(int argc, const char* const* argv, int& exitCode)
+{
+    Options options;
+    CLI::App app("The product's local API", "PorticoServer");
+    app.set_version_flag("--version", std::string("PorticoServer ") + TRELLAN_VERSION);
+    app.add_option("--port", options.port,
+                   "Of the loopback address; 0: a free one, said as `port N`")
+        ->capture_default_str()
+        ->type_name("PORT");
+    app.add_option("--resources", options.resources,
+                   "First values of the product's resources: {\"/network/status\": {...}, ...}; "
+                   "null: not ready")
+        ->type_name("FILE");
+    app.add_option("--events", options.events, "Add each usage event to it as a JSON line")
+        ->type_name("FILE");
+    app.add_option("--web", options.web, "Serve the files of this folder too")->type_name("DIR");
+    try {
+        app.parse(argc, argv);
+        return options;
+    } catch (const CLI::Success& asked) {
+        exitCode = app.exit(asked);
+    } catch (const CLI::ParseError& error) {
+        std::string what = error.what();
+        std::ranges::replace(what, '\n', ' ');
+        std::cerr << "PorticoServer: " << what << '\n';
+        exitCode = kUsage;
+    }
+    return std::nullopt;
+}
+
+}  // namespace PorticoApi

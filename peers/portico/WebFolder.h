@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "portico/PublishedFiles.h"
+
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace PorticoApi {
+
+/// The folder of the product's page, if there is one.
+class WebFolder {
+public:
+    explicit WebFolder(std::string folder) : m_folder(std::move(folder)) {}
+
+    /// The file behind a request's path, "/" being index.html. Nothing for what is not a plain path
+    /// to a file of the folder.
+    std::optional<FileContent> Find(const std::string& path) const;
+
+private:
+    const std::string m_folder;
+};
+
+}  // namespace PorticoApi
