@@ -69,6 +69,7 @@ int Serve(const Cloud::Options& options)
 
 }  // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): only for want of memory
 int main(int argc, char** argv)
 {
     int exitCode = 0;

@@ -46,7 +46,7 @@ public:
 private:
     friend std::shared_ptr<PorticoClientIF> PorticoClient::Create(
         const std::string&, const std::string&, std::uint16_t, const std::string&,
-        const std::string&, const OnConnected&, const OnFailure&,
+        const std::string&, const PorticoClient::OnConnected&, const PorticoClient::OnFailure&,
         const Portico::CommonClientCreationInfo&);
     class Client;
 
