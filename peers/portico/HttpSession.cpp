@@ -32,8 +32,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr DPrint kLog("PorticoServer");
 
-constexpr std::chrono::seconds kIdleLimit(30);
-constexpr std::chrono::seconds kFarewellLimit(2);
 constexpr std::size_t kFarewellBytes = std::size_t{1024} * 1024;
 
 constexpr std::string_view kLinkPath = "/link";
@@ -64,7 +62,7 @@ public:
         m_parser.emplace();
         m_parser->header_limit(Orlu::Limits::kHeadBytes);
         m_parser->body_limit(Orlu::Limits::kBodyBytes);
-        ExpiresAfter(kIdleLimit);
+        ExpiresAfter(m_site.patience.request);
         http::async_read_header(m_socket, m_buffer, *m_parser,
                                 [self = shared_from_this()](beast::error_code error, std::size_t) {
                                     self->OnHead(error);
@@ -152,7 +150,7 @@ private:
             return;
         }
         ExpiresNever();
-        ServeLink(std::move(m_socket), m_parser->release(), m_share, m_site.resources);
+        ServeLink(std::move(m_socket), m_parser->release(), m_share, m_site);
     }
 
     void OnEvents(const std::string& path)
@@ -274,7 +272,7 @@ private:
         }
         m_response.body() = std::move(body);
         m_response.prepare_payload();
-        ExpiresAfter(kIdleLimit);
+        ExpiresAfter(m_site.patience.request);
         http::async_write(m_socket, m_response,
                           [self = shared_from_this(), keep](beast::error_code error, std::size_t) {
                               self->OnSent(error, keep);
@@ -297,7 +295,7 @@ private:
     {
         beast::error_code ignored;
         m_socket.shutdown(tcp::socket::shutdown_send, ignored);
-        ExpiresAfter(kFarewellLimit);
+        ExpiresAfter(m_site.patience.farewell);
         Discard();
     }
 
@@ -344,7 +342,7 @@ private:
         m_isTimed = false;
         if (m_deadline <= Clock::now()) {
             if (m_parser->got_some() && !m_parser->is_done()) {
-                kLog.Put(2, "half a request came, and no more for 30 s");
+                kLog.Put(2, "half a request came, and no more in time");
             }
             beast::error_code ignored;
             m_socket.close(ignored);

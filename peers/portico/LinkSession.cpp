@@ -6,6 +6,7 @@
 #include "orlu/Limits.h"
 #include "portico/LinkMessage.h"
 #include "portico/Resources.h"
+#include "portico/Site.h"
 
 #include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
@@ -31,19 +32,17 @@ using Portico::LinkMessage;
 
 constexpr DPrint kLog("PorticoServer");
 
-constexpr std::chrono::seconds kHandshakeLimit(30);
-constexpr std::chrono::seconds kAnswerLimit(120);
-
 class LinkSession : public std::enable_shared_from_this<LinkSession> {
 public:
-    LinkSession(tcp::socket socket, HttpRequest request, Share share, Resources& resources)
+    LinkSession(tcp::socket socket, HttpRequest request, Share share, const Site& site)
         : m_stream(std::move(socket)),
           m_timer(m_stream.get_executor()),
           m_request(std::move(request)),
           m_share(std::move(share)),
-          m_resources(resources)
+          m_resources(site.resources),
+          m_patience(site.patience)
     {
-        m_stream.set_option({kHandshakeLimit, websocket::stream_base::none(), false});
+        m_stream.set_option({m_patience.request, websocket::stream_base::none(), false});
         m_stream.read_message_max(Limits::kFrameBytes);
         m_stream.text(true);
     }
@@ -167,7 +166,7 @@ private:
             return;
         }
         const auto id = ++m_lastId;
-        m_pending.emplace(id, Pending{reply, Clock::now() + kAnswerLimit});
+        m_pending.emplace(id, Pending{reply, Clock::now() + m_patience.answer});
         reply->OnDrop([weak = weak_from_this(), id] {
             if (const auto self = weak.lock()) {
                 self->m_pending.erase(id);
@@ -300,7 +299,7 @@ private:
         m_isTimed = false;
         while (!m_pending.empty() && m_pending.begin()->second.due <= Clock::now()) {
             const auto late = m_pending.extract(m_pending.begin());
-            kLog.Log(2, "{}: no answer in {} s", m_name, kAnswerLimit.count());
+            kLog.Log(2, "{}: no answer in {} ms", m_name, m_patience.answer.count());
             late.mapped().reply->Give(Failure(504, "the resource's service does not answer"));
         }
         if (!m_pending.empty()) {
@@ -319,6 +318,7 @@ private:
     const HttpRequest m_request;
     const Share m_share;
     Resources& m_resources;
+    const Patience m_patience;
     std::string m_name;  ///< Empty until hello.
     std::string m_why;
     beast::flat_buffer m_buffer;
@@ -333,10 +333,9 @@ private:
 
 }  // namespace
 
-void ServeLink(tcp::socket socket, HttpRequest request, const Share& share, Resources& resources)
+void ServeLink(tcp::socket socket, HttpRequest request, const Share& share, const Site& site)
 {
-    std::make_shared<LinkSession>(std::move(socket), std::move(request), share, resources)
-        ->Accept();
+    std::make_shared<LinkSession>(std::move(socket), std::move(request), share, site)->Accept();
 }
 
 }  // namespace PorticoApi

@@ -10,14 +10,14 @@
 
 namespace PorticoApi {
 
-class Resources;
+struct Site;
 
 using HttpRequest = boost::beast::http::request<boost::beast::http::string_body>;
 
 /// Serves a service's link from its handshake `request` on: carries what it registers and asks to
-/// and from `resources`. A service that breaks the protocol, registers too much or stops reading
-/// is cut off with a log line; whoever waits for it then gets 503.
+/// and from the site's resources. A service that breaks the protocol, registers too much or stops
+/// reading is cut off with a log line; whoever waits for it then gets 503.
 void ServeLink(boost::asio::ip::tcp::socket socket, HttpRequest request, const Share& share,
-               Resources& resources);
+               const Site& site);
 
 }  // namespace PorticoApi

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <string_view>
 
@@ -12,12 +13,20 @@ class PublishedFiles;
 class Resources;
 class WebFolder;
 
-/// What a connection has to do with. All of it outlives every connection.
+/// How long the other side may take.
+struct Patience {
+    std::chrono::milliseconds request{30'000};  ///< from the first wait for it to its last byte
+    std::chrono::milliseconds answer{120'000};  ///< of a service
+    std::chrono::milliseconds farewell{2'000};  ///< until a consumer has read the last answer
+};
+
+/// What a connection has to do with. Outlives them all.
 struct Site {
     Resources& resources;
     EventStreams& events;
     PublishedFiles& files;
     const WebFolder& web;
+    Patience patience;
     std::uint16_t port = 0;
 };
 

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "portico/EventLog.h"
+#include "portico/EventStream.h"
+#include "portico/Listener.h"
+#include "portico/Options.h"
+#include "portico/Product.h"
+#include "portico/PublishedFiles.h"
+#include "portico/Resources.h"
+#include "portico/Site.h"
+#include "portico/WebFolder.h"
+
+#include <boost/asio/io_context.hpp>
+
+#include <optional>
+#include <string>
+
+namespace PorticoApi {
+
+/// The whole local API on one context's thread. The context must not run any more once it is gone.
+class Server {
+public:
+    /// `root` is put in front of the product's own paths, not of those in `options`.
+    Server(boost::asio::io_context& context, const Options& options, const std::string& root,
+           const Patience& patience);
+    Server(const Server&) = delete;
+    Server& operator=(const Server&) = delete;
+
+    /// Accepts connections from here on. The port, or nothing and the reason in `why`.
+    std::optional<std::uint16_t> Start(std::string& why);
+
+private:
+    bool ReadValues(std::string& why);
+
+    const Options m_options;
+    Resources m_resources;
+    EventStreams m_events;
+    PublishedFiles m_files;
+    EventLog m_log;
+    WebFolder m_web;
+    Product m_product;
+    Site m_site;
+    Listener m_listener;
+};
+
+}  // namespace PorticoApi

@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "ApiFixture.h"
+
+namespace PorticoApi {
+namespace {
+
+const std::string kRegister = R"({"type":"register","id":1,"method":"PUT","path":"/own"})";
+const std::string kInterest = R"({"type":"interest","id":9,"paths":["/own","/network/status"]})";
+
+class LinkTest : public ApiFixture {
+protected:
+    LinkTest() { Start(); }
+
+    /// Sends and waits until the server has worked off all before it.
+    static void Settle(Service& service)
+    {
+        service.Send(R"({"type":"request","id":99,"method":"GET","path":"/nothing"})");
+        EXPECT_TRUE(service.Read().starts_with(R"({"type":"answer","id":99,"error":true})"));
+    }
+    void AskFromOwn(Consumer& consumer, const std::string& body) const
+    {
+        consumer.Send("PUT /own HTTP/1.1\r\nHost: localhost:" + std::to_string(Port()) +
+                      "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
+    }
+};
+
+TEST_F(LinkTest, CarriesRequestsToTheServiceAndItsAnswersBack)
+{
+    Service service(Port());
+    service.Send(kRegister);
+    Settle(service);
+    Consumer first(Port());
+    Consumer second(Port());
+    AskFromOwn(first, "{\"a\":1}");
+    EXPECT_EQ(service.Read(),
+              "{\"type\":\"request\",\"id\":1,\"method\":\"PUT\",\"path\":\"/own\"}\n{\"a\":1}");
+    AskFromOwn(second, "{\"a\":2}");
+    EXPECT_EQ(service.Read(),
+              "{\"type\":\"request\",\"id\":2,\"method\":\"PUT\",\"path\":\"/own\"}\n{\"a\":2}");
+    service.Send("{\"type\":\"answer\",\"id\":2}\n{\"b\":2}");
+    EXPECT_EQ(second.Read(), "200 {\"b\":2}");
+    service.Send("{\"type\":\"answer\",\"id\":2}\n{\"b\":3}");
+    service.Send("{\"type\":\"answer\",\"id\":1,\"error\":true}\n{\"subcode\":2005}");
+    EXPECT_EQ(first.Read(), "400 {\"subcode\":2005}");
+    EXPECT_EQ(first.Ask("GET", "/own").substr(0, 8), "405 PUT ");
+    for (const auto& [error, status] :
+         {std::pair{"{\"code\":409}", "409 {\"code\":409}"},
+          std::pair{"{\"code\":7}", "500 {\"code\":7}"}, std::pair{"no JSON", "500 {\"guid\""}}) {
+        AskFromOwn(first, "{}");
+        const auto id = service.Read().substr(23, 1);
+        service.Send("{\"type\":\"answer\",\"id\":" + id + ",\"error\":true}\n" + error);
+        EXPECT_TRUE(first.Read().starts_with(status));
+    }
+}
+
+TEST_F(LinkTest, TellsOfReadinessAndNotifications)
+{
+    Service watcher(Port(), "watcher");
+    watcher.Send(kInterest);
+    watcher.Send(R"({"type":"subscribe","id":4,"path":"/network/status"})");
+    Settle(watcher);
+    Consumer consumer(Port());
+    {
+        Service service(Port());
+        service.Send(kRegister);
+        EXPECT_EQ(watcher.Read(), R"({"type":"ready","id":9})");
+        consumer.Ask("PUT", "/network/status", R"({"isPrimaryUp":false})");
+        EXPECT_EQ(watcher.Read(), "{\"type\":\"notify\",\"id\":4}\n{\"isPrimaryUp\":false}");
+        consumer.Ask("DELETE", "/network/status");
+        EXPECT_EQ(watcher.Read(), R"({"type":"notReady","id":9})");
+        consumer.Ask("PUT", "/network/status", "{}");
+        EXPECT_EQ(watcher.Read(), R"({"type":"ready","id":9})");
+        EXPECT_EQ(watcher.Read(), "{\"type\":\"notify\",\"id\":4}\n{}");
+    }
+    EXPECT_EQ(watcher.Read(), R"({"type":"notReady","id":9})");
+    EXPECT_EQ(consumer.Ask("PUT", "/own", "{}").substr(0, 3), "503");
+    watcher.Send(R"({"type":"withdraw","id":9})");
+    watcher.Send(
+        "{\"type\":\"request\",\"id\":5,\"method\":\"PUT\",\"path\":\"/network/status\"}\n{}");
+    EXPECT_EQ(watcher.Read(), "{\"type\":\"notify\",\"id\":4}\n{}");
+    EXPECT_EQ(watcher.Read(), "{\"type\":\"answer\",\"id\":5}\n{}");
+}
+
+TEST_F(LinkTest, TheLaterServiceServesAndNoneTakesTheProductsOwn)
+{
+    Service earlier(Port());
+    earlier.Send(kRegister);
+    Settle(earlier);
+    Service later(Port());
+    later.Send(R"({"type":"register","id":1,"method":"GET","path":"/network/status"})");
+    later.Send(kRegister);
+    earlier.Send(R"({"type":"withdraw","id":1})");
+    Settle(earlier);
+    Settle(later);
+    Consumer consumer(Port());
+    AskFromOwn(consumer, "{}");
+    EXPECT_TRUE(later.Read().starts_with(R"({"type":"request","id":1)"));
+    EXPECT_EQ(Consumer(Port()).Ask("GET", "/network/status"), R"(200 {"isPrimaryUp":true})");
+}
+
+TEST_F(LinkTest, WhoeverWaitsIsToldWhenTheServiceGoesOrKeepsSilent)
+{
+    Stop();
+    m_patience.answer = std::chrono::milliseconds(50);
+    Start();
+    Consumer consumer(Port());
+    {
+        Service service(Port());
+        service.Send(kRegister);
+        Settle(service);
+        {
+            Consumer gone(Port());
+            AskFromOwn(gone, "{}");
+            service.Read();
+        }
+        AskFromOwn(consumer, "{}");
+        EXPECT_EQ(consumer.Read().substr(0, 3), "504");
+        service.Send("{\"type\":\"answer\",\"id\":1}\n{}");
+        service.Send("{\"type\":\"answer\",\"id\":2}\n{}");
+        service.Read();
+        Settle(service);
+        AskFromOwn(consumer, "{}");
+        service.Read();
+    }
+    EXPECT_EQ(consumer.Read().substr(0, 3), "503");
+}
+
+TEST_F(LinkTest, EndsTheLinkOfAServiceThatBreaksTheProtocol)
+{
+    std::string flood;
+    for (int i = 0; i < 300; ++i) {
+        flood += (i == 0 ? "\"/x" : ",\"/x") + std::to_string(i) + "\"";
+    }
+    for (const std::string& message :
+         {std::string("garbage"), std::string("\xff"),
+          std::string(R"({"type":"hello","name":"again"})"),
+          std::string(R"({"type":"ready","id":1})"), std::string(2'000'000, ' '),
+          R"({"type":"interest","id":1,"paths":[)" + flood + "]}"}) {
+        Service service(Port());
+        service.Send(message);
+        EXPECT_EQ(service.Read(), "closed") << message.substr(0, 40);
+    }
+    Service many(Port());
+    for (int i = 0; i < 257; ++i) {
+        many.Send(R"({"type":"subscribe","id":1,"path":"/x"})");
+    }
+    EXPECT_EQ(many.Read(), "closed");
+    Service binary(Port());
+    binary.SendBinary(kRegister);
+    EXPECT_EQ(binary.Read(), "closed");
+}
+
+}  // namespace
+}  // namespace PorticoApi
