@@ -76,6 +76,9 @@ int Session::RetrieveBrands(const char* type, const char* prefix, std::uint32_t&
     Json::Value request;
     request["type"] = m_brandsType = type;
     request["prefix"] = prefix;
+    // A list goes with the one that it hangs on, so that no index reads what another look-up left.
+    m_models.clear();
+    m_codesets.clear();
     const int code = RetrieveNames(m_cloud, "brands", request, "brands", m_brands);
     total = Total(m_brands.size());
     return code == Reason::kSuccess && total == 0 ? Reason::kNothingFound : code;
@@ -99,6 +102,7 @@ int Session::RetrieveModels(std::uint32_t brand, const char* hint, std::uint32_t
         return Reason::kBadIndex;
     }
     m_models.clear();
+    m_codesets.clear();
     Json::Value request;
     request["type"] = m_modelsType = m_brandsType;
     request["brand"] = m_modelsBrand = m_brands[brand];

@@ -92,6 +92,8 @@ public:
     explicit UEINeighbours(House& house) : m_house(house) {}
     Trellan_ServiceCodesetHandler& CodesetHandler() override { return m_house.CodesetHandler(); }
     Trellan_ServiceBlasterProxy& BlasterProxy() override { return m_house.BlasterProxy(nullptr); }
+    std::string StagingDirectory() override { return m_house.Manager().StagingDirectory(); }
+    std::string BrandListFileName() override { return m_house.Manager().BrandListFileName(); }
 
 private:
     House& m_house;
@@ -109,33 +111,36 @@ private:
     House& m_house;
 };
 
-/// The engine knows neither discovery nor guided test nor direct entry yet: looking a device up is
-/// refused, and no load has one behind it whose state an answer could tell.
-class NoLookup : public DeviceLookupIF, public UEIResponsesIF {
+/// What the server task and the blaster's proxy ask of the engine.
+class EngineAnswers : public DeviceLookupIF, public UEIResponsesIF {
 public:
-    void FindCECDevice(const FindCECDevice_t&,
+    explicit EngineAnswers(House& house) : m_house(house) {}
+    void FindCECDevice(const FindCECDevice_t& request,
                        const AsyncCallback<FindCECDevice_t>& callback) override
     {
-        FindCECDevice_t answer;
-        answer.set_result("RESULT_ERROR");
-        callback(answer);
+        m_house.Engine().FindCECDevice(request, callback);
     }
-    void FindEDIDDevice(const FindEDIDDevice_t&,
+    void FindEDIDDevice(const FindEDIDDevice_t& request,
                         const AsyncCallback<FindEDIDDevice_t>& callback) override
     {
-        FindEDIDDevice_t answer;
-        answer.set_result("RESULT_ERROR");
-        callback(answer);
+        m_house.Engine().FindEDIDDevice(request, callback);
     }
-    void DirectEntryBrandModel(const DirectEntryReq_t&, bool,
+    void DirectEntryBrandModel(const DirectEntryReq_t& request, bool load,
                                const AsyncCallback<DirectEntryResp_t>& callback) override
     {
-        DirectEntryResp_t answer;
-        answer.set_lastresult("LAST_RESULT_ERROR");
-        callback(answer);
+        m_house.Engine().DirectEntryBrandModel(request, load, callback);
     }
-    void FillOSMControlResp(OSMControlResp_t&) override {}
-    void FillDirectEntryResp(DirectEntryResp_t&) override {}
+    void FillOSMControlResp(OSMControlResp_t& response) override
+    {
+        m_house.Engine().FillOSMControlResp(response);
+    }
+    void FillDirectEntryResp(DirectEntryResp_t& response) override
+    {
+        m_house.Engine().FillDirectEntryResp(response);
+    }
+
+private:
+    House& m_house;
 };
 
 }  // namespace
@@ -144,16 +149,17 @@ struct House::Adapters {
     explicit Adapters(House& house)
         : ueiNeighbours(house),
           engineStart(house),
-          neighbours(house, lookup),
+          engine(house),
+          neighbours(house, engine),
           serverTask(house),
           codesetServer(house),
           blasterSync(house)
     {
     }
 
-    NoLookup lookup;
     UEINeighbours ueiNeighbours;
     EngineStart engineStart;
+    EngineAnswers engine;
     ServerNeighbours neighbours;
     ServerTask serverTask;
     CodesetServer codesetServer;
@@ -207,7 +213,7 @@ Trellan_ServiceBlasterProxy& House::BlasterProxy(NotifyTargetTaskIF* task)
 {
     Trellan_ServiceBlasterProxy::LogGetInstance();
     if (!m_blasterProxy) {
-        m_blasterProxy = std::make_unique<Trellan_ServiceBlasterProxy>(task, m_adapters->lookup);
+        m_blasterProxy = std::make_unique<Trellan_ServiceBlasterProxy>(task, m_adapters->engine);
     }
     return *m_blasterProxy;
 }

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -12,6 +13,7 @@
 
 #include "ProtoBufs/DeviceInfo.pb.h"
 #include "ProtoBufs/LpmServiceMessages.pb.h"
+#include "ProtoBufs/Trellan_Service.pb.h"
 #include "orlu/Callback.h"
 #include "orlu/Timer.h"
 #include "qsp/qsp.h"
@@ -22,19 +24,27 @@ namespace TrellanService {
 class Trellan_ServiceBlasterProxy;
 class Trellan_ServiceCodesetHandler;
 
-/// Where the engine takes what it downloads.
+/// Where the engine takes what it downloads, and where its brand lists go.
 class UEINeighboursIF {
 public:
     virtual ~UEINeighboursIF() = default;
     virtual Trellan_ServiceCodesetHandler& CodesetHandler() = 0;
     virtual Trellan_ServiceBlasterProxy& BlasterProxy() = 0;
+    /// Empty while it is not known.
+    virtual std::string StagingDirectory() = 0;
+    /// Without directory.
+    virtual std::string BrandListFileName() = 0;
 };
 
-/// The one door to the UEI library: its start, its session and posts, and the download of code
-/// sets. On the server task, which every call of the library blocks, for as long as its posts take.
-/// Building one touches nothing; neither the library nor the session is ended with it.
+/// The one door to the UEI library: its start, its session and posts, the download of code sets,
+/// the catalogue, the guided test, direct entry and discovery. On the server task, which every call
+/// of the library blocks, for as long as its posts take. Building one touches nothing; neither the
+/// library nor the session is ended with it.
 class UEIInterface {
 public:
+    using OSMCallback = Callback<TrellanServiceMessages::OSMControlResp_t>;
+    using DirectEntryCallback = Callback<TrellanServiceMessages::DirectEntryResp_t>;
+
     explicit UEIInterface(UEINeighboursIF& neighbours);
     virtual ~UEIInterface();
     UEIInterface(const UEIInterface&) = delete;
@@ -76,6 +86,74 @@ public:
     /// What was downloaded last.
     static const CodesetTransferBuffer& TransferBuffer();
 
+    // --- The catalogue, by the library's names of types. A look-up gives an index from 0 in the
+    // library's list, -1 if the library failed, -2 if there is no such entry; the others give 0 or
+    // -1. The session remembers what was looked up last, so that nothing is asked twice. A name of
+    // 200 bytes and more is not remembered. ---
+
+    /// "types".
+    int GetDeviceTypes(Json::Value& out, std::uint32_t kind);
+    /// "type", "prefix", "brands"; none is a success.
+    int GetBrands(const std::string& type, const std::string& prefix, Json::Value& out,
+                  std::uint32_t kind);
+    /// Makes the library's list of brands, unless one of this type stands and `force` is not set.
+    /// 0, -1 or -2.
+    int LoadBrands(const std::string& type, const std::string& prefix, bool force);
+    int FindBrandIndex(const std::string& type, const std::string& brand, std::uint32_t kind);
+    int FindModelIndex(const std::string& type, const std::string& brand, const std::string& model,
+                       std::uint32_t kind);
+    /// Appends a model and what else is wanted of it. 0, -1, or -3: it is there already.
+    int LoadModel(std::uint32_t index, Json::Value& models, Json::Value& codesets,
+                  Json::Value& fuzzyValues, bool unique);
+    int LoadModels(std::uint32_t brand, const std::string& hint, std::int32_t threshold,
+                   Json::Value& out);
+    /// "models", "type", "brand", "hint", "fuzzyThold", and "fuzzyVals" in step with the models.
+    int GetModels(const std::string& type, const std::string& brand, const std::string& hint,
+                  std::int32_t threshold, Json::Value& out, std::uint32_t kind);
+    int LoadAllModels(std::uint32_t brand, Json::Value& out);
+    int GetAllModels(const std::string& type, const std::string& brand, Json::Value& out,
+                     std::uint32_t kind);
+    /// "codesets", and "type", "brand", "model" where they are given.
+    int GetModelCodesets(std::uint32_t model, Json::Value& out);
+    int GetModelCodesets(const std::string& type, const std::string& brand,
+                         const std::string& model, Json::Value& out, std::uint32_t kind);
+    int GetBrandCodesets(std::uint32_t brand, Json::Value& out);
+    int GetBrandCodesets(const std::string& type, const std::string& brand, Json::Value& out,
+                         std::uint32_t kind);
+
+    /// Writes a `BrandListResp_t` of all brands from the filter on, as JSON, into the manager's
+    /// file. False if there is no such file then. Blocks for the whole walk.
+    bool GetBrandList(const TrellanServiceMessages::BrandListReq_t& request);
+
+    // --- The guided test. Each step calls its callback once, if it is set: at once, or with the
+    // blaster's answer. Steps may come in any order; one that can't be done answers so. ---
+
+    void OSMStart(const TrellanServiceMessages::OSMControlMsg_t& request,
+                  const OSMCallback& callback);
+    /// A code set name without a device number gets no answer.
+    void OSMSendKey(const OSMCallback& callback);
+    void OSMUserResponse(bool worked, const OSMCallback& callback);
+    /// 0.
+    int OSMCancel();
+    void OSMComplete(const OSMCallback& callback);
+    bool IsOSMActive() const { return osmActive; }
+    /// Sets every field anew.
+    void FillOSMControlResp(TrellanServiceMessages::OSMControlResp_t& response) const;
+
+    /// Finds the code set of a device by its names, and loads it into the blaster if `load` is set:
+    /// then the answer comes from there, and a test counts as active.
+    void DirectEntryBrandModel(const TrellanServiceMessages::DirectEntryReq_t& request, bool load,
+                               const DirectEntryCallback& callback);
+    /// All but `lastResult`.
+    void FillDirectEntryResp(TrellanServiceMessages::DirectEntryResp_t& response) const;
+
+    /// Both answer before they return. An EDID shorter than 256 bytes is filled with zeros, of a
+    /// longer one the first 256 bytes count.
+    void FindCECDevice(const TrellanServiceMessages::FindCECDevice_t& request,
+                       const Callback<TrellanServiceMessages::FindCECDevice_t>& callback);
+    void FindEDIDDevice(const TrellanServiceMessages::FindEDIDDevice_t& request,
+                        const Callback<TrellanServiceMessages::FindEDIDDevice_t>& callback);
+
     /// Given to the library: a post, see `Http::Post`, and a code set, which gives 0, or 4 if
     /// there is no data or more of it than the blaster takes.
     static int HttpPost(const char* body, std::uint32_t bodyLength, char** response,
@@ -91,6 +169,30 @@ private:
     void ResetModels();
     void ResetCodesets();
     void StartRetryTimer(std::uint32_t seconds);
+
+    int LoadDeviceTypes();
+    int RetrieveBrands(const std::string& type, const std::string& prefix);
+    /// Calls `add` with each brand that begins so. 0, or -1, also behind some calls.
+    int WalkBrands(const std::string& type, const std::string& prefix, std::uint32_t kind,
+                   const std::function<void(const char*)>& add);
+    int SearchBrand(const std::string& brand);
+    int LoadFirstCodeset(std::uint32_t model, Json::Value& codesets);
+    int AddModels(const std::string& hint, std::uint32_t brand, bool unique, Json::Value& out);
+    int AddCodesets(Json::Value& out, bool trace);
+    const char* StartTest(const TrellanServiceMessages::OSMControlMsg_t& request);
+    int GetCurrentCodesetName();
+    bool FirstTestKey();
+    void OSMLoadCodeset(const std::string& name, const OSMCallback& callback, std::uint32_t kind);
+    bool ReportTestResult(bool worked, std::int32_t& status);
+    void EndTest(const char* result, const char* codeset, const OSMCallback& callback);
+    void NextTestKey(const std::string& previous,
+                     TrellanServiceMessages::OSMControlResp_t& reported,
+                     const OSMCallback& callback);
+    void FailTest(const OSMCallback& callback);
+    void ChangeCodeset(const std::string& previous, const OSMCallback& callback);
+    bool FindCodeset(const TrellanServiceMessages::DirectEntryReq_t& request);
+    void DirectEntryLoadCodeset(const std::string& name, const DirectEntryCallback& callback,
+                                std::uint32_t kind);
 
     QSP_SESSION session = nullptr;
     std::uint32_t sessionKind = 0;  ///< 0: no session is open.
@@ -126,6 +228,8 @@ private:
     NotifyTargetTaskIF* task = nullptr;
     std::uint32_t retrySeconds = 0;
     UEINeighboursIF& m_neighbours;
+    std::string m_osmText;  ///< What `osmCodeset` and `deCodeset` point to, where it is the
+    std::string m_deText;   ///< library's text.
 };
 
 }  // namespace TrellanService

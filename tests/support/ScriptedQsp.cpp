@@ -117,6 +117,14 @@ std::int32_t ScriptedQsp::NextNumber(std::string_view function)
 
 const char* ScriptedQsp::Text(std::string_view function)
 {
+    if (const auto list = textLists.find(function); list != textLists.end()) {
+        // The text lasts until the next call.
+        m_text = list->second.front();
+        if (list->second.size() > 1) {
+            list->second.erase(list->second.begin());
+        }
+        return m_text.c_str();
+    }
     const auto found = texts.find(function);
     return found == texts.end() ? "" : found->second.c_str();
 }

@@ -37,6 +37,8 @@ public:
     std::map<std::string, std::string, std::less<>> texts;
     /// One for each call, the last one again and again.
     std::map<std::string, std::vector<std::int32_t>, std::less<>> numbers;
+    /// The same of texts, where more than one is wanted.
+    std::map<std::string, std::vector<std::string>, std::less<>> textLists;
 
     /// What the service gave to the library.
     int (*post)(const char*, std::uint32_t, char**, std::uint32_t*, const char*) = nullptr;
@@ -50,5 +52,6 @@ public:
 
 private:
     static inline ScriptedQsp* s_current = nullptr;
+    std::string m_text;
     Effects& m_effects;
 };

@@ -20,7 +20,7 @@
 namespace TrellanService::Tests {
 
 /// The engine between a scripted library, a code set handler and a proxy with an LPM side. No sync
-/// and no guided test runs.
+/// runs.
 class UEIFixture : public testing::Test,
                    private UEINeighboursIF,
                    private CodesetServerIF,
@@ -45,6 +45,13 @@ protected:
         deviceInfo.set_serialnumber(serialNumber);
         return engine.Init(task.get(), deviceInfo);
     }
+    /// On the engine's task, until nothing is left to do; all that came of it.
+    std::string Run(std::function<void()> work)
+    {
+        IL::BreakThread(std::move(work), task.get());
+        runtime.RunUntilIdle();
+        return effects.Take();
+    }
     static std::string TakeLog() { return std::exchange(s_log, {}); }
 
     VirtualRuntime runtime;
@@ -56,10 +63,13 @@ protected:
     Trellan_ServiceCodesetHandler handler{*this, *this};
     Trellan_ServiceBlasterProxy proxy{task.get(), *this};
     UEIInterface engine{*this};
+    std::string staging;
 
 private:
     Trellan_ServiceCodesetHandler& CodesetHandler() override { return handler; }
     Trellan_ServiceBlasterProxy& BlasterProxy() override { return proxy; }
+    std::string StagingDirectory() override { return staging; }
+    std::string BrandListFileName() override { return "brandList0"; }
     bool IsCloudConnected() override { return false; }
     void NotifyBlasterSyncComplete(bool) override {}
     bool TestConnection() override { return false; }
@@ -70,8 +80,14 @@ private:
     void ResetBlaster(const AsyncCallback<std::string>&) override {}
     void GetBlasterKeyMap(const std::string&, const AsyncCallback<std::string>&) override {}
     NotifyTargetTaskIF* BlasterTask() override { return task.get(); }
-    void FillOSMControlResp(TrellanServiceMessages::OSMControlResp_t&) override {}
-    void FillDirectEntryResp(TrellanServiceMessages::DirectEntryResp_t&) override {}
+    void FillOSMControlResp(TrellanServiceMessages::OSMControlResp_t& response) override
+    {
+        engine.FillOSMControlResp(response);
+    }
+    void FillDirectEntryResp(TrellanServiceMessages::DirectEntryResp_t& response) override
+    {
+        engine.FillDirectEntryResp(response);
+    }
 
     static inline std::string s_log;
 };

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "orlu/ProtoToMarkup.h"
+#include "orlu/SystemUtils.h"
+#include "uei/DeviceTypes.h"
+#include "uei/UEIInterface.h"
+#include "uei/UEILog.h"
+
+using namespace TrellanServiceMessages;
+
+namespace TrellanService {
+
+namespace {
+
+constexpr int kMostBrands = 10000;
+constexpr std::uint32_t kOnlineKind = 2;
+
+/// Goes on to the next first character; false behind "z".
+bool NextFilter(std::string& filter)
+{
+    const char first = filter.empty() ? '\0' : filter[0];
+    if (first == 'z') {
+        return false;
+    }
+    if (first == '9') {
+        filter[0] = 'a';
+    } else {
+        filter.assign(1, static_cast<char>(static_cast<unsigned char>(first) + 1U));
+    }
+    return true;
+}
+
+}  // namespace
+
+bool UEIInterface::GetBrandList(const BrandListReq_t& request)
+{
+    std::string filter = request.filter();
+    if (filter.starts_with('.')) {
+        filter = "0";
+    }
+    const std::string folder = m_neighbours.StagingDirectory();
+    if (folder.empty()) {
+        kUEILog.Put(3, "No staging directory for brandlist ");
+        return false;
+    }
+    const char* type = UEIDeviceType(request.devicetype());
+    if (type == nullptr) {
+        kUEILog.Log(3, "No mapping for device type {}", request.devicetype());
+        return false;
+    }
+    BrandListResp_t response;
+    auto& brands = *response.mutable_brandlist();
+    do {
+        const int before = brands.size();
+        bool full = false;
+        const auto add = [&brands, &full](const char* name) {
+            if (full) {
+                return;
+            }
+            if (!StringUtils::IsUtf8(name)) {
+                kUEILog.Put(2, "UEI returned a brand that is not UTF-8");
+                return;
+            }
+            brands.Add(name);
+            full = brands.size() == kMostBrands;
+        };
+        if (WalkBrands(type, filter, kOnlineKind, add) != 0) {
+            brands.DeleteSubrange(before, brands.size() - before);
+            break;
+        }
+    } while (NextFilter(filter));
+    const std::string path = folder + "/" + m_neighbours.BrandListFileName();
+    kUEILog.Log(3, "Writing brand list to file {}", path);
+    const std::string text = ProtoToMarkup::ToJson(response, true, false, false);
+    return SystemUtils::WriteFile(text.data(), text.data() + text.size(), path);
+}
+
+}  // namespace TrellanService

@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include <json/value.h>
+
+#include "blaster/Trellan_ServiceBlasterProxy.h"
+#include "uei/DeviceTypes.h"
+#include "uei/UEIInterface.h"
+#include "uei/UEILog.h"
+
+using namespace TrellanServiceMessages;
+
+namespace TrellanService {
+
+namespace {
+
+constexpr std::uint32_t kOnlineKind = 2;
+constexpr const char* kSuccess = "LAST_RESULT_SUCCESS";
+constexpr const char* kError = "LAST_RESULT_ERROR";
+
+void Answer(const UEIInterface::DirectEntryCallback& callback, DirectEntryResp_t& response,
+            const char* result)
+{
+    response.set_lastresult(result);
+    if (callback) {
+        callback(response);
+    }
+}
+
+}  // namespace
+
+void UEIInterface::FillDirectEntryResp(DirectEntryResp_t& response) const
+{
+    response.set_brand(deBrand);
+    response.set_model(deModel);
+    response.set_devicetype(deType);
+    response.set_cicode(deCodeset);
+}
+
+void UEIInterface::DirectEntryBrandModel(const DirectEntryReq_t& request, bool load,
+                                         const DirectEntryCallback& callback)
+{
+    kUEILog.Log(3, "DirectEntry for brand/model/type {}/{}/{}", request.brand(), request.model(),
+                request.devicetype());
+    deBrand = request.brand();
+    deModel = request.model();
+    deType = request.devicetype();
+    DirectEntryResp_t response;
+    if (!FindCodeset(request)) {
+        FillDirectEntryResp(response);
+        Answer(callback, response, kError);
+        return;
+    }
+    if (!load) {
+        response.set_cicode(deCodeset);
+        Answer(callback, response, kSuccess);
+        return;
+    }
+    deCodeset = validCodeset.c_str();
+    osmActive = true;
+    kUEILog.Log(3, "DirectEntry codeset to load {}", deCodeset);
+    DirectEntryLoadCodeset(deCodeset, callback, kOnlineKind);
+}
+
+/// The first code set of the model, into `deCodeset`.
+bool UEIInterface::FindCodeset(const DirectEntryReq_t& request)
+{
+    if (OpenSession(kOnlineKind) != 0) {
+        kUEILog.Put(2, "Unable to open UEI cloud session");
+        return false;
+    }
+    const char* type = UEIDeviceType(request.devicetype());
+    if (type == nullptr) {
+        kUEILog.Log(3, "DirectEntry: no mapping for device type {}", request.devicetype());
+        return false;
+    }
+    kUEILog.Log(3, "DirectEntry UEI device type {}", type);
+    Json::Value codesets;
+    const int listed =
+        GetModelCodesets(type, request.brand(), request.model(), codesets, kOnlineKind);
+    kUEILog.Log(3, "DirectEntry: GetModelCodesets returned {:x}",
+                static_cast<std::uint32_t>(listed));
+    if (listed != 0) {
+        kUEILog.Log(2, "Unable to get list of codesets for {}/{}", request.brand(),
+                    request.model());
+        return false;
+    }
+    const char* name = nullptr;
+    if (QSP_get_codeset_name(session, 0, &name) != 0 || name == nullptr) {
+        kUEILog.Log(2, "Unable to get codeset name for {}/{}", request.brand(), request.model());
+        return false;
+    }
+    m_deText = name;
+    deCodeset = m_deText.c_str();
+    if (ValidateCodesetName(deCodeset).empty()) {
+        kUEILog.Log(3, "UEI returned invalid codeset name{}", deCodeset);
+        return false;
+    }
+    return true;
+}
+
+void UEIInterface::DirectEntryLoadCodeset(const std::string& name,
+                                          const DirectEntryCallback& callback, std::uint32_t kind)
+{
+    DirectEntryResp_t response;
+    FillDirectEntryResp(response);
+    if (GetCodesetBinary(name.c_str(), kind) != 0) {
+        Answer(callback, response, kError);
+        return;
+    }
+    Trellan_ServiceBlasterProxy& proxy = m_neighbours.BlasterProxy();
+    proxy.QueueCallback(callback);
+    const CodesetTransferBuffer& buffer = TransferBuffer();
+    proxy.StoreCodesetInBlaster(buffer.name.data(), buffer.data.data(), buffer.size);
+}
+
+}  // namespace TrellanService

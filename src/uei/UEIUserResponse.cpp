@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "blaster/Trellan_ServiceBlasterProxy.h"
+#include "uei/SessionText.h"
+#include "uei/UEIInterface.h"
+#include "uei/UEILog.h"
+
+using namespace TrellanServiceMessages;
+
+namespace TrellanService {
+
+namespace {
+
+enum TestStatus : std::int32_t { kBroken = -1, kNextKey = 1, kFound = 2, kNoneLeft = 3 };
+
+constexpr std::int32_t kNoKey = -1;
+constexpr int kLastSetFailed = 4;
+constexpr const char* kSuccess = "LAST_RESULT_SUCCESS";
+constexpr const char* kError = "LAST_RESULT_ERROR";
+constexpr const char* kContinue = "LAST_RESULT_CONTINUE";
+
+void Call(const UEIInterface::OSMCallback& callback, const OSMControlResp_t& response)
+{
+    if (callback) {
+        callback(response);
+    }
+}
+
+}  // namespace
+
+void UEIInterface::OSMUserResponse(bool worked, const OSMCallback& callback)
+{
+    OSMControlResp_t response;
+    if (osmCodeset == nullptr) {
+        kUEILog.Put(1, "Sending a user response with no previous codeset, should not be here");
+        FillOSMControlResp(response);
+        response.set_lastresult(kError);
+        Call(callback, response);
+        return;
+    }
+    const std::string previous = osmCodeset;
+    FillOSMControlResp(response);
+    std::int32_t status = 0;
+    if (!ReportTestResult(worked, status)) {
+        response.set_lastresult(kError);
+        Call(callback, response);
+        return;
+    }
+    kUEILog.Log(3, "OSM: Testing {}/{} completed", codesetsTested, codesetsOffered);
+    switch (status) {
+        case kBroken:
+            kUEILog.Put(1, "Test result error");
+            EndTest(kError, nullptr, callback);
+            return;
+        case kFound:
+            GetCurrentCodesetName();
+            kUEILog.Log(3, "OSM done: {}", OrEmpty(osmCodeset));
+            EndTest(kSuccess, osmCodeset, callback);
+            return;
+        case kNoneLeft:
+            kUEILog.Put(3, "Testing done, no codeset found");
+            EndTest(kSuccess, nullptr, callback);
+            return;
+        case kNextKey:
+            kUEILog.Put(3, "OSM: Getting next key");
+            lastResult = kContinue;
+            break;
+        default:
+            break;
+    }
+    NextTestKey(previous, response, callback);
+}
+
+/// Tells the library, and asks how far the test is. False, with a log line, if that fails.
+bool UEIInterface::ReportTestResult(bool worked, std::int32_t& status)
+{
+    int code = QSP_osm_report_test_result(session, worked ? 0 : 1, &status);
+    if (code != 0 && !(code == kLastSetFailed && status == kNoneLeft)) {
+        kUEILog.Log(3, "OSM error in reporting test result {}", code);
+        return false;
+    }
+    code = QSP_osm_retrieve_codesets_total(session, &codesetsOffered);
+    if (code != 0) {
+        kUEILog.Log(3, "OSM error in retrieving num codesets totoal {}", code);
+        return false;
+    }
+    code = QSP_osm_get_codesets_tested(session, &codesetsTested);
+    if (code != 0) {
+        kUEILog.Log(3, "OSM error in getting num codesets tested {}", code);
+        return false;
+    }
+    return true;
+}
+
+void UEIInterface::EndTest(const char* result, const char* codeset, const OSMCallback& callback)
+{
+    testKey = kNoKey;
+    testKeysTotal = codesetsOffered = codesetsTested = 0;
+    osmCodeset = codeset;
+    lastResult = result;
+    OSMControlResp_t response;
+    FillOSMControlResp(response);
+    Call(callback, response);
+}
+
+void UEIInterface::FailTest(const OSMCallback& callback)
+{
+    lastResult = kError;
+    OSMControlResp_t response;
+    FillOSMControlResp(response);
+    Call(callback, response);
+}
+
+/// Behind a report that leads on; `reported` is the state at the report.
+void UEIInterface::NextTestKey(const std::string& previous, OSMControlResp_t& reported,
+                               const OSMCallback& callback)
+{
+    if (const int code = QSP_osm_get_next_test_key(session, &testKey); code != 0) {
+        reported.set_lastresult(kError);
+        kUEILog.Log(1, "OSM error get next key {}", code);
+        Call(callback, reported);
+        return;
+    }
+    if (testKey == kNoKey) {
+        kUEILog.Put(1, "Invalid key to test");
+        FailTest(callback);
+        return;
+    }
+    const int named = GetCurrentCodesetName();
+    if (ValidateCodesetName(osmCodeset).empty()) {
+        kUEILog.Log(3, "UEI returned invalid codeset name{}", OrEmpty(osmCodeset));
+        FailTest(callback);
+        return;
+    }
+    osmCodeset = validCodeset.c_str();
+    if (named != 0) {
+        kUEILog.Log(1, "OSM error getting codeset name {}", named);
+        FailTest(callback);
+        return;
+    }
+    kUEILog.Log(3, "OSM codeset: {}", osmCodeset);
+    if (osmCodeset == previous) {
+        kUEILog.Put(3, "Sending response for next key to try");
+        OSMControlResp_t response;
+        FillOSMControlResp(response);
+        Call(callback, response);
+        return;
+    }
+    ChangeCodeset(previous, callback);
+}
+
+/// The next one is loaded whatever became of the one before.
+void UEIInterface::ChangeCodeset(const std::string& previous, const OSMCallback& callback)
+{
+    const AsyncCallback<std::string> deleted(
+        [this, callback](const std::string&) {
+            kUEILog.Log(3, "OSM loading next codeset to try {}", OrEmpty(osmCodeset));
+            OSMLoadCodeset(OrEmpty(osmCodeset), callback, sessionKind);
+        },
+        task);
+    kUEILog.Log(3, "OSM deleting codeset {}", previous);
+    m_neighbours.BlasterProxy().DeleteCodesetFromBlaster(previous, deleted);
+}
+
+}  // namespace TrellanService
