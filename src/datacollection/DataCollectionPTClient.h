@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "datacollection/DataCollectionClient.h"
+
+class NotifyTargetTaskIF;
+class PorticoClientIF;
+
+namespace DataCollection {
+
+/// Posts events to a resource of the local API. The resource's state, "/state" behind its path,
+/// says whether events are taken; while that can't be asked they are. Lives as long as its task.
+class DataCollectionPTClient final : public DataCollectionClient {
+public:
+    using ClientPtr = std::shared_ptr<PorticoClientIF>;
+
+    /// Makes what is null: a task of its own, a client of the local API of its own. What stays
+    /// missing, the data type in the configuration included, is logged; then no event ever goes
+    /// out.
+    DataCollectionPTClient(std::string dataType, NotifyTargetTaskIF* task, ClientPtr client);
+
+    bool SendData(const MessagePtr& message, const std::string& type) override;
+    bool SendData(const MessagePtr& message, const std::string& type,
+                  const Callback<bool>& callback) override;
+
+private:
+    void RegisterEndPointofService();
+    void HandleDataCollectionServiceAvailable();
+    void HandleDataCollectionServiceUnavailable();
+    void HandleStateFailure(const std::string& why);
+
+    const std::string m_dataType;
+    std::string m_endpoint;
+    std::string m_stateEndpoint;
+    std::shared_ptr<NotifyTargetTaskIF> m_ownTask;
+    NotifyTargetTaskIF* m_task;
+    ClientPtr m_client;
+};
+
+}  // namespace DataCollection

@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <memory>
+#include <string>
+#include <utility>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "ProtoBufs/ciStart.pb.h"
+#include "datacollection/DataCollectionClient.h"
+#include "orlu/DPrint.h"
+#include "support/Effects.h"
+#include "support/ScriptedPortico.h"
+#include "support/TemporaryRoot.h"
+
+namespace DataCollection {
+
+/// A product without a configuration file, a local API, and everything that a client logs.
+class CollectionFixture : public testing::Test {
+protected:
+    CollectionFixture()
+    {
+        DataCollectionClient::Reload();
+        TakeLog();
+        DPrint::SetLevel(4);
+        DPrint::SetSink([](int level, std::string_view logger, std::string_view text) {
+            if (logger.starts_with("DataCollection")) {
+                s_log += std::to_string(level) + " " + std::string(text) + "\n";
+            }
+        });
+    }
+    ~CollectionFixture() override
+    {
+        task->Stop();
+        DPrint::SetSink(nullptr);
+        DPrint::SetLevel(3);
+    }
+
+    void Configure(const std::string& properties)
+    {
+        root.Write("/opt/Orlu/etc/DataCollection.json", "{\"properties\": [" + properties + "]}");
+    }
+
+    static std::string TakeLog() { return std::exchange(s_log, {}); }
+    static bool Logged(const std::string& line)
+    {
+        return ("\n" + s_log).find("\n" + line + "\n") != std::string::npos;
+    }
+
+    /// Everything since the last call.
+    std::string Run()
+    {
+        runtime.RunUntilIdle();
+        return effects.Take();
+    }
+
+    /// Each change that a client tells, as "enabled 1".
+    Callback<bool> Noting(const std::string& what)
+    {
+        return [this, what](bool value) {
+            effects.Add(what + " " + std::to_string(value));
+        };
+    }
+
+    static std::shared_ptr<ciStart> Record(const std::string& brand)
+    {
+        auto record = std::make_shared<ciStart>();
+        record->set_action("ACTION_START");
+        record->set_devicetype("DEVICE_TYPE_TV");
+        record->set_devicebrand(brand);
+        record->set_inputroute("");
+        record->set_databasever("1.2");
+        return record;
+    }
+
+    TemporaryRoot root;
+    VirtualRuntime runtime;
+    Effects effects{runtime};
+    ScriptedPortico portico{effects};
+    std::shared_ptr<NotifyTargetTaskIF> task = IL::CreateTask("task", "");
+
+private:
+    static inline std::string s_log;
+};
+
+}  // namespace DataCollection
