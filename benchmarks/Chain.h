@@ -22,10 +22,11 @@ struct Chain {
     KeyClient client;
 };
 
-/// Where things are: the programs, and a folder for the roots.
+/// Where things are: the programs, a folder for the roots, and nginx; empty if there is none.
 struct Place {
     std::filesystem::path programs;
     std::filesystem::path roots;
+    std::string nginx;
 
     std::string ProgramPath(const std::string& name) const { return programs / name; }
 };

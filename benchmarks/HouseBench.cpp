@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <exception>
 #include <iterator>
 
@@ -12,45 +11,22 @@
 #include <CLI/CLI.hpp>
 
 #include "benchmarks/Measurements.h"
+#include "benchmarks/TemporaryFolder.h"
 
 namespace Bench {
 
 namespace {
 
-/// A folder that goes with the object.
-class TemporaryFolder {
-public:
-    TemporaryFolder()
-    {
-        std::string pattern = std::filesystem::temp_directory_path() / "trellan-bench-XXXXXX";
-        if (::mkdtemp(pattern.data()) == nullptr) {
-            throw std::filesystem::filesystem_error(
-                "mkdtemp", pattern, std::error_code(errno, std::generic_category()));
-        }
-        m_path = pattern;
-    }
-    ~TemporaryFolder()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_path, ignored);
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    const std::filesystem::path& Path() const { return m_path; }
-
-private:
-    std::filesystem::path m_path;
-};
-
 using Measurement = std::vector<Figure> (*)(const Place&, const Effort&);
 
-std::vector<Figure> MeasureAll(const Effort& effort)
+std::vector<Figure> MeasureAll(const Effort& effort, const std::string& nginx)
 {
     const TemporaryFolder folder;
-    const Place place{std::filesystem::read_symlink("/proc/self/exe").parent_path(), folder.Path()};
+    const Place place{std::filesystem::read_symlink("/proc/self/exe").parent_path(), folder.Path(),
+                      nginx};
     std::vector<Figure> figures;
-    for (const Measurement measure : {MeasureKeyRoad, MeasureStartUp, MeasureIdle}) {
+    for (const Measurement measure :
+         {MeasureKeyRoad, MeasureLocalApi, MeasureStartUp, MeasureIdle}) {
         std::ranges::move(measure(place, effort), std::back_inserter(figures));
     }
     return figures;
@@ -61,12 +37,16 @@ int Main(int argc, char** argv)
     CLI::App app("Measures TrellanService beside floors that do the same with nothing in them.");
     Effort effort;
     bool check = false;
+    std::string nginx;
     app.add_option("--rounds", effort.rounds, "Rounds of each measurement")
         ->check(CLI::Range(1, 1000));
     app.add_option("--one-by-one", effort.keysOneByOne, "Keys a round, one at a time")
         ->check(CLI::PositiveNumber);
     app.add_option("--in-flight", effort.keysInFlight, "Keys a round, 64 at a time")
         ->check(CLI::PositiveNumber);
+    app.add_option("--gets", effort.gets, "Requests a round to the local API")
+        ->check(CLI::PositiveNumber);
+    app.add_option("--nginx", nginx, "The program that is the local API's floor");
     app.add_option("--idle", effort.idle, "Idle time to watch, in s");
     app.add_option("--log-level", effort.logLevel, "The service's log level");
     app.add_flag("--check", check, "Exit with 1 if a goal is missed");
@@ -75,7 +55,7 @@ int Main(int argc, char** argv)
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : 2;
     }
-    const auto figures = MeasureAll(effort);
+    const auto figures = MeasureAll(effort, nginx);
     fmt::print("{}", RenderTable(figures));
     return check && !std::ranges::all_of(figures, &Figure::IsMet) ? 1 : 0;
 }

@@ -16,6 +16,7 @@ struct Effort {
     std::size_t rounds = 15;
     std::size_t keysOneByOne = 2000;
     std::size_t keysInFlight = 40'000;
+    std::size_t gets = 2000;
     std::chrono::seconds idle{30};
     int logLevel = 2;
 };
@@ -27,6 +28,10 @@ std::vector<Figure> MeasureKeyRoad(const Place& place, const Effort& effort);
 /// From exec to a client's first connection and first answer, beside a program that has the
 /// service's libraries and only listens.
 std::vector<Figure> MeasureStartUp(const Place& place, const Effort& effort);
+
+/// GET of the control resource through PorticoServer, beside an nginx that relays to a second one.
+/// Nothing without an nginx.
+std::vector<Figure> MeasureLocalApi(const Place& place, const Effort& effort);
 
 /// Memory and wake-ups with a client and LpmService connected and nothing to do.
 std::vector<Figure> MeasureIdle(const Place& place, const Effort& effort);

@@ -52,10 +52,11 @@ std::vector<char*> Pointers(const std::vector<std::string>& texts)
 }  // namespace
 
 Program::Program(const std::vector<std::string>& command, const std::filesystem::path& root,
-                 int logLevel)
+                 int logLevel, const std::vector<std::string>& settings)
 {
-    const std::vector<std::string> environment = {"ORLU_ROOT=" + root.string(),
-                                                  "ORLU_LOG_LEVEL=" + std::to_string(logLevel)};
+    std::vector<std::string> environment = {"ORLU_ROOT=" + root.string(),
+                                            "ORLU_LOG_LEVEL=" + std::to_string(logLevel)};
+    environment.insert(environment.end(), settings.begin(), settings.end());
     const std::string log = root / "log";
     posix_spawn_file_actions_t actions;
     ::posix_spawn_file_actions_init(&actions);

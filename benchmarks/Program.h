@@ -23,8 +23,9 @@ struct Memory {
 class Program {
 public:
     /// `command` is a program's path and its arguments. Throws `std::system_error` if it can't run.
+    /// `settings` are further lines of the environment, "NAME=value".
     Program(const std::vector<std::string>& command, const std::filesystem::path& root,
-            int logLevel);
+            int logLevel, const std::vector<std::string>& settings = {});
     ~Program();
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;

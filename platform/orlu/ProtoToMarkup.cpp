@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 #include <google/protobuf/descriptor.h>
 #include <google/protobuf/message.h>
+#include <google/protobuf/reflection.h>
 #include <google/protobuf/util/json_util.h>
 #include <google/protobuf/util/type_resolver_util.h>
 
@@ -80,6 +81,51 @@ std::string FindBadText(const Message& message)
     return {};
 }
 
+/// Whether protobuf would write the text as it is: ASCII and Latin letters that need no escape.
+bool IsPlain(std::string_view text)
+{
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto c = static_cast<unsigned char>(text[i]);
+        const bool latin = c == 0xC3 && i + 1 < text.size() &&
+                           (static_cast<unsigned char>(text[i + 1]) & 0xC0U) == 0x80;
+        if (latin) {
+            ++i;
+        } else if (c < ' ' || c > '~' || c == '"' || c == '\\' || c == '<' || c == '>') {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// A message of lists of plain texts, written straight: protobuf takes several times as long for a
+/// list of thousands of names. False for any other message.
+bool WritePlainLists(const Message& message, std::string& json)
+{
+    const Reflection& reflection = *message.GetReflection();
+    std::vector<const FieldDescriptor*> fields;
+    reflection.ListFields(message, &fields);
+    json.reserve(message.ByteSizeLong() * 3 / 2);  // Three characters a text in place of two bytes.
+    json = "{";
+    for (const FieldDescriptor* field : fields) {
+        if (!field->is_repeated() || field->type() != FieldDescriptor::TYPE_STRING) {
+            return false;
+        }
+        json.append(json.size() > 1 ? ",\"" : "\"").append(field->name()).append("\":[");
+        const char* before = "\"";
+        for (const std::string& text :
+             reflection.GetRepeatedFieldRef<std::string>(message, field)) {
+            if (!IsPlain(text)) {
+                return false;
+            }
+            json.append(before).append(text);
+            before = "\",\"";
+        }
+        json += "\"]";
+    }
+    json += '}';
+    return true;
+}
+
 }  // namespace
 
 std::string ToJson(const Message& message, bool schemaNames, bool printUnset, bool indent)
@@ -88,6 +134,10 @@ std::string ToJson(const Message& message, bool schemaNames, bool printUnset, bo
     if (!message.IsInitialized()) {
         Refuse(name, "missing " + message.InitializationErrorString());
     }
+    std::string text;
+    if (schemaNames && !printUnset && !indent && WritePlainLists(message, text)) {
+        return text;
+    }
     if (const std::string bad = FindBadText(message); !bad.empty()) {
         Refuse(name, bad + " is not UTF-8");
     }
@@ -95,7 +145,7 @@ std::string ToJson(const Message& message, bool schemaNames, bool printUnset, bo
     options.preserve_proto_field_names = schemaNames;
     options.always_print_primitive_fields = printUnset;
     options.add_whitespace = indent;
-    std::string text;
+    text.clear();
     const auto status = util::MessageToJsonString(message, &text, options);
     if (!status.ok()) {
         Refuse(name, std::string_view(status.message().data(), status.message().size()));

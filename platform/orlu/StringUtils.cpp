@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 
 #include "orlu/SystemUtils.h"
 #include "orlu/Utf8.h"
@@ -66,6 +67,18 @@ std::string ToLower(std::string_view text)
 bool IsUtf8(std::string_view text)
 {
     while (!text.empty()) {
+        // Most texts are ASCII: eight bytes at a time.
+        std::uint64_t eight = 0;
+        if (text.size() >= sizeof eight) {
+            std::memcpy(&eight, text.data(), sizeof eight);
+            if ((eight & 0x8080808080808080U) == 0) {
+                text.remove_prefix(sizeof eight);
+                continue;
+            }
+        } else if (static_cast<unsigned char>(text[0]) < 0x80) {
+            text.remove_prefix(1);
+            continue;
+        }
         const std::size_t length = Orlu::Utf8SequenceLength(text);
         if (length == 0) {
             return false;

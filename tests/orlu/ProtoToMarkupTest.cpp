@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <gmock/gmock.h>
+#include <google/protobuf/util/json_util.h>
 #include <gtest/gtest.h>
 
 #include "ProtoBufs/CodesetConfig.pb.h"
@@ -125,6 +126,36 @@ TEST(ProtoToMarkup, WritesSetFieldsUnderTheirOwnNames)
     DataCollection::State state;
     state.set_servicestatus(DataCollection::State::DATACOLLECTION_ENABLE);
     EXPECT_EQ(ToJson(state, true, false, false), R"({"ServiceStatus":"DATACOLLECTION_ENABLE"})");
+}
+
+TEST(ProtoToMarkup, ListsOfTextsAreWrittenAsProtobufWritesThem)
+{
+    using TrellanServiceMessages::BrandListResp_t;
+    google::protobuf::util::JsonPrintOptions options;
+    options.preserve_proto_field_names = true;
+    for (unsigned c = 1; c < 0x3000; ++c) {
+        std::string text = "a";
+        if (c < 0x80) {
+            text += static_cast<char>(c);
+        } else if (c < 0x800) {
+            text += static_cast<char>(0xC0U | (c >> 6U));
+            text += static_cast<char>(0x80U | (c & 0x3FU));
+        } else {
+            text += static_cast<char>(0xE0U | (c >> 12U));
+            text += static_cast<char>(0x80U | ((c >> 6U) & 0x3FU));
+            text += static_cast<char>(0x80U | (c & 0x3FU));
+        }
+        BrandListResp_t list;
+        list.add_brandlist("Acme");
+        list.add_brandlist(text);
+        std::string wanted;
+        ASSERT_TRUE(google::protobuf::util::MessageToJsonString(list, &wanted, options).ok());
+        ASSERT_EQ(ToJson(list, true, false, false), wanted) << c;
+    }
+    EXPECT_EQ(ToJson(BrandListResp_t(), true, false, false), "{}");
+    BrandListResp_t bad;
+    bad.add_brandlist("\xC3");
+    EXPECT_THROW(ToJson(bad, true, false, false), MarkupError);
 }
 
 TEST(ProtoToMarkup, TextThatWouldNotReadBackIsRefused)
