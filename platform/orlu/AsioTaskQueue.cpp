@@ -89,12 +89,17 @@ bool AsioTaskQueue::Post(Work work)
         m_work.push_back(std::move(work));
         return true;
     }
-    const std::lock_guard lock(m_mutex);
-    if (m_stopped) {
-        return false;
+    bool wake = false;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_stopped) {
+            return false;
+        }
+        m_foreign.push_back(std::move(work));
+        wake = !m_hasForeign.exchange(true);
     }
-    m_foreign.push_back(std::move(work));
-    if (!m_hasForeign.exchange(true)) {
+    // Without the lock: the thread that wakes takes it first of all.
+    if (wake) {
         boost::asio::post(m_context, [] {});
     }
     return true;
