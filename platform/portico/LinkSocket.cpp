@@ -22,6 +22,8 @@ namespace asio = boost::asio;
 namespace beast = boost::beast;
 namespace websocket = boost::beast::websocket;
 using asio::ip::tcp;
+/// With the executor by its own type: a general one would cost each step an indirection.
+using Socket = asio::basic_stream_socket<tcp, asio::io_context::executor_type>;
 
 /// A program that takes connections but does not answer is no local API.
 constexpr std::chrono::seconds kHandshakeLimit(5);
@@ -141,7 +143,7 @@ private:
     }
 
     // Without the compression that nobody needs on one machine.
-    websocket::stream<tcp::socket, false> m_stream;
+    websocket::stream<Socket, false> m_stream;
     const std::uint16_t m_port;
     const LinkEvents m_events;
     bool m_closed = false;

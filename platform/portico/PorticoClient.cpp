@@ -20,10 +20,12 @@ using Portico::ServiceLink;
 
 constexpr DPrint kLog("PorticoClient");
 
+using QueuePtr = std::shared_ptr<Orlu::AsioTaskQueue>;
+
 constexpr const char* kBadPath =
     R"({"guid":"1","code":404,"subcode":0,"message":"no such resource","type":"NotFound"})";
 
-/// The thread of all links of the process; ends with the last client.
+/// The thread of the links that have no task; ends with the last of them.
 class LinkThread {
 public:
     static std::shared_ptr<LinkThread> Get()
@@ -49,23 +51,33 @@ public:
     LinkThread(const LinkThread&) = delete;
     LinkThread& operator=(const LinkThread&) = delete;
 
-    const std::shared_ptr<Orlu::AsioTaskQueue>& Queue() const { return m_queue; }
+    const QueuePtr& Queue() const { return m_queue; }
 
 private:
-    std::shared_ptr<Orlu::AsioTaskQueue> m_queue =
-        std::make_shared<Orlu::AsioTaskQueue>("PorticoClient");
+    QueuePtr m_queue = std::make_shared<Orlu::AsioTaskQueue>("PorticoClient");
 };
+
+/// The queue if it is one of a task with a thread and a loop of its own.
+QueuePtr LoopOf(Orlu::TaskQueueIF* queue)
+{
+    auto* loop = dynamic_cast<Orlu::AsioTaskQueue*>(queue);
+    return loop ? loop->shared_from_this() : nullptr;
+}
 
 class Client final : public PorticoClientIF {
 public:
-    Client(const std::string& name, std::uint16_t port, const std::function<void()>& connected)
-        : m_link(std::make_shared<ServiceLink>(m_thread->Queue(), name, port, connected))
+    Client(std::string name, std::uint16_t port, std::function<void()> connected)
+        : m_name(std::move(name)), m_port(port), m_connected(std::move(connected))
     {
-        Post([](ServiceLink& link) { link.Open(); });
+        if (m_connected) {
+            RunOn(nullptr);
+        }
     }
     ~Client() override
     {
-        Post([](ServiceLink& link) { link.Close(); });
+        if (m_link) {
+            Post([](ServiceLink& link) { link.Close(); });
+        }
     }
     Client(const Client&) = delete;
     Client& operator=(const Client&) = delete;
@@ -85,30 +97,30 @@ public:
         registration.readiness = [paths, ready, notReady](bool isReady) {
             (isReady ? ready : notReady)(paths);
         };
-        return Add(std::move(registration));
+        return Add(std::move(registration), ready.Queue());
     }
 
 protected:
     CallbackConnection RegisterText(Portico::Method method, const std::string& path,
-                                    const Serve& serve, const Terms&) override
+                                    const Serve& serve, const Terms& terms) override
     {
         ServiceLink::Registration registration;
         registration.message.type = LinkMessage::Type::kRegister;
         registration.message.method = NameOf(method);
         registration.message.path = path;
         registration.serve = serve;
-        return CheckPath(path) ? Add(std::move(registration)) : CallbackConnection();
+        return CheckPath(path) ? Add(std::move(registration), terms.queue) : CallbackConnection();
     }
 
     CallbackConnection RegisterNotificationText(
         const std::string& path, const std::function<void(const std::string& json)>& notify,
-        const Terms&) override
+        const Terms& terms) override
     {
         ServiceLink::Registration registration;
         registration.message.type = LinkMessage::Type::kSubscribe;
         registration.message.path = path;
         registration.notify = notify;
-        return CheckPath(path) ? Add(std::move(registration)) : CallbackConnection();
+        return CheckPath(path) ? Add(std::move(registration), terms.queue) : CallbackConnection();
     }
 
     CallbackConnection SendText(Portico::Method method, const std::string& path,
@@ -125,6 +137,7 @@ protected:
         request.path = path;
         request.body = body;
         const auto id = request.id;
+        RunOn(nullptr);
         Post([request = std::move(request), respond](ServiceLink& link) {
             link.Request(request, respond);
         });
@@ -147,14 +160,31 @@ private:
         return false;
     }
 
+    /// Has the link run on this queue, else on the caller's, else on the thread for such, unless it
+    /// runs already.
+    void RunOn(const Orlu::TaskQueuePtr& queue)
+    {
+        if (m_link) {
+            return;
+        }
+        m_queue = LoopOf(queue ? queue.get() : Orlu::CurrentTaskQueue());
+        if (!m_queue) {
+            m_thread = LinkThread::Get();
+            m_queue = m_thread->Queue();
+        }
+        m_link = std::make_shared<ServiceLink>(m_queue, m_name, m_port, m_connected);
+        Post([](ServiceLink& link) { link.Open(); });
+    }
+
     template <class F>
     void Post(F work) const
     {
-        m_thread->Queue()->Post([link = m_link, work] { work(*link); });
+        m_queue->Post([link = m_link, work] { work(*link); });
     }
 
-    CallbackConnection Add(ServiceLink::Registration registration)
+    CallbackConnection Add(ServiceLink::Registration registration, const Orlu::TaskQueuePtr& queue)
     {
+        RunOn(queue);
         const auto id = ++m_lastId;
         registration.message.id = id;
         Post([registration = std::move(registration)](ServiceLink& link) {
@@ -168,7 +198,7 @@ private:
     CallbackConnection Handle(F work) const
     {
         return CallbackConnection(
-            [queue = std::weak_ptr(m_thread->Queue()), weak = std::weak_ptr(m_link), work] {
+            [queue = std::weak_ptr(m_queue), weak = std::weak_ptr(m_link), work] {
                 const auto link = weak.lock();
                 const auto thread = queue.lock();
                 if (link && thread) {
@@ -177,8 +207,12 @@ private:
             });
     }
 
-    const std::shared_ptr<LinkThread> m_thread = LinkThread::Get();
-    const std::shared_ptr<ServiceLink> m_link;
+    const std::string m_name;
+    const std::uint16_t m_port;
+    const std::function<void()> m_connected;
+    std::shared_ptr<LinkThread> m_thread;  ///< If the link has no task.
+    QueuePtr m_queue;
+    std::shared_ptr<ServiceLink> m_link;  ///< From the first call on.
     std::uint64_t m_lastId = 0;
 };
 

@@ -25,9 +25,13 @@ using OnFailure = AsyncCallback<std::string, PORTICO_CLIENT_ERRORS>;
 
 /// A client of the local API at this host and port; `ORLU_PORTICO_PORT`, if it is a port's number,
 /// takes the port's place. Returns at once, whether or not the local API is there. `name` is for
-/// the local API's log; the other two names are the product's own. `connected`, if set, is called
-/// on the client's own thread each time the link has come up; `failure`, if set, when the address
-/// can never be reached.
+/// the local API's log; the other two names are the product's own.
+///
+/// The link runs on the task of the first callback that is registered, so that a request needs no
+/// change of thread; it never waits there. Without a task, or with `connected` set outside of one,
+/// it runs on a thread that all such clients share. `connected`, if set, is called where the link
+/// runs, each time it has come up; `failure`, if set, when the address can never be reached: then
+/// there is no client.
 std::shared_ptr<PorticoClientIF> Create(const std::string& name, const std::string& host,
                                         std::uint16_t port, const std::string& secondName,
                                         const std::string& thirdName, const OnConnected& connected,

@@ -59,7 +59,8 @@ public:
                                    Portico::EndpointScope scope, double version,
                                    const std::string& label, int number)
     {
-        return RegisterBody(Portico::Method::kPut, path, handler, {scope, version, label, number});
+        return RegisterBody(Portico::Method::kPut, path, handler,
+                            {scope, version, label, number, handler.Queue()});
     }
     template <class Request, class Answer>
     CallbackConnection RegisterPost(const std::string& path,
@@ -67,7 +68,8 @@ public:
                                     Portico::EndpointScope scope, double version,
                                     const std::string& label, int number)
     {
-        return RegisterBody(Portico::Method::kPost, path, handler, {scope, version, label, number});
+        return RegisterBody(Portico::Method::kPost, path, handler,
+                            {scope, version, label, number, handler.Queue()});
     }
 
     /// `ready` is called when the resources of `paths` have all become ready, now or later, and
@@ -103,6 +105,7 @@ protected:
         double version = 1.0;
         std::string label;
         int number = 0;
+        Orlu::TaskQueuePtr queue = {};  ///< Where the callback runs.
     };
 
     /// An answer on its way: JSON of the resource's message, or of a `Portico::Error`.
@@ -152,7 +155,8 @@ CallbackConnection PorticoClientIF::RegisterGet(const std::string& path,
         handler([respond](const Answer& answer) { RespondWith(respond, answer); },
                 [respond](const Portico::Error& error) { RespondError(respond, error); });
     };
-    return RegisterText(Portico::Method::kGet, path, serve, {scope, version, label, number});
+    return RegisterText(Portico::Method::kGet, path, serve,
+                        {scope, version, label, number, handler.Queue()});
 }
 
 template <class Request, class Answer>
@@ -191,7 +195,7 @@ CallbackConnection PorticoClientIF::RegisterNotification(const std::string& path
         }
         callback(message);
     };
-    return RegisterNotificationText(path, notify, {scope, version, {}, 0});
+    return RegisterNotificationText(path, notify, {scope, version, {}, 0, callback.Queue()});
 }
 
 template <class Answer>

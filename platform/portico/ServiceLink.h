@@ -17,7 +17,7 @@
 namespace Portico {
 
 /// A service's side of the link: brings it up, again after each loss, and keeps what is registered
-/// and asked. Everything runs on the queue that is given, which is no task of the service.
+/// and asked. Everything runs on the queue that is given.
 class ServiceLink : public std::enable_shared_from_this<ServiceLink> {
 public:
     using Respond = std::function<void(bool isError, const std::string& json)>;
