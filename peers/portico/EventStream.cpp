@@ -17,7 +17,6 @@ namespace PorticoApi {
 namespace {
 
 namespace asio = boost::asio;
-using asio::ip::tcp;
 
 constexpr DPrint kLog("PorticoServer");
 
@@ -36,9 +35,7 @@ constexpr const char* kHead =
 /// One consumer. Lives while it is connected: the read that waits for its end holds it.
 class EventStreams::Stream : public std::enable_shared_from_this<Stream> {
 public:
-    Stream(tcp::socket socket, Share share) : m_socket(std::move(socket)), m_share(std::move(share))
-    {
-    }
+    Stream(Socket socket, Share share) : m_socket(std::move(socket)), m_share(std::move(share)) {}
 
     void Start()
     {
@@ -103,14 +100,14 @@ private:
         m_socket.close(ignored);
     }
 
-    tcp::socket m_socket;
+    Socket m_socket;
     const Share m_share;
     std::array<char, 512> m_ignored{};
     std::deque<Text> m_queue;
     std::size_t m_waiting = 0;
 };
 
-void EventStreams::Add(tcp::socket socket, Share share)
+void EventStreams::Add(Socket socket, Share share)
 {
     auto stream = std::make_shared<Stream>(std::move(socket), std::move(share));
     stream->Start();

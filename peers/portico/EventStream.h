@@ -4,8 +4,6 @@
 
 #include "portico/Listener.h"
 
-#include <boost/asio/ip/tcp.hpp>
-
 #include <memory>
 #include <string>
 #include <vector>
@@ -20,7 +18,7 @@ namespace PorticoApi {
 class EventStreams {
 public:
     /// Answers the request that came by this connection and keeps it.
-    void Add(boost::asio::ip::tcp::socket socket, Share share);
+    void Add(Socket socket, Share share);
 
     /// `json` on one line; empty: the resource is not ready, and the body is null.
     void Tell(const std::string& path, const std::string& json);

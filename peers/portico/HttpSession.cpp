@@ -12,6 +12,7 @@
 #include "portico/WebFolder.h"
 
 #include <boost/asio/steady_timer.hpp>
+#include <boost/asio/write.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
 #include <boost/beast/websocket/rfc6455.hpp>
@@ -27,11 +28,11 @@ namespace {
 namespace asio = boost::asio;
 namespace beast = boost::beast;
 namespace http = boost::beast::http;
-using asio::ip::tcp;
 using Clock = std::chrono::steady_clock;
 
 constexpr DPrint kLog("PorticoServer");
 
+constexpr std::chrono::milliseconds kSwiftAnswer(500);
 constexpr std::size_t kFarewellBytes = std::size_t{1024} * 1024;
 
 constexpr std::string_view kLinkPath = "/link";
@@ -47,7 +48,7 @@ bool IsJson(std::string_view type)
 
 class HttpSession : public std::enable_shared_from_this<HttpSession> {
 public:
-    HttpSession(tcp::socket socket, Share share, const Site& site)
+    HttpSession(Socket socket, Share share, const Site& site)
         : m_socket(std::move(socket)),
           m_timer(m_socket.get_executor()),
           m_share(std::move(share)),
@@ -176,27 +177,26 @@ private:
             Send(BadBody("not UTF-8 text"));
             return;
         }
-        ExpiresNever();
         m_isAnswered = false;
-        const auto reply = std::make_shared<Reply>([self = shared_from_this()](Answer answer) {
-            self->m_isAnswered = true;
-            self->Send(std::move(answer));
-        });
+        ExpiresAfter(kSwiftAnswer);
+        const auto reply =
+            std::make_shared<Reply>([self = shared_from_this()](const Answer& answer) {
+                self->m_isAnswered = true;
+                self->Send(answer);
+            });
         m_reply = reply;
         static const std::string kNoBody;
         m_site.resources.Request(method, path, hasBody ? Request().body() : kNoBody, reply);
-        if (!m_isAnswered) {
-            WatchForEnd();
-        }
     }
 
-    /// While the answer is awaited, also the end of the consumer is.
+    /// While the answer is awaited, also the end of the consumer is. Most answers come before that
+    /// is worth its system calls.
     void WatchForEnd()
     {
         if (std::exchange(m_isWatching, true)) {
             return;
         }
-        m_socket.async_wait(tcp::socket::wait_read, [self = shared_from_this()](beast::error_code) {
+        m_socket.async_wait(Socket::wait_read, [self = shared_from_this()](beast::error_code) {
             self->m_isWatching = false;
             self->OnReadable();
         });
@@ -209,7 +209,7 @@ private:
         }
         char byte = 0;
         beast::error_code error;
-        m_socket.receive(asio::buffer(&byte, 1), tcp::socket::message_peek, error);
+        m_socket.receive(asio::buffer(&byte, 1), Socket::message_peek, error);
         if (error == asio::error::would_block) {
             // The watch was left over from the request before.
             WatchForEnd();
@@ -233,7 +233,7 @@ private:
     {
         Answer answer = Failure(405, "only GET");
         answer.allow = "GET";
-        Send(std::move(answer));
+        Send(answer);
     }
 
     /// Whoever has gone, or was too slow, hears nothing.
@@ -252,36 +252,51 @@ private:
                                               : Failure(400, "no HTTP request"));
     }
 
-    void Send(Answer answer)
+    void Send(const Answer& answer)
     {
-        Respond(answer.status, std::move(answer.body), "application/json", answer.allow);
+        Respond(answer.status, answer.body, "application/json", answer.allow);
     }
 
-    void Respond(unsigned status, std::string body, const char* type, const std::string& allow)
+    void Respond(unsigned status, const std::string& body, const char* type,
+                 const std::string& allow)
     {
-        const bool keep = !m_mustClose && Request().keep_alive();
-        m_response = {};
-        m_response.version(Request().version());
-        m_response.result(status);
-        m_response.keep_alive(keep);
-        m_response.set(http::field::content_type, type);
-        m_response.set(http::field::cache_control, "no-store");
-        m_response.set("X-Content-Type-Options", "nosniff");
+        m_keep = !m_mustClose && Request().keep_alive();
+        m_response.assign(Request().version() == 10 ? "HTTP/1.0 " : "HTTP/1.1 ")
+            .append(std::to_string(status))
+            .append(" ")
+            .append(http::obsolete_reason(static_cast<http::status>(status)))
+            .append("\r\nContent-Type: ")
+            .append(type)
+            .append("\r\nContent-Length: ")
+            .append(std::to_string(body.size()))
+            .append("\r\nCache-Control: no-store\r\nX-Content-Type-Options: nosniff\r\n");
         if (!allow.empty()) {
-            m_response.set(http::field::allow, allow);
+            m_response.append("Allow: ").append(allow).append("\r\n");
         }
-        m_response.body() = std::move(body);
-        m_response.prepare_payload();
+        m_response.append(m_keep ? "Connection: keep-alive\r\n\r\n" : "Connection: close\r\n\r\n");
+        m_response.append(body);
         ExpiresAfter(m_site.patience.request);
-        http::async_write(m_socket, m_response,
-                          [self = shared_from_this(), keep](beast::error_code error, std::size_t) {
-                              self->OnSent(error, keep);
+        Write();
+    }
+
+    /// Most answers fit into the socket at once, which spares the way round the loop.
+    void Write()
+    {
+        beast::error_code error;
+        const std::size_t sent = m_socket.write_some(asio::buffer(m_response), error);
+        if (!error && sent == m_response.size()) {
+            OnSent({});
+            return;
+        }
+        asio::async_write(m_socket, asio::buffer(m_response) + sent,
+                          [self = shared_from_this()](beast::error_code failure, std::size_t) {
+                              self->OnSent(failure);
                           });
     }
 
-    void OnSent(beast::error_code error, bool keep)
+    void OnSent(beast::error_code error)
     {
-        if (!error && keep) {
+        if (!error && m_keep) {
             ReadHead();
         } else if (!error) {
             Farewell();
@@ -294,7 +309,7 @@ private:
     void Farewell()
     {
         beast::error_code ignored;
-        m_socket.shutdown(tcp::socket::shutdown_send, ignored);
+        m_socket.shutdown(Socket::shutdown_send, ignored);
         ExpiresAfter(m_site.patience.farewell);
         Discard();
     }
@@ -340,7 +355,10 @@ private:
     void OnTime()
     {
         m_isTimed = false;
-        if (m_deadline <= Clock::now()) {
+        if (m_deadline <= Clock::now() && !m_isAnswered) {
+            ExpiresNever();
+            WatchForEnd();
+        } else if (m_deadline <= Clock::now()) {
             if (m_parser->got_some() && !m_parser->is_done()) {
                 kLog.Put(2, "half a request came, and no more in time");
             }
@@ -351,14 +369,15 @@ private:
         }
     }
 
-    tcp::socket m_socket;
+    Socket m_socket;
     asio::steady_timer m_timer;
     const Share m_share;
     const Site& m_site;
     beast::flat_buffer m_buffer;
     std::optional<http::request_parser<http::string_body>> m_parser;
     http::response<http::empty_body> m_continue;
-    http::response<http::string_body> m_response;
+    std::string m_response;
+    bool m_keep = false;
     Clock::time_point m_deadline = Clock::time_point::max();
     bool m_isTimed = false;
     /// Held by whoever is to answer, and holds the session.
@@ -371,7 +390,7 @@ private:
 
 }  // namespace
 
-void ServeConnection(tcp::socket socket, const Share& share, const Site& site)
+void ServeConnection(Socket socket, const Share& share, const Site& site)
 {
     std::make_shared<HttpSession>(std::move(socket), share, site)->ReadHead();
 }

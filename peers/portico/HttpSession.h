@@ -5,12 +5,10 @@
 #include "portico/Listener.h"
 #include "portico/Site.h"
 
-#include <boost/asio/ip/tcp.hpp>
-
 namespace PorticoApi {
 
 /// Serves one connection of a consumer, any number of requests, or hands it on to the link or to
 /// the events. Whatever stands still for too long is closed.
-void ServeConnection(boost::asio::ip::tcp::socket socket, const Share& share, const Site& site);
+void ServeConnection(Socket socket, const Share& share, const Site& site);
 
 }  // namespace PorticoApi

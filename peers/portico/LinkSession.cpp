@@ -26,7 +26,6 @@ namespace asio = boost::asio;
 namespace beast = boost::beast;
 namespace websocket = boost::beast::websocket;
 namespace Limits = Orlu::Limits;
-using asio::ip::tcp;
 using Clock = std::chrono::steady_clock;
 using Portico::LinkMessage;
 
@@ -34,7 +33,7 @@ constexpr DPrint kLog("PorticoServer");
 
 class LinkSession : public std::enable_shared_from_this<LinkSession> {
 public:
-    LinkSession(tcp::socket socket, HttpRequest request, Share share, const Site& site)
+    LinkSession(Socket socket, HttpRequest request, Share share, const Site& site)
         : m_stream(std::move(socket)),
           m_timer(m_stream.get_executor()),
           m_request(std::move(request)),
@@ -313,7 +312,7 @@ private:
     };
 
     // Without the compression that nobody needs on one machine.
-    websocket::stream<tcp::socket, false> m_stream;
+    websocket::stream<Socket, false> m_stream;
     asio::steady_timer m_timer;
     const HttpRequest m_request;
     const Share m_share;
@@ -333,7 +332,7 @@ private:
 
 }  // namespace
 
-void ServeLink(tcp::socket socket, HttpRequest request, const Share& share, const Site& site)
+void ServeLink(Socket socket, HttpRequest request, const Share& share, const Site& site)
 {
     std::make_shared<LinkSession>(std::move(socket), std::move(request), share, site)->Accept();
 }

@@ -4,7 +4,6 @@
 
 #include "portico/Listener.h"
 
-#include <boost/asio/ip/tcp.hpp>
 #include <boost/beast/http/message.hpp>
 #include <boost/beast/http/string_body.hpp>
 
@@ -17,7 +16,6 @@ using HttpRequest = boost::beast::http::request<boost::beast::http::string_body>
 /// Serves a service's link from its handshake `request` on: carries what it registers and asks to
 /// and from the site's resources. A service that breaks the protocol, registers too much or stops
 /// reading is cut off with a log line; whoever waits for it then gets 503.
-void ServeLink(boost::asio::ip::tcp::socket socket, HttpRequest request, const Share& share,
-               const Site& site);
+void ServeLink(Socket socket, HttpRequest request, const Share& share, const Site& site);
 
 }  // namespace PorticoApi

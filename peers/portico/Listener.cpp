@@ -15,7 +15,6 @@ namespace PorticoApi {
 namespace {
 
 namespace asio = boost::asio;
-using asio::ip::tcp;
 
 constexpr DPrint kLog("PorticoServer");
 constexpr std::chrono::milliseconds kAcceptPause(100);
@@ -42,7 +41,7 @@ std::optional<std::uint16_t> Listener::Listen(std::uint16_t port, std::string& w
     return chosen;
 }
 
-boost::system::error_code Listener::Open(Entrance& entrance, const tcp::endpoint& endpoint)
+boost::system::error_code Listener::Open(Entrance& entrance, const Protocol::endpoint& endpoint)
 {
     boost::system::error_code error;
     entrance.acceptor.open(endpoint.protocol(), error);
@@ -76,7 +75,7 @@ void Listener::Start()
 void Listener::Accept(Entrance& entrance)
 {
     entrance.acceptor.async_accept(
-        [this, &entrance](boost::system::error_code error, tcp::socket socket) {
+        [this, &entrance](boost::system::error_code error, Socket socket) {
             if (error == asio::error::operation_aborted) {
                 return;
             }
@@ -95,7 +94,7 @@ void Listener::Accept(Entrance& entrance)
         });
 }
 
-void Listener::Admit(tcp::socket socket)
+void Listener::Admit(Socket socket)
 {
     const bool isFull =
         static_cast<std::size_t>(m_connections.use_count()) > Orlu::Limits::kConnections;
@@ -107,7 +106,7 @@ void Listener::Admit(tcp::socket socket)
         return;
     }
     boost::system::error_code ignored;
-    socket.set_option(tcp::no_delay(true), ignored);
+    socket.set_option(Protocol::no_delay(true), ignored);
     m_accepted(std::move(socket), m_connections);
 }
 

@@ -14,6 +14,12 @@
 
 namespace PorticoApi {
 
+using Protocol = boost::asio::ip::tcp;
+
+/// A connection; with the executor by its own type, as a general one costs each step an
+/// indirection.
+using Socket = boost::asio::basic_stream_socket<Protocol, boost::asio::io_context::executor_type>;
+
 /// A place among the connections that are served at a time; held by the connection.
 using Share = std::shared_ptr<const int>;
 
@@ -21,7 +27,7 @@ using Share = std::shared_ptr<const int>;
 /// at once, with a log line for the first.
 class Listener {
 public:
-    using Accepted = std::function<void(boost::asio::ip::tcp::socket, Share)>;
+    using Accepted = std::function<void(Socket, Share)>;
 
     Listener(boost::asio::io_context& context, Accepted accepted);
 
@@ -34,14 +40,14 @@ public:
 private:
     struct Entrance {
         explicit Entrance(boost::asio::io_context& context) : acceptor(context), pause(context) {}
-        boost::asio::ip::tcp::acceptor acceptor;
+        boost::asio::basic_socket_acceptor<Protocol, boost::asio::io_context::executor_type>
+            acceptor;
         boost::asio::steady_timer pause;
     };
 
-    static boost::system::error_code Open(Entrance& entrance,
-                                          const boost::asio::ip::tcp::endpoint& endpoint);
+    static boost::system::error_code Open(Entrance& entrance, const Protocol::endpoint& endpoint);
     void Accept(Entrance& entrance);
-    void Admit(boost::asio::ip::tcp::socket socket);
+    void Admit(Socket socket);
 
     Entrance m_four;
     Entrance m_six;

@@ -18,7 +18,7 @@ Server::Server(boost::asio::io_context& context, const Options& options, const s
       m_web(options.web),
       m_product(m_resources, m_files, m_log, root),
       m_site{m_resources, m_events, m_files, m_web, patience, 0},
-      m_listener(context, [this](boost::asio::ip::tcp::socket socket, const Share& share) {
+      m_listener(context, [this](Socket socket, const Share& share) {
           ServeConnection(std::move(socket), share, m_site);
       })
 {
