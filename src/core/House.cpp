@@ -33,15 +33,18 @@ private:
     DeviceLookupIF& m_lookup;
 };
 
-class ServerTask : public ServerTaskIF {
+class ManagerNeighbours : public ManagerNeighboursIF {
 public:
-    explicit ServerTask(House& house) : m_house(house) {}
+    explicit ManagerNeighbours(House& house) : m_house(house) {}
+    UEIInterface& Engine() override { return m_house.Engine(); }
+    Trellan_ServiceCodesetHandler& CodesetHandler() override { return m_house.CodesetHandler(); }
     APTask& GetServerTask(const std::string&) override { return m_house.Server(); }
     bool IsCloudConnected() override { return m_house.Server().IsCloudConnected(); }
     void setCloudConnected(bool connected) override
     {
         m_house.Server().setCloudConnected(connected);
     }
+    void NotifyState(std::uint32_t state) override { m_house.Server().NotifyState(state); }
 
 private:
     House& m_house;
@@ -99,18 +102,6 @@ private:
     House& m_house;
 };
 
-class EngineStart : public EngineStartIF {
-public:
-    explicit EngineStart(House& house) : m_house(house) {}
-    int Init(NotifyTargetTaskIF* task, const DeviceManagerPb::DeviceInfo& deviceInfo) override
-    {
-        return m_house.Engine().Init(task, deviceInfo);
-    }
-
-private:
-    House& m_house;
-};
-
 /// What the server task and the blaster's proxy ask of the engine.
 class EngineAnswers : public DeviceLookupIF, public UEIResponsesIF {
 public:
@@ -148,20 +139,18 @@ private:
 struct House::Adapters {
     explicit Adapters(House& house)
         : ueiNeighbours(house),
-          engineStart(house),
           engine(house),
           neighbours(house, engine),
-          serverTask(house),
+          managerNeighbours(house),
           codesetServer(house),
           blasterSync(house)
     {
     }
 
     UEINeighbours ueiNeighbours;
-    EngineStart engineStart;
     EngineAnswers engine;
     ServerNeighbours neighbours;
-    ServerTask serverTask;
+    ManagerNeighbours managerNeighbours;
     CodesetServer codesetServer;
     BlasterSync blasterSync;
 };
@@ -177,8 +166,7 @@ House::~House() = default;
 Trellan_ServiceManager& House::Manager()
 {
     if (!m_manager) {
-        m_manager = std::make_unique<Trellan_ServiceManager>(m_adapters->serverTask,
-                                                             m_adapters->engineStart);
+        m_manager = std::make_unique<Trellan_ServiceManager>(m_adapters->managerNeighbours);
     }
     return *m_manager;
 }

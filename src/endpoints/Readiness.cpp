@@ -1,17 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include "ProtoBufs/PayloadCfg.pb.h"
+#include "endpoints/ManagerLog.h"
+#include "endpoints/Resources.h"
 #include "endpoints/Trellan_ServiceManager.h"
-#include "orlu/Callback.h"
-#include "orlu/DPrint.h"
+#include "uei/UEIInterface.h"
 
 using DeviceManagerPb::DeviceInfo;
 using NetManager::Protobuf::NetworkStatus;
+using Paths = PorticoClientIF::Paths;
 
 namespace TrellanService {
 
 namespace {
 
-constexpr DPrint kLog("Trellan_ServiceManager");
+constexpr double kVersion = 1.0;
+constexpr double kStagingVersion = 2.0;
 
 }  // namespace
 
@@ -27,11 +31,98 @@ void Trellan_ServiceManager::AssumeProduct()
         m_serverTask);
 }
 
+void Trellan_ServiceManager::RegisterForProduct()
+{
+    m_porticoClient->RegisterEndpointsOfInterest(
+        {kSystemInfoResource},
+        {[this](const Paths& paths) { RequestSystemInfo(paths); }, m_serverTask}, {});
+    m_porticoClient->RegisterEndpointsOfInterest(
+        {kStagingResource}, {[this](const Paths& paths) { RequestStaging(paths); }, m_serverTask},
+        {});
+}
+
+void Trellan_ServiceManager::RequestSystemInfo(const Paths& paths)
+{
+    if (paths.empty()) {
+        kManagerLog.Put(1, "Endpoint not ready");
+        return;
+    }
+    kManagerLog.Log(3, "Registering for {}", kSystemInfoResource);
+    m_porticoClient->SendGet<DeviceInfo>(
+        kSystemInfoResource,
+        {[this](const DeviceInfo& information) { HandleSysInfo(information); }, m_serverTask},
+        {[](const Portico::Error& error) {
+             kManagerLog.Log(1, "Error {} {} while retrieving system info", error.code(),
+                             error.subcode());
+         },
+         m_serverTask},
+        kVersion);
+}
+
+void Trellan_ServiceManager::RequestStaging(const Paths& paths)
+{
+    if (paths.empty()) {
+        kManagerLog.Put(1, "Payload endpoint not ready");
+        return;
+    }
+    kManagerLog.Log(3, "Registering for {}", kStagingResource);
+    m_porticoClient->SendGet<Portico::PayloadCfg>(
+        kStagingResource,
+        {[this](const Portico::PayloadCfg& config) {
+             m_stagingDirectory = config.stagingdirectory();
+             kManagerLog.Log(3, "staging directory {}", m_stagingDirectory);
+         },
+         m_serverTask},
+        {[](const Portico::Error& error) {
+             kManagerLog.Log(1, "PayloadCfg Error {} {}", error.code(), error.subcode());
+         },
+         m_serverTask},
+        kStagingVersion);
+}
+
+void Trellan_ServiceManager::RegisterForNetworkServiceReadiness()
+{
+    kManagerLog.Put(3, "RegisterForNetworkServiceReadiness");
+    m_porticoClient->RegisterEndpointsOfInterest(
+        {kNetworkResource},
+        {[this](const Paths&) {
+             kManagerLog.Put(3, "HandleNetworkCapabilityReady");
+             HandleNetworkModuleReady(true);
+         },
+         m_serverTask},
+        {[this](const Paths&) {
+             kManagerLog.Put(3, "HandleNetworkCapabilityNotReady");
+             HandleNetworkModuleReady(false);
+         },
+         m_serverTask});
+}
+
+void Trellan_ServiceManager::HandleNetworkModuleReady(bool ready)
+{
+    kManagerLog.Log(3, "HandleNetworkModuleReady: networkModuleReady={:d}", ready);
+    m_networkModuleReady = ready;
+    if (!ready) {
+        return;
+    }
+    const AsyncCallback<NetworkStatus> statusArrived(
+        [this](const NetworkStatus& status) { HandleNetworkStatus(status); }, m_serverTask);
+    const AsyncCallback<Portico::Error> failed(
+        [](const Portico::Error& error) {
+            kManagerLog.Log(1, "operator(): Error = ({}-{}) {}", error.code(), error.subcode(),
+                            error.message());
+        },
+        m_serverTask);
+    m_porticoClient->RegisterNotification(kNetworkResource, statusArrived,
+                                          Portico::EndpointScope::kLocal, kVersion);
+    m_networkStatusRequest =
+        m_porticoClient->SendGet(kNetworkResource, statusArrived, failed, kVersion);
+}
+
 void Trellan_ServiceManager::HandleSysInfo(const DeviceInfo& information)
 {
-    kLog.Put(3, "HandleSysInfo");
+    kManagerLog.Put(3, "HandleSysInfo");
     m_deviceInfo = information;
-    if (!m_networkStatus || !m_networkStatus->isprimaryup() || m_server.IsCloudConnected()) {
+    if (!m_networkStatus || !m_networkStatus->isprimaryup() || m_neighbours.IsCloudConnected()) {
         return;
     }
     StartEngine();
@@ -39,28 +130,28 @@ void Trellan_ServiceManager::HandleSysInfo(const DeviceInfo& information)
 
 void Trellan_ServiceManager::HandleNetworkStatus(const NetworkStatus& status)
 {
-    kLog.Log(3, "HandleNetworkStatus: N/w status- ({})", status.DebugString());
+    kManagerLog.Log(3, "HandleNetworkStatus: N/w status- ({})", status.DebugString());
     if (status.has_isprimaryup() && m_networkStatus &&
         m_networkStatus->isprimaryup() == status.isprimaryup()) {
         return;
     }
     m_networkStatus = status;
     if (status.isprimaryup()) {
-        if (m_deviceInfo.has_serialnumber() && !m_server.IsCloudConnected()) {
-            kLog.Put(3, "HandleNetworkStatus:  activated");
+        if (m_deviceInfo.has_serialnumber() && !m_neighbours.IsCloudConnected()) {
+            kManagerLog.Put(3, "HandleNetworkStatus:  activated");
             StartEngine();
         }
-    } else if (m_server.IsCloudConnected()) {
-        m_server.setCloudConnected(false);
-        kLog.Put(3, "HandleNetworkStatus:  not activated s");
+    } else if (m_neighbours.IsCloudConnected()) {
+        m_neighbours.setCloudConnected(false);
+        kManagerLog.Put(3, "HandleNetworkStatus:  not activated s");
     }
 }
 
 void Trellan_ServiceManager::StartEngine()
 {
     // A start that failed shows in what is asked of the engine later.
-    m_engine.Init(m_serverTask, m_deviceInfo);
-    m_server.setCloudConnected(true);
+    m_neighbours.Engine().Init(m_serverTask, m_deviceInfo);
+    m_neighbours.setCloudConnected(true);
 }
 
 }  // namespace TrellanService

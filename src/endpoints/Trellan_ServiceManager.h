@@ -2,73 +2,131 @@
 
 #pragma once
 
+#include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "ProtoBufs/DeviceInfo.pb.h"
 #include "ProtoBufs/NetworkStatus.pb.h"
+#include "ProtoBufs/PayloadPublish.pb.h"
+#include "ProtoBufs/Trellan_Service.pb.h"
+#include "datacollection/DataCollectionClientIF.h"
+#include "orlu/Callback.h"
 #include "orlu/Task.h"
+#include "orlu/Timer.h"
+#include "portico/PorticoClientIF.h"
 
 namespace TrellanService {
 
-/// The server task as the manager sees it.
-class ServerTaskIF {
+class Trellan_ServiceCodesetHandler;
+class UEIInterface;
+
+/// The manager's neighbours, each built at its first use, and the server task as it sees it.
+class ManagerNeighboursIF {
 public:
-    virtual ~ServerTaskIF() = default;
+    virtual ~ManagerNeighboursIF() = default;
+    virtual UEIInterface& Engine() = 0;
+    virtual Trellan_ServiceCodesetHandler& CodesetHandler() = 0;
 
     /// Builds the server task at the first call; `address` is not kept.
     virtual APTask& GetServerTask(const std::string& address) = 0;
-
     virtual bool IsCloudConnected() = 0;
     virtual void setCloudConnected(bool connected) = 0;
+    /// A `TrellanService_State`, for the client.
+    virtual void NotifyState(std::uint32_t state) = 0;
 };
 
-/// The engine's start, which needs to know whose product it is.
-class EngineStartIF {
-public:
-    virtual ~EngineStartIF() = default;
-    /// 0, or -1; starts the engine anew if it runs.
-    virtual int Init(NotifyTargetTaskIF* task, const DeviceManagerPb::DeviceInfo& deviceInfo) = 0;
-};
-
-/// The service's own task manager: makes the one task that everything runs on, and starts the
-/// engine once the product is known and its network is up. Single instance, on the first thread
-/// until the tasks have been started, on the server task from then on.
+/// The service's own task manager, and its face towards the product's local API: makes the one task
+/// that everything runs on, puts up the service's resources, and starts the engine once the product
+/// is known and its network is up. Single instance; built and asked for its tasks on the first
+/// thread, on the server task from then on.
+///
+/// A resource's handler refuses by an ordinary answer, never by the API's error, and calls the
+/// answer once, now or when the blaster has answered.
 class Trellan_ServiceManager : public APTaskManager {
 public:
+    using OSMAnswer = Callback<TrellanServiceMessages::OSMControlResp_t>;
+    using PublishAnswer = Callback<Portico::PayloadPublishResponse>;
+    using DirectEntryAnswer = Callback<TrellanServiceMessages::DirectEntryResp_t>;
+
     static Trellan_ServiceManager& GetInstance();
 
-    Trellan_ServiceManager(ServerTaskIF& server, EngineStartIF& engine)
-        : m_server(server), m_engine(engine)
-    {
-    }
+    /// Makes the client of the local API; the neighbours are left alone until they are needed.
+    explicit Trellan_ServiceManager(ManagerNeighboursIF& neighbours);
 
     /// To be called once. True.
     bool CreateAllTasks() override;
 
-    /// From the first thread, behind `StartAllTasks`. No local API is built in yet that could tell
-    /// the product's information and its network's state: an unnamed product with its network up is
-    /// assumed.
+    /// From the first thread, behind `StartAllTasks`: does without a local API that could tell the
+    /// product's information and its network's state, and takes an unnamed product with its network
+    /// up.
     void AssumeProduct();
 
     /// Where brand lists are written, empty until the local API has told; and the name of the last.
     const std::string& StagingDirectory() const { return m_stagingDirectory; }
     const std::string& BrandListFileName() const { return m_brandListFileName; }
 
+    /// The manager's own; on the server task.
+    const std::shared_ptr<PorticoClientIF>& GetPorticoClient() const { return m_porticoClient; }
+
     void HandleSysInfo(const DeviceManagerPb::DeviceInfo& information);
     void HandleNetworkStatus(const NetManager::Protobuf::NetworkStatus& status);
+    void HandleNetworkModuleReady(bool ready);
+    void RegisterForNetworkServiceReadiness();
+
+    /// The version of the engine's database, or "Get version error". On the server task.
+    void GetTRDatabaseVer(const AsyncCallback<std::string>& callback);
+
+    /// The guided test: its state, and the step that `message` asks for.
+    void HandleTRGet(const OSMAnswer& answer);
+    void HandleTRPut(const TrellanServiceMessages::OSMControlMsg_t& message,
+                     const OSMAnswer& answer);
+
+    /// Writes a list of brands, has the local API publish it and answers with the place it names;
+    /// with empty texts if any of that fails.
+    void HandleBrandListPost(const TrellanServiceMessages::BrandListReq_t& request,
+                             const PublishAnswer& answer);
+
+    /// Finds the code set of a device by its names and loads it into the blaster.
+    void HandleDirectEntryPut(const TrellanServiceMessages::DirectEntryReq_t& request,
+                              const DirectEntryAnswer& answer);
 
 private:
     bool CreateAllTasks(const std::string& address);
+    void RegisterResources();
+    void RegisterForProduct();
+    void RequestSystemInfo(const PorticoClientIF::Paths& paths);
+    void RequestStaging(const PorticoClientIF::Paths& paths);
     void StartEngine();
+
+    TrellanServiceMessages::OSMControlResp_t FilledResponse();
+    void OSMStart(const TrellanServiceMessages::OSMControlMsg_t& message, const OSMAnswer& answer);
+    void RecordStart(const TrellanServiceMessages::OSMControlMsg_t& message);
+    void CancelTest(const OSMAnswer& answer);
+    void TakeUserResponse(const TrellanServiceMessages::OSMControlMsg_t& message,
+                          const OSMAnswer& answer);
+    void OSMComplete(const OSMAnswer& answer);
+    /// Waits five minutes from now for the next request.
+    void ResetInactivityTimer();
+    void HandleTimeOut();
+
+    void Publish(const PublishAnswer& answer);
+    void DeleteStagingFile();
 
     std::string m_stagingDirectory;
     std::string m_brandListFileName;
+    bool m_networkModuleReady = false;
     std::optional<NetManager::Protobuf::NetworkStatus> m_networkStatus;
     DeviceManagerPb::DeviceInfo m_deviceInfo;
-    ServerTaskIF& m_server;
-    EngineStartIF& m_engine;
+    std::shared_ptr<PorticoClientIF> m_porticoClient;
+    CallbackConnection m_networkStatusRequest;
     APTask* m_serverTask = nullptr;
+    std::shared_ptr<APTimer> m_osmTimer;
+    std::uint32_t m_osmTimeOutMs = 300000;
+    std::shared_ptr<DataCollectionClientIF> m_dataCollection;
+    std::int32_t m_brandLists = 0;  ///< How many file names were used up.
+    ManagerNeighboursIF& m_neighbours;
 };
 
 }  // namespace TrellanService

@@ -1,92 +1,147 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include <string>
-#include <utility>
-
-#include <gtest/gtest.h>
-
-#include "endpoints/Trellan_ServiceManager.h"
-#include "support/VirtualRuntime.h"
+#include "endpoints/EndpointsFixture.h"
 
 namespace TrellanService {
 namespace {
 
-/// A manager between a server whose cloud follows what it is told and an engine that notes whom it
-/// was started for.
-class Readiness : public testing::Test, public ServerTaskIF, public EngineStartIF {
+class Readiness : public EndpointsFixture {
 protected:
-    APTask& GetServerTask(const std::string&) override { return m_task; }
-    bool IsCloudConnected() override { return cloud; }
-    void setCloudConnected(bool connected) override
+    void Information(const std::string& json) { m_world.portico.Put("/system/info", json); }
+    /// The answer of a resource that was there counts no more: changes come as notifications.
+    void Network(const char* json) { m_world.portico.Notify("/network/status", json); }
+
+    /// The start of the engine for a product of this serial number.
+    static std::string Init(const std::string& identity)
     {
-        events += connected ? "cloud;" : "no cloud;";
-        cloud = connected;
-    }
-    int Init(NotifyTargetTaskIF*, const DeviceManagerPb::DeviceInfo& deviceInfo) override
-    {
-        events += "init " + deviceInfo.serialnumber() + ";";
-        return -1;
+        return "+0 qsp stop\n"
+               "+0 qsp set_host_log_function\n"
+               "+0 qsp set_log_level 50\n"
+               "+0 qsp set_online_vector k7#Vq!2xZ(9dLr&T\n"
+               "+0 qsp set_online_unique_id " +
+               identity +
+               "\n+0 qsp start /opt/Orlu/etc/UEI/WRLD_linux.conf\n"
+               "+0 qsp set_host_callback_function\n"
+               "+0 qsp set_callback_httppost\n";
     }
 
-    std::string Network(std::optional<bool> up)
-    {
-        NetManager::Protobuf::NetworkStatus status;
-        if (up) {
-            status.set_isprimaryup(*up);
-        }
-        manager.HandleNetworkStatus(status);
-        return std::exchange(events, {});
-    }
-    std::string Information(const char* serialNumber)
-    {
-        DeviceManagerPb::DeviceInfo information;
-        if (serialNumber != nullptr) {
-            information.set_serialnumber(serialNumber);
-        }
-        manager.HandleSysInfo(information);
-        return std::exchange(events, {});
-    }
-
-    VirtualRuntime runtime;
-    APTask m_task{"server", 0, 0, 0};
-    bool cloud = false;
-    std::string events;
-    Trellan_ServiceManager manager{*this, *this};
+    static constexpr const char* kUp = R"({"isPrimaryUp":true})";
+    static constexpr const char* kDown = R"({"isPrimaryUp":false})";
+    static constexpr const char* kLost = "+0 client event 7 {\"connectState\":false}\n";
 };
 
-TEST_F(Readiness, StartsTheEngineOnceTheProductIsKnownAndItsNetworkUp)
+TEST_F(Readiness, PutsUpItsResourcesAndAsksForTheProducts)
 {
-    EXPECT_EQ(Network(true), "");
-    EXPECT_EQ(Information("A1234"), "init A1234;cloud;");
-    EXPECT_EQ(Information("B1234"), "");
-    EXPECT_EQ(Network(true), "");
-    EXPECT_EQ(Network(false), "no cloud;");
-    EXPECT_EQ(Network(false), "");
-    EXPECT_EQ(Network(true), "init B1234;cloud;");
+    EXPECT_EQ(m_world.portico.Registrations(),
+              "GET /remote/integration\n"
+              "PUT /remote/integration\n"
+              "POST /remote/integration/brandList\n"
+              "PUT /remote/integration/directEntry\n"
+              "interest /system/info\n"
+              "interest /payload/cfg\n"
+              "interest /data/udc/state\n"
+              "notification /data/udc/state\n"
+              "interest /network/status\n");
+    EXPECT_TRUE(m_world.portico.Clients().starts_with("TrellanService\ndatacollection"));
+    m_world.KnowProduct();
+    EXPECT_EQ(Effects(),
+              "+0 portico GET /payload/cfg\n"
+              "+0 portico GET /system/info\n"
+              "+0 portico GET /network/status\n" +
+                  Init("A1234"));
+    EXPECT_EQ(Log(),
+              "3 Registering for /payload/cfg\n"
+              "3 Registering for /system/info\n"
+              "3 HandleNetworkCapabilityReady\n"
+              "3 HandleNetworkModuleReady: networkModuleReady=1\n"
+              "3 staging directory /mnt/nv/payload\n"
+              "3 HandleSysInfo\n"
+              "3 HandleNetworkStatus: N/w status- (isPrimaryUp: true\\n)\n"
+              "3 HandleNetworkStatus:  activated\n");
 }
 
-TEST_F(Readiness, TakesInformationAndNetworkInEitherOrder)
+TEST_F(Readiness, StartsTheEngineAnewAfterEachOutage)
 {
-    EXPECT_EQ(Information("A1234"), "");
-    EXPECT_EQ(Network(false), "");
-    EXPECT_EQ(Network(true), "init A1234;cloud;");
-    EXPECT_EQ(Network(std::nullopt), "no cloud;");  // one that says nothing always counts
+    m_world.portico.Put("/network/status", kUp);
+    EXPECT_EQ(Effects(), "+0 portico GET /network/status\n");
+    Information(R"({"serialNumber":"A1234"})");
+    EXPECT_EQ(Effects(), "+0 portico GET /system/info\n" + Init("A1234"));
+    EXPECT_EQ(Advance(1000), "+1000 client event 7 {\"connectState\":true}\n");
+    Network(kUp);
+    EXPECT_EQ(Effects(), "");
+    Log();
+    Network(kDown);
+    EXPECT_EQ(Effects(), kLost);
+    EXPECT_EQ(Log(),
+              "3 HandleNetworkStatus: N/w status- (isPrimaryUp: false\\n)\n"
+              "3 HandleNetworkStatus:  not activated s\n");
+    Network(kDown);
+    EXPECT_EQ(Effects(), "");
+    Network(kUp);
+    EXPECT_EQ(Effects(), Init("A1234"));
+    Network(kDown);  // the cloud still waits: that goes on, and the next one starts the engine
+    EXPECT_EQ(Effects(), "");
+    Network(kUp);
+    EXPECT_EQ(Effects(), Init("A1234"));
+    EXPECT_EQ(Advance(1000), "+1000 client event 7 {\"connectState\":true}\n");
+    Network("{}");  // one that says nothing always counts
+    EXPECT_EQ(Effects(), kLost);
 }
 
 TEST_F(Readiness, ANamelessProductStartsByItsInformationAlone)
 {
-    EXPECT_EQ(Information(nullptr), "");
-    EXPECT_EQ(Network(true), "");
-    EXPECT_EQ(Information(nullptr), "init ;cloud;");
+    Information("{}");
+    m_world.portico.Put("/network/status", kDown);
+    Effects();
+    Network(kUp);
+    EXPECT_EQ(Effects(), "");
+    m_world.portico.Remove("/system/info");
+    Information("{}");
+    EXPECT_EQ(Effects(), "+0 portico GET /system/info\n" + Init("58203917461125QZX"));
 }
 
-TEST_F(Readiness, ANetworkThatFallsWhileTheCloudWaitsStopsNothing)
+TEST_F(Readiness, ErrorsAreLoggedAndNotRetried)
 {
-    EXPECT_EQ(Network(true), "");
-    EXPECT_EQ(Information("A1234"), "init A1234;cloud;");
-    cloud = false;  // as during the wait for it
-    EXPECT_EQ(Network(false), "");
-    EXPECT_EQ(Network(true), "init A1234;cloud;");
+    constexpr const char* kError = R"({"code":503,"subcode":2,"message":"gone"})";
+    m_world.portico.Fail("/system/info", kError);
+    m_world.portico.Fail("/payload/cfg", kError);
+    m_world.portico.Put("/network/status", "[true]");
+    Advance(60000);
+    EXPECT_EQ(Log(),
+              "3 Registering for /system/info\n"
+              "3 Registering for /payload/cfg\n"
+              "3 HandleNetworkCapabilityReady\n"
+              "3 HandleNetworkModuleReady: networkModuleReady=1\n"
+              "1 Error 503 2 while retrieving system info\n"
+              "1 PayloadCfg Error 503 2\n"
+              "1 operator(): Error = (0-2005) NetworkStatus: not an object\n");
+    m_world.portico.Remove("/network/status");
+    Effects();
+    Network(kUp);  // what was registered stays
+    Effects();
+    EXPECT_EQ(Log(),
+              "3 HandleNetworkCapabilityNotReady\n"
+              "3 HandleNetworkModuleReady: networkModuleReady=0\n"
+              "3 HandleNetworkStatus: N/w status- (isPrimaryUp: true\\n)\n");
+    EXPECT_EQ(m_world.house.Manager().StagingDirectory(), "");
+}
+
+TEST_F(Readiness, TellsTheDatabaseVersion)
+{
+    NotifyTargetTaskIF* task = &m_world.house.Server();
+    const AsyncCallback<std::string> note(
+        [this](const std::string& text) { m_world.effects.Add("version " + text); }, task);
+    m_world.qsp.texts["get_version_string"] = "3.1";
+    m_world.house.Manager().GetTRDatabaseVer(note);
+    m_world.qsp.results["get_version_string"] = 9;
+    m_world.house.Manager().GetTRDatabaseVer(note);
+    EXPECT_EQ(Effects(),
+              "+0 qsp get_lookup_session  2\n"
+              "+0 qsp get_version_string\n"
+              "+0 qsp get_version_string\n"
+              "+0 version 3.1\n"
+              "+0 version Get version error\n");
+    EXPECT_EQ(Log(), "3 DB version 3.1\n");
 }
 
 }  // namespace

@@ -45,7 +45,7 @@ protected:
                                                 const Terms&) override
     {
         m_api.m_registrations += "notification " + path + "\n";
-        m_api.m_notifications.emplace(path, notify);
+        m_api.m_notifications[path] = notify;
         return {};
     }
     CallbackConnection SendText(Portico::Method method, const std::string& path,
@@ -94,8 +94,9 @@ void ScriptedPortico::Remove(const std::string& path)
 
 void ScriptedPortico::Notify(const std::string& path, const std::string& json)
 {
-    const auto [first, last] = m_notifications.equal_range(path);
-    std::for_each(first, last, [&json](const auto& entry) { entry.second(json); });
+    if (const auto found = m_notifications.find(path); found != m_notifications.end()) {
+        found->second(json);
+    }
 }
 
 void ScriptedPortico::Release()

@@ -70,8 +70,8 @@ private:
 
     Effects& m_effects;
     std::map<std::string, Resource> m_resources;
-    std::map<std::string, Serve> m_endpoints;  ///< By method, a blank and path.
-    std::multimap<std::string, Text> m_notifications;
+    std::map<std::string, Serve> m_endpoints;     ///< By method, a blank and path.
+    std::map<std::string, Text> m_notifications;  ///< The last one of a path.
     std::vector<Interest> m_interests;
     std::vector<std::pair<std::string, Respond>> m_held;
     bool m_hold = false;

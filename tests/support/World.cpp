@@ -2,8 +2,10 @@
 
 #include "support/World.h"
 
+#include <filesystem>
 #include <utility>
 
+#include "datacollection/DataCollectionClient.h"
 #include "orlu/DPrint.h"
 #include "orlu/MfgData.h"
 
@@ -17,9 +19,10 @@ std::string& CollectedLog()
 
 }  // namespace
 
-World::World() : effects(runtime), lpm(effects), qsp(effects)
+World::World() : effects(runtime), lpm(effects), qsp(effects), portico(effects)
 {
     MfgData::Reload();
+    DataCollection::DataCollectionClient::Reload();
     CollectedLog().clear();
     DPrint::SetSink(&World::Collect);
 }
@@ -36,6 +39,15 @@ void World::Start()
     house.Manager().StartAllTasks();
     runtime.RunUntilIdle();
     effects.Take();
+}
+
+void World::KnowProduct()
+{
+    std::filesystem::create_directories(root.Path() + kStaging);
+    portico.Put("/payload/cfg", std::string(R"({"stagingDirectory":")") + kStaging + "\"}");
+    portico.Put("/system/info", R"({"serialNumber":"A1234"})");
+    portico.Put("/network/status", R"({"isPrimaryUp":true})");
+    runtime.RunUntilIdle();
 }
 
 std::string World::TakeLog()

@@ -8,6 +8,7 @@
 #include "core/House.h"
 #include "support/Effects.h"
 #include "support/ScriptedLpm.h"
+#include "support/ScriptedPortico.h"
 #include "support/ScriptedQsp.h"
 #include "support/TemporaryRoot.h"
 #include "support/VirtualRuntime.h"
@@ -24,11 +25,18 @@ public:
     /// Starts the service, as `main` does, and lets it and the LPM service find each other.
     void Start();
 
+    /// Makes the product's resources ready: one with the serial number A1234, its network up and a
+    /// staging folder at `kStaging`. That starts the engine; a second later the cloud counts as
+    /// connected.
+    void KnowProduct();
+    static constexpr const char* kStaging = "/mnt/nv/payload";
+
     TemporaryRoot root;
     VirtualRuntime runtime;
     Effects effects;
     ScriptedLpm lpm;
     ScriptedQsp qsp;
+    ScriptedPortico portico;
     TrellanService::House house;
 
     /// Lines of the service's log since the last call, "<level> <logger>: <text>" each.

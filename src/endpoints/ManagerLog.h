@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "orlu/DPrint.h"
+
+namespace TrellanService {
+
+/// The one logger of this room's sources.
+inline constexpr DPrint kManagerLog("Trellan_ServiceManager");
+
+}  // namespace TrellanService

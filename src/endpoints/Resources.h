@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+namespace TrellanService {
+
+/// What the service puts up at the local API.
+inline constexpr const char* kControlResource = "/remote/integration";
+inline constexpr const char* kBrandListResource = "/remote/integration/brandList";
+inline constexpr const char* kDirectEntryResource = "/remote/integration/directEntry";
+inline constexpr const char* kResourceLabel = "trellan";
+
+/// What the product has there.
+inline constexpr const char* kSystemInfoResource = "/system/info";
+inline constexpr const char* kStagingResource = "/payload/cfg";
+inline constexpr const char* kPublishResource = "/payload/publish";
+inline constexpr const char* kNetworkResource = "/network/status";
+
+}  // namespace TrellanService
