@@ -40,9 +40,11 @@ DataCollectionIPCClient::DataCollectionIPCClient(std::string dataType, NotifyTar
 void DataCollectionIPCClient::Initialize()
 {
     kLog.Put(3, "DataCollectionIPCClient::Initialize()");
-    m_listener->Connect(IPCDirectory::Get().Lookup(m_ipcAddress),
-                        AsyncCallback<Orlu::SocketPtr>(
-                            [this](const Orlu::SocketPtr& socket) { Connected(socket); }, m_task));
+    const AsyncCallback<Orlu::SocketPtr> connected(
+        [this](const Orlu::SocketPtr& socket) { Connected(socket); }, m_task);
+    if (!m_listener->Connect(IPCDirectory::Get().Lookup(m_ipcAddress), connected)) {
+        kLog.Log(1, "no address of a service for {}: {}", m_dataType, m_ipcAddress);
+    }
 }
 
 void DataCollectionIPCClient::Connected(const Orlu::SocketPtr& socket)

@@ -104,8 +104,9 @@ TEST_F(IPCClientTest, StaysAloneWithoutAnAddress)
     const auto ndc = CreateNDCIPCClient(task.get());
     EXPECT_TRUE(Logged("1 Cannot find value in map : ERROR"));
     DataCollectionClient::Reload();
-    Configure(R"({"name": "UDC"})");
+    Configure(R"({"name": "UDC", "ipc_address": "a/b"})");
     client = CreateUDCIPCClient(task.get());
+    EXPECT_TRUE(Logged("1 no address of a service for UDC: a/b"));
     EXPECT_EQ(Run(), "");
     EXPECT_FALSE(ndc->SendData(Record("Acme"), "start"));
     EXPECT_FALSE(Send());
