@@ -3,6 +3,7 @@
 #include "portico/LinkSocket.h"
 
 #include "orlu/Limits.h"
+#include "portico/LinkStream.h"
 
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/post.hpp>
@@ -22,16 +23,14 @@ namespace asio = boost::asio;
 namespace beast = boost::beast;
 namespace websocket = boost::beast::websocket;
 using asio::ip::tcp;
-/// With the executor by its own type: a general one would cost each step an indirection.
-using Socket = asio::basic_stream_socket<tcp, asio::io_context::executor_type>;
 
 /// A program that takes connections but does not answer is no local API.
 constexpr std::chrono::seconds kHandshakeLimit(5);
 
 class LinkSocket final : public LinkSocketIF, public std::enable_shared_from_this<LinkSocket> {
 public:
-    LinkSocket(asio::io_context& context, std::uint16_t port, LinkEvents events)
-        : m_stream(context), m_port(port), m_events(std::move(events))
+    LinkSocket(Orlu::AsioTaskQueue& loop, std::uint16_t port, LinkEvents events)
+        : m_loop(loop), m_stream(loop.Context()), m_port(port), m_events(std::move(events))
     {
         m_stream.set_option({kHandshakeLimit, websocket::stream_base::none(), false});
         m_stream.read_message_max(Orlu::Limits::kFrameBytes);
@@ -75,9 +74,8 @@ private:
             return;
         }
         m_stream.next_layer().set_option(tcp::no_delay(true), error);
-        m_stream.async_handshake(
-            "localhost:" + std::to_string(m_port), "/link",
-            [self = shared_from_this()](beast::error_code failure) { self->OnUp(failure); });
+        ShakeHands(m_stream, m_port,
+                   [self = shared_from_this()](beast::error_code failure) { self->OnUp(failure); });
     }
 
     void OnUp(beast::error_code error)
@@ -109,7 +107,8 @@ private:
         m_events.text({static_cast<const char*>(bytes.data()), bytes.size()});
         m_buffer.consume(m_buffer.size());
         if (!m_closed) {
-            Read();
+            // Behind the answers that the task's work may have at once: this asks the system again.
+            m_loop.AtEndOfWakeUp([self = shared_from_this()] { self->Read(); });
         }
     }
 
@@ -142,8 +141,8 @@ private:
         }
     }
 
-    // Without the compression that nobody needs on one machine.
-    websocket::stream<Socket, false> m_stream;
+    Orlu::AsioTaskQueue& m_loop;
+    LinkStream m_stream;
     const std::uint16_t m_port;
     const LinkEvents m_events;
     bool m_closed = false;
@@ -154,10 +153,10 @@ private:
 
 }  // namespace
 
-std::shared_ptr<LinkSocketIF> OpenLinkSocket(asio::io_context& context, std::uint16_t port,
+std::shared_ptr<LinkSocketIF> OpenLinkSocket(Orlu::AsioTaskQueue& loop, std::uint16_t port,
                                              LinkEvents events)
 {
-    auto socket = std::make_shared<LinkSocket>(context, port, std::move(events));
+    auto socket = std::make_shared<LinkSocket>(loop, port, std::move(events));
     socket->Connect();
     return socket;
 }

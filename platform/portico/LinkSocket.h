@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include <boost/asio/io_context.hpp>
+#include "orlu/AsioTaskQueue.h"
 
 #include <cstdint>
 #include <functional>
@@ -12,7 +12,7 @@
 
 namespace Portico {
 
-/// What a link's socket reports, each on the thread of its context.
+/// What a link's socket reports, each on the thread of its loop.
 struct LinkEvents {
     std::function<void()> up;
     std::function<void(std::string_view text)> text;
@@ -21,7 +21,7 @@ struct LinkEvents {
 };
 
 /// One attempt at a WebSocket to the local API, and the connection that comes of it. Used on the
-/// thread of its context only.
+/// thread of its loop only.
 class LinkSocketIF {
 public:
     virtual ~LinkSocketIF() = default;
@@ -35,7 +35,7 @@ public:
 };
 
 /// Begins an attempt at this port of the loopback address; its events come later.
-std::shared_ptr<LinkSocketIF> OpenLinkSocket(boost::asio::io_context& context, std::uint16_t port,
+std::shared_ptr<LinkSocketIF> OpenLinkSocket(Orlu::AsioTaskQueue& loop, std::uint16_t port,
                                              LinkEvents events);
 
 }  // namespace Portico

@@ -53,21 +53,31 @@ public:
     Reply(const Reply&) = delete;
     Reply& operator=(const Reply&) = delete;
 
-    void Give(bool isError, std::string json)
+    void Give(bool isError, const std::string& json)
     {
         if (m_isDone.exchange(true)) {
             kLog.Put(2, "a second answer to one request was dropped");
             return;
         }
-        m_queue->Post(
-            [link = m_link, socket = m_socket, id = m_id, isError, json = std::move(json)] {
-                if (const auto self = link.lock()) {
-                    self->Answer(socket, id, isError, json);
-                }
-            });
+        if (m_queue->IsCurrent()) {
+            Pass(m_link, m_socket, m_id, isError, json);
+            return;
+        }
+        m_queue->Post([link = m_link, socket = m_socket, id = m_id, isError, json] {
+            Pass(link, socket, id, isError, json);
+        });
     }
 
 private:
+    static void Pass(const std::weak_ptr<ServiceLink>& link,
+                     const std::weak_ptr<LinkSocketIF>& socket, std::uint64_t id, bool isError,
+                     const std::string& json)
+    {
+        if (const auto self = link.lock()) {
+            self->Answer(socket, id, isError, json);
+        }
+    }
+
     const std::weak_ptr<ServiceLink> m_link;
     const std::shared_ptr<Orlu::AsioTaskQueue> m_queue;
     const std::weak_ptr<LinkSocketIF> m_socket;
@@ -107,7 +117,7 @@ void ServiceLink::Open()
     events.down = [run](const std::string& why) {
         run([&why](ServiceLink& self) { self.OnDown(why); });
     };
-    m_socket = OpenLinkSocket(m_queue->Context(), m_port, std::move(events));
+    m_socket = OpenLinkSocket(*m_queue, m_port, std::move(events));
 }
 
 void ServiceLink::Close()

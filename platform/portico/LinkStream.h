@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/beast/websocket/stream.hpp>
+
+#include <cstdint>
+#include <functional>
+
+namespace Portico {
+
+/// A service's WebSocket: with the executor by its own type, as a general one costs each step an
+/// indirection, and without the compression that nobody needs on one machine.
+using LinkStream = boost::beast::websocket::stream<
+    boost::asio::basic_stream_socket<boost::asio::ip::tcp, boost::asio::io_context::executor_type>,
+    false>;
+
+/// Asks the local API at `port`, to which the stream is connected, for a link. `done` is called
+/// once, later.
+void ShakeHands(LinkStream& stream, std::uint16_t port,
+                std::function<void(boost::system::error_code)> done);
+
+}  // namespace Portico
