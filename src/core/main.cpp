@@ -31,7 +31,6 @@ int main()
     auto& manager = TrellanService::Trellan_ServiceManager::GetInstance();
     manager.CreateAllTasks();
     manager.StartAllTasks();
-    manager.AssumeProduct();
     Orlu::WarmFaultHandler();
     manager.JoinAllTasks();
     return 0;

@@ -19,18 +19,6 @@ constexpr double kStagingVersion = 2.0;
 
 }  // namespace
 
-void Trellan_ServiceManager::AssumeProduct()
-{
-    IL::BreakThread(
-        [this] {
-            NetworkStatus up;
-            up.set_isprimaryup(true);
-            HandleNetworkStatus(up);
-            HandleSysInfo(DeviceInfo());
-        },
-        m_serverTask);
-}
-
 void Trellan_ServiceManager::RegisterForProduct()
 {
     m_porticoClient->RegisterEndpointsOfInterest(

@@ -58,11 +58,6 @@ public:
     /// To be called once. True.
     bool CreateAllTasks() override;
 
-    /// From the first thread, behind `StartAllTasks`: does without a local API that could tell the
-    /// product's information and its network's state, and takes an unnamed product with its network
-    /// up.
-    void AssumeProduct();
-
     /// Where brand lists are written, empty until the local API has told; and the name of the last.
     const std::string& StagingDirectory() const { return m_stagingDirectory; }
     const std::string& BrandListFileName() const { return m_brandListFileName; }
