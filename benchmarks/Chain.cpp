@@ -15,8 +15,8 @@ const std::filesystem::path& LaidOut(const std::filesystem::path& root)
 }  // namespace
 
 Chain::Chain(const std::filesystem::path& root, const std::vector<std::string>& command,
-             int logLevel)
-    : sink(LaidOut(root)), program(command, root, logLevel), client(root)
+             int logLevel, const std::vector<std::string>& settings)
+    : sink(LaidOut(root)), program(command, root, logLevel, settings), client(root)
 {
     client.SendSourceList();
     client.Warm(sink);

@@ -15,7 +15,9 @@ namespace Bench {
 /// A client, a program and LpmService, connected in a row under a root of their own, with the code
 /// set T2051 ready for keys. The first key has gone through.
 struct Chain {
-    Chain(const std::filesystem::path& root, const std::vector<std::string>& command, int logLevel);
+    /// `settings` as for `Program`.
+    Chain(const std::filesystem::path& root, const std::vector<std::string>& command, int logLevel,
+          const std::vector<std::string>& settings = {});
 
     LpmSink sink;
     Program program;

@@ -26,7 +26,7 @@ std::vector<Figure> MeasureAll(const Effort& effort, const std::string& nginx)
                       nginx};
     std::vector<Figure> figures;
     for (const Measurement measure :
-         {MeasureKeyRoad, MeasureLocalApi, MeasureStartUp, MeasureIdle}) {
+         {MeasureKeyRoad, MeasureLocalApi, MeasureSyncs, MeasureStartUp, MeasureIdle}) {
         std::ranges::move(measure(place, effort), std::back_inserter(figures));
     }
     return figures;

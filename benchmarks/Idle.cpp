@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include <fstream>
 #include <string>
 #include <thread>
 
 #include <fmt/format.h>
 
+#include "benchmarks/HttpReader.h"
 #include "benchmarks/Measurements.h"
 
 namespace Bench {
@@ -24,7 +26,17 @@ Figure Kibibytes(const std::string& what, std::uint64_t service, std::uint64_t f
 
 std::vector<Figure> MeasureIdle(const Place& place, const Effort& effort)
 {
-    const Chain chain(place.roots / "idle", {place.ProgramPath("TrellanService")}, effort.logLevel);
+    const auto root = place.roots / "idle";
+    LayOutRoot(root);
+    const auto resources = root / "resources.json";
+    // While the network is up the service asks for its cloud, once a second until it is there.
+    std::ofstream(resources) << R"({"/network/status": {"isPrimaryUp": false}})";
+    const auto port = std::to_string(FreePort());
+    const Program api(
+        {place.ProgramPath("PorticoServer"), "--port", port, "--resources", resources}, root,
+        effort.logLevel);
+    const Chain chain(root, {place.ProgramPath("TrellanService")}, effort.logLevel,
+                      {"ORLU_PORTICO_PORT=" + port});
     const auto floorRoot = place.roots / "empty";
     LayOutRoot(floorRoot);
     const Program floor({place.ProgramPath("BareListener")}, floorRoot, effort.logLevel);

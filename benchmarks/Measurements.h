@@ -33,7 +33,11 @@ std::vector<Figure> MeasureStartUp(const Place& place, const Effort& effort);
 /// Nothing without an nginx.
 std::vector<Figure> MeasureLocalApi(const Place& place, const Effort& effort);
 
-/// Memory and wake-ups with a client and LpmService connected and nothing to do.
+/// A sync of twenty code sets, from the source list to the word that it is done, beside a program
+/// that posts, loads and asks for the same; and what of it store and log take.
+std::vector<Figure> MeasureSyncs(const Place& place, const Effort& effort);
+
+/// Memory and wake-ups with a client, LpmService and the local API connected and nothing to do.
 std::vector<Figure> MeasureIdle(const Place& place, const Effort& effort);
 
 }  // namespace Bench

@@ -62,6 +62,8 @@ Program::Program(const std::vector<std::string>& command, const std::filesystem:
     ::posix_spawn_file_actions_init(&actions);
     ::posix_spawn_file_actions_addopen(&actions, 2, log.c_str(), O_WRONLY | O_CREAT | O_APPEND,
                                        0600);
+    // Whatever it says there is not ours to print.
+    ::posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
     const int error = ::posix_spawn(&m_pid, command[0].c_str(), &actions, nullptr,
                                     Pointers(command).data(), Pointers(environment).data());
     ::posix_spawn_file_actions_destroy(&actions);

@@ -2,6 +2,8 @@
 
 #include <csignal>
 
+#include <malloc.h>
+
 #include "endpoints/Trellan_ServiceManager.h"
 #include "orlu/Backtrace.h"
 #include "orlu/SystemUtils.h"
@@ -25,6 +27,8 @@ void HandleSegmentationFault(int)
 
 int main()
 {
+    // One heap for the few threads: each thread's own costs its pages at the start.
+    ::mallopt(M_ARENA_MAX, 1);
     std::signal(SIGPIPE, SIG_IGN);
     Orlu::InstallFaultHandler(HandleSegmentationFault);
     SystemUtils::ThereCanBeOnlyOne();
