@@ -112,7 +112,7 @@ void Product::PutUpDataCollection()
         if (properties.name() != "UDC") {
             continue;
         }
-        const std::string path = properties.pt_endpoint();
+        const std::string& path = properties.pt_endpoint();
         const std::string state = path + "/state";
         if (!Portico::IsResourcePath(state) || m_resources.IsKnown(path) ||
             m_resources.IsKnown(state)) {

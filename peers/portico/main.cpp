@@ -42,6 +42,7 @@ int Serve(const PorticoApi::Options& options, const std::string& root)
 
 }  // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): only for want of memory
 int main(int argc, char** argv)
 {
     int exitCode = 0;

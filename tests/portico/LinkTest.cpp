@@ -126,6 +126,50 @@ TEST_F(LinkTest, WhoeverWaitsIsToldWhenTheServiceGoesOrKeepsSilent)
     EXPECT_EQ(consumer.Read().substr(0, 3), "503");
 }
 
+TEST_F(LinkTest, ConsumersThatLeaveBeforeTheirAnswerLeaveNothingBehind)
+{
+    Service service(Port());
+    service.Send(kRegister);
+    Settle(service);
+    {
+        std::vector<std::unique_ptr<Consumer>> crowd;
+        for (int i = 0; i < 63; ++i) {
+            crowd.push_back(std::make_unique<Consumer>(Port()));
+            AskFromOwn(*crowd.back(), "{}");
+            service.Read();
+        }
+        EXPECT_EQ(Consumer(Port()).Ask("GET", "/network/status"), "closed");
+    }
+    std::string answer = "closed";
+    while (answer == "closed") {
+        answer = Consumer(Port()).Ask("GET", "/network/status");
+    }
+    EXPECT_EQ(answer, R"(200 {"isPrimaryUp":true})");
+    service.Send("{\"type\":\"answer\",\"id\":1}\n{}");
+    Settle(service);
+}
+
+TEST_F(LinkTest, CutsOffWhoeverDoesNotReadAndServesTheOthers)
+{
+    Service service(Port());
+    service.Send(R"({"type":"subscribe","id":4,"path":"/system/info"})");
+    Settle(service);
+    Consumer listener(Port());
+    listener.Send("GET /events HTTP/1.1\r\nHost: localhost:" + std::to_string(Port()) + "\r\n\r\n");
+    listener.ReadTo("\r\n\r\n");
+    Consumer consumer(Port());
+    const std::string value = R"({"name":")" + std::string(60'000, 'n') + "\"}";
+    for (int i = 0; i < 400; ++i) {
+        EXPECT_EQ(consumer.Ask("PUT", "/system/info", value).size(), 4 + value.size());
+    }
+    EXPECT_LT(listener.ReadTo("never").size(), 400 * value.size());
+    int read = 0;
+    while (service.Read() != "closed") {
+        ++read;
+    }
+    EXPECT_LT(read, 400);
+}
+
 TEST_F(LinkTest, EndsTheLinkOfAServiceThatBreaksTheProtocol)
 {
     std::string flood;
