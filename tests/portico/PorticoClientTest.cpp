@@ -30,7 +30,7 @@ public:
     {
         std::unique_lock lock(m_mutex);
         m_changed.wait(lock, [this] { return !m_events.empty(); });
-        const std::string event = m_events.front();
+        std::string event = m_events.front();
         m_events.pop_front();
         return event;
     }
