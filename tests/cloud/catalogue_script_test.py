@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Runs scripts/build-catalogue on a folder of .ir files made here, with raw timings as LpmService
-itself renders them, and looks at what came of it.
+"""Runs scripts/build-catalogue on keymaps and a folder of .ir files made here, with raw timings as
+LpmService itself renders them, and looks at what came of it.
 
 catalogue_script_test.py ROOT BIN_DIR"""
 
@@ -47,6 +47,44 @@ def write(folder, path, text):
     file.write_bytes(text if isinstance(text, bytes) else text.encode())
 
 
+def stored(key, *data):
+    return f"name: {key}\ntype: raw\nfrequency: 36400\ndata: {' '.join(map(str, data))}\n"
+
+
+def lay_out_stored(folder):
+    """Light of no protocol: with a repeat, without; and what can't be stored, each in its way."""
+    frame = [880, 910, 900, 3500, 910]
+    fit = [stored("Power", *frame), stored("Mute", *frame, 25000, *frame, 25000, *frame),
+           stored("Vol_up", *frame[:4], 890, 30000, *frame)]
+    bad = [stored("Vol_dn", *frame, 70000, *frame), stored("Menu", *frame, 20000, 900, 900, 900),
+           stored("Exit", 0, 5), stored("Back", 900)]
+    write(folder, "TVs/Stored/Stored_1.ir", "".join(fit + bad))
+    write(folder, "TVs/Large/Large_1.ir", "".join(
+        stored(key, *frame * 40, 900) for key in ("Power", "Mute", "Vol_up", "Vol_dn", "Menu",
+                                                  "Exit", "Back", "Home", "Up", "Down", "Left")))
+    steep = [round(100 * 1.3 ** i) for i in range(18)]
+    write(folder, "TVs/Steep/Steep_1.ir", stored("Power", *steep, 900))
+
+
+KEYMAPS = {
+    "minix_neo": """[[protocols]]
+name = "mine"
+protocol = "nec"
+[protocols.scancodes]
+0x0400 = "KEY_POWER"
+0x0401 = "KEY_MUTE"
+0x10000 = "KEY_MENU"
+zz = "KEY_HOME"
+0x0402 = 3
+1027 = "KEY_UP"
+[[protocols]]
+protocol = "unknown"
+""",
+    "tivo": "[[protocols", "geekbox": "protocols = [1]", "odroid": "[[protocols]]\nprotocol = 'nec'\n"
+    "scancodes = 7", "other": "",
+}
+
+
 def lay_out(folder):
     for protocol, (name, scancode, address) in PROTOCOLS.items():
         write(folder, f"TVs/{protocol}/{protocol}_parsed.ir",
@@ -57,12 +95,15 @@ def lay_out(folder):
           b"name: Mute\ntype: parsed\nprotocol: NEC\naddress: zz\ncommand: 1\n"
           b"name: Vol_up\ntype: raw\nfrequency: 38000\ndata: 1 2 3\n"
           b"name: Vol_dn\ntype: parsed\nprotocol: Other\naddress: 1\ncommand: 1\n")
+    lay_out_stored(folder)
+    for name, text in KEYMAPS.items():
+        write(folder.parent, f"keymaps/{name}.toml", text)
     write(folder, "Lamps/Acme/Acme_1.ir", "name: Power\n")
 
 
 def build(folder, out):
     return subprocess.run([ROOT / "scripts/build-catalogue", "--builder", BIN / "CatalogueBuilder",
-                           "--irdb", folder, out], check=True, capture_output=True, text=True).stdout
+                           "--keymaps", folder.parent / "keymaps", "--irdb", folder, out], check=True, capture_output=True, text=True).stdout
 
 
 def main():
@@ -73,14 +114,25 @@ def main():
         said = build(folder, first)
         assert build(folder, second) == said
         assert first.read_bytes() == second.read_bytes(), "the same sources gave another file"
-        for line in ("Lamps/Acme/Acme_1.ir: its folder is of no device type of ours",
+        for line in ("minix_neo.toml: protocol unknown", "geekbox.toml: its protocols are no tables",
+                     "odroid.toml: it has 0 keys that can be used", "1 keys: the scancode is no number",
+                     "1 keys: the scancode does not fit nec",
+                     "other.toml: it is of a computer's receiver or tuner",
+                     "Lamps/Acme/Acme_1.ir: its folder is of no device type of ours",
                      "TVs/Bad/Bad_1.ir: it has 0 keys that can be used", "1 keys: no timings",
                      "1 keys: no address or command", "1 keys: protocol Other",
-                     "1 keys: raw timings of no protocol that we read"):
-            assert f"  {line}\n" in said, f"{line!r} is not in\n{said[said.index('irdb:'):]}"
+                     "1 keys: raw timings of too few or many steps",
+                     "2 keys: raw timings that no light has",
+                     "1 keys: raw timings with more than 65535 us of dark",
+                     "1 keys: raw timings of several frames, not all alike",
+                     "1 keys: raw timings of more than 16 durations",
+                     "11 keys: raw timings that take a code set past 1199 bytes"):
+            assert f"  {line}\n" in said, f"{line!r} is not in\n{said}"
         models = sqlite3.connect(first).execute(
             "SELECT brand.name, count(*), count(DISTINCT codeset) FROM brand JOIN model ON brand = "
             "brand.id JOIN model_codeset ON model_codeset.model = model.id GROUP BY brand.id")
+        assert "tivo.toml: it can't be read: " in said and "  keys turned: nec 3\n" in said
+        assert "raw 3," in said, "the light that fits was not stored"
         found = {brand: counts for brand, *counts in models}
         for protocol in PROTOCOLS:
             assert found.get(protocol) == [2, 1], \

@@ -4,6 +4,7 @@
 
 #include "ProtoBufs/UEIKeyNames.pb.h"
 #include "infrared/CodesetBinary.h"
+#include "infrared/CodesetFormat.h"
 #include "orlu/StrictJson.h"
 
 #include <fmt/format.h>
@@ -66,15 +67,56 @@ std::string ReadByte(const Json::Value& group, const char* name, std::uint8_t& v
     return "";
 }
 
-std::string ReadKeys(const Json::Value& object, std::size_t group, const ProtocolRow& row,
-                     std::vector<CodesetKey>& keys)
+/// The number of that duration in the group, which gets it if it is a new one.
+std::uint8_t DurationNumber(std::uint16_t duration, std::vector<std::uint16_t>& durations)
+{
+    const auto known = std::ranges::find(durations, duration);
+    const auto number = static_cast<std::uint8_t>(known - durations.begin());
+    if (known == durations.end()) {
+        durations.push_back(duration);
+    }
+    return number;
+}
+
+std::string ReadRawKey(const std::string& name, const Json::Value& times, CodesetGroup& group,
+                       CodesetKey& key)
+{
+    constexpr unsigned kMaximumSteps = 254;
+    constexpr unsigned kLongest = 65535;
+    key.ueiKey = KeyNumber(name);
+    if (key.ueiKey == 0) {
+        return fmt::format("'{}' is no key", name);
+    }
+    if (!times.isArray() || times.size() > kMaximumSteps || group.rawSequences.size() >= 255) {
+        return fmt::format("{}: no list of at most {} durations", name, kMaximumSteps);
+    }
+    RawSequence sequence;
+    for (const Json::Value& time : times) {
+        if (!time.isUInt() || time.asUInt() == 0 || time.asUInt() > kLongest) {
+            return fmt::format("{}: a duration is no number from 1 to {}", name, kLongest);
+        }
+        sequence.press.push_back(
+            DurationNumber(static_cast<std::uint16_t>(time.asUInt()), group.rawDurationsUs));
+        if (group.rawDurationsUs.size() > CodesetFormat::kMaximumDurations) {
+            return fmt::format("a raw group has more than {} different durations",
+                               CodesetFormat::kMaximumDurations);
+        }
+    }
+    key.scancode = static_cast<std::uint32_t>(group.rawSequences.size());
+    group.rawSequences.push_back(std::move(sequence));
+    return "";
+}
+
+std::string ReadKeys(const Json::Value& object, std::size_t number, const ProtocolRow& row,
+                     CodesetGroup& group, std::vector<CodesetKey>& keys)
 {
     if (!object.isObject()) {
         return "a group has no keys";
     }
     for (const std::string& name : object.getMemberNames()) {
-        CodesetKey key{.group = static_cast<std::uint8_t>(group)};
-        std::string why = ReadKey(name, object[name], row, key);
+        CodesetKey key{.group = static_cast<std::uint8_t>(number)};
+        std::string why = row.coding == Coding::kStored ? ReadRawKey(name, object[name], group, key)
+                                                        : ReadKey(name, object[name], row, key);
         if (!why.empty()) {
             return why;
         }
@@ -92,7 +134,7 @@ std::string ReadGroup(const Json::Value& object, std::vector<CodesetGroup>& grou
     }
     const Json::Value& name = object["protocol"];
     const ProtocolRow* row = name.isString() ? FindProtocol(name.asString()) : nullptr;
-    if (row == nullptr || row->coding == Coding::kStored) {
+    if (row == nullptr) {
         return "a group has no known protocol";
     }
     CodesetGroup group{.protocol = row->id};
@@ -101,7 +143,7 @@ std::string ReadGroup(const Json::Value& object, std::vector<CodesetGroup>& grou
         why = ReadByte(object, "minimumFrames", group.minimumFrames);
     }
     if (why.empty()) {
-        why = ReadKeys(object["keys"], groups.size(), *row, keys);
+        why = ReadKeys(object["keys"], groups.size(), *row, group, keys);
     }
     groups.push_back(std::move(group));
     return why;

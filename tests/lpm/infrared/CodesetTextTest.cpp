@@ -32,17 +32,24 @@ TEST(CodesetText, BecomesTheBinaryOfItsGroupsAndKeys)
         R"({"about": "two in one", "groups": [
               {"protocol": "rc5", "keys": {"kKey_STOP": "0x1e36", "PLAY": "7733"}},
               {"protocol": "nec", "carrierKHz": 40, "minimumFrames": 2,
-               "keys": {"Netflix": "0xa501", "_100": "0"}}]})",
+               "keys": {"Netflix": "0xa501", "_100": "0"}},
+              {"protocol": "raw", "carrierKHz": 36,
+               "keys": {"MUTE": [900, 1800, 900, 9000], "POWER": [900, 9000, 1800, 9000]}}]})",
         why);
     ASSERT_TRUE(bytes) << why;
     const auto codeset = CodesetBinary::Parse(*bytes, why);
     ASSERT_TRUE(codeset) << why;
     const std::vector<CodesetGroup> groups = {
         {.protocol = Protocol::kRc5},
-        {.protocol = Protocol::kNec, .carrierKHz = 40, .minimumFrames = 2}};
+        {.protocol = Protocol::kNec, .carrierKHz = 40, .minimumFrames = 2},
+        {.protocol = Protocol::kRaw,
+         .carrierKHz = 36,
+         .rawDurationsUs = {900, 1800, 9000},
+         .rawSequences = {{.press = {0, 1, 0, 2}, .repeat = {}},
+                          {.press = {0, 2, 1, 2}, .repeat = {}}}}};
     EXPECT_EQ(codeset->Groups(), groups);
-    const std::vector<CodesetKey> keys = {
-        {20, 1, 0}, {24, 0, 0x1e35}, {25, 0, 0x1e36}, {134, 1, 0xa501}};
+    const std::vector<CodesetKey> keys = {{1, 2, 1},       {8, 2, 0},       {20, 1, 0},
+                                          {24, 0, 0x1e35}, {25, 0, 0x1e36}, {134, 1, 0xa501}};
     EXPECT_EQ(codeset->Keys(), keys);
 }
 
@@ -58,7 +65,14 @@ TEST(CodesetText, SaysWhatIsWrongWithIt)
         {R"({"groups": {}})", "'groups' is no list of at most 255"},
         {R"({"groups": [7]})", "an object is missing"},
         {R"({"groups": [{"keys": {}}]})", "a group has no known protocol"},
-        {R"({"groups": [{"protocol": "raw", "keys": {}}]})", "a group has no known protocol"},
+        {R"({"groups": [{"protocol": "raw", "keys": {}}]})", "a raw group has no carrier"},
+        {R"({"groups": [{"protocol": "raw", "keys": {"MUTE": "0"}}]})",
+         "MUTE: no list of at most 254 durations"},
+        {R"({"groups": [{"protocol": "raw", "keys": {"MUTE": [500, 65536]}}]})",
+         "MUTE: a duration is no number from 1 to 65535"},
+        {R"({"groups": [{"protocol": "raw", "keys": {"MUTE": [1,2,3,4,5,6,7,8,9,10,11,12,13,14,
+            15,16,17]}}]})",
+         "a raw group has more than 16 different durations"},
         {R"({"groups": [{"protocol": "nec"}]})", "a group has no keys"},
         {R"({"groups": [{"protocol": "nec", "minimumFrames": 256, "keys": {}}]})",
          "minimumFrames is no number from 1 to 255"},
