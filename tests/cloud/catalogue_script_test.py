@@ -5,6 +5,8 @@ LpmService itself renders them, and looks at what came of it.
 
 catalogue_script_test.py ROOT BIN_DIR"""
 
+import importlib.machinery
+import importlib.util
 import pathlib
 import sqlite3
 import subprocess
@@ -12,6 +14,11 @@ import sys
 import tempfile
 
 ROOT, BIN = (pathlib.Path(argument) for argument in sys.argv[1:3])
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(ROOT / "scripts"))
+LOADER = importlib.machinery.SourceFileLoader("catalogue", str(ROOT / "scripts/build-catalogue"))
+SCRIPT = importlib.util.module_from_spec(importlib.util.spec_from_loader("catalogue", LOADER))
+LOADER.exec_module(SCRIPT)
 
 # The same keys of each protocol: name in the file, scancode, and how a parsed file writes it.
 PROTOCOLS = {
@@ -85,6 +92,56 @@ protocol = "unknown"
 }
 
 
+# What each power key of the remotes that LIRC judges our light by must become.
+LIRCD_POWER = {"nec": 0x0408, "necx": 0x835590, "nec32": 0xA10C900F, "samsung": 0x070702,
+               "rc5": 0x1E3D, "rc6_0": 0x000C, "rc6_mce": 0x800F040C, "sony12": 0x010015,
+               "sony15": 0x970015, "sony20": 0x1AE215}
+BAD_LIRCD = b"""end codes
+begin remote
+  name numbers
+  begin codes
+    KEY_POWER 1
+  end codes
+end remote
+begin remote
+  name odd
+  flags RC5|REVERSE
+end remote
+begin remote
+  name strange
+  flags SPACE_ENC
+  bits 900
+  begin codes
+    KEY_POWER
+    KEY_MUTE zz\xff
+    KEY_UP 1
+  end codes
+end remote
+begin remote
+  name raw
+  flags RAW_CODES
+  gap 40000
+  begin raw_codes
+    name KEY_POWER
+      500 900 500 3000 500
+    name KEY_MUTE
+      500 900 500 4000 500
+    name KEY_UP
+      500 900 900 3000 500
+    name KEY_DOWN
+      500 x
+"""
+
+
+def check_lircd(keys):
+    """By LIRC's own words for them, which are not ours."""
+    for protocol, power in LIRCD_POWER.items():
+        text = (ROOT / f"tests/lpm/infrared/lirc/{protocol}.lircd.conf").read_text(encoding="utf-8")
+        (remote,) = SCRIPT.read_lircd(text)
+        turned = SCRIPT.import_lircd_remote(*remote, keys, SCRIPT.Report())
+        assert turned.groups[protocol]["POWER"] == f"0x{power:x}", f"{protocol}: {turned.groups}"
+
+
 def lay_out(folder):
     for protocol, (name, scancode, address) in PROTOCOLS.items():
         write(folder, f"TVs/{protocol}/{protocol}_parsed.ir",
@@ -96,6 +153,7 @@ def lay_out(folder):
           b"name: Vol_up\ntype: raw\nfrequency: 38000\ndata: 1 2 3\n"
           b"name: Vol_dn\ntype: parsed\nprotocol: Other\naddress: 1\ncommand: 1\n")
     lay_out_stored(folder)
+    write(folder.parent, "lircd/TVs/Acme/lircd.conf", BAD_LIRCD)
     for name, text in KEYMAPS.items():
         write(folder.parent, f"keymaps/{name}.toml", text)
     write(folder, "Lamps/Acme/Acme_1.ir", "name: Power\n")
@@ -103,10 +161,12 @@ def lay_out(folder):
 
 def build(folder, out):
     return subprocess.run([ROOT / "scripts/build-catalogue", "--builder", BIN / "CatalogueBuilder",
-                           "--keymaps", folder.parent / "keymaps", "--irdb", folder, out], check=True, capture_output=True, text=True).stdout
+                           "--keymaps", folder.parent / "keymaps", "--irdb", folder, "--lircd",
+                           folder.parent / "lircd", out], check=True, capture_output=True, text=True).stdout
 
 
 def main():
+    check_lircd(SCRIPT.read_keys())
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name) / "irdb"
         lay_out(folder)
@@ -118,6 +178,10 @@ def main():
                      "odroid.toml: it has 0 keys that can be used", "1 keys: the scancode is no number",
                      "1 keys: the scancode does not fit nec",
                      "other.toml: it is of a computer's receiver or tuner",
+                     "numbers: its codes are numbers of a receiver", "odd: flags REVERSE",
+                     "TVs/Acme/lircd.conf strange: it has 0 keys that can be used",
+                     "1 keys: lircd.conf: not one code", "2 keys: lircd.conf: no number",
+                     "1 keys: lircd.conf: more bits than a code has",
                      "Lamps/Acme/Acme_1.ir: its folder is of no device type of ours",
                      "TVs/Bad/Bad_1.ir: it has 0 keys that can be used", "1 keys: no timings",
                      "1 keys: no address or command", "1 keys: protocol Other",
@@ -132,6 +196,7 @@ def main():
             "SELECT brand.name, count(*), count(DISTINCT codeset) FROM brand JOIN model ON brand = "
             "brand.id JOIN model_codeset ON model_codeset.model = model.id GROUP BY brand.id")
         assert "tivo.toml: it can't be read: " in said and "  keys turned: nec 3\n" in said
+        assert "lircd: 1 remotes turned, 3 left out\n  keys turned: raw 3\n" in said
         assert "raw 3," in said, "the light that fits was not stored"
         found = {brand: counts for brand, *counts in models}
         for protocol in PROTOCOLS:
