@@ -57,6 +57,8 @@ Program::Program(const std::vector<std::string>& command, const std::filesystem:
     std::vector<std::string> environment = {"ORLU_ROOT=" + root.string(),
                                             "ORLU_LOG_LEVEL=" + std::to_string(logLevel)};
     environment.insert(environment.end(), settings.begin(), settings.end());
+    // Where nobody listens, unless the settings name a local API; the first one counts.
+    environment.push_back("ORLU_PORTICO_PORT=1");
     const std::string log = root / "log";
     posix_spawn_file_actions_t actions;
     ::posix_spawn_file_actions_init(&actions);

@@ -86,6 +86,8 @@ Program::Program(const ProductFolder& folder, const std::string& name, const Arg
     for (const auto& [key, value] : environment) {
         environmentTexts.push_back(key + "=" + value);
     }
+    // Where nobody listens, unless the test names a local API of its own; the first one counts.
+    environmentTexts.push_back("ORLU_PORTICO_PORT=1");
     const std::vector<char*> argv = Pointers(argumentTexts);
     const std::vector<char*> envp = Pointers(environmentTexts);
     m_pid = fork();
