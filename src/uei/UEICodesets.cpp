@@ -119,9 +119,15 @@ void UEIInterface::LoadCodeset(const std::string& name,
     }
     m_neighbours.CodesetHandler().StoreCodesetChecksum(s_buffer.name.data(), s_buffer.data.data(),
                                                        s_buffer.size);
-    Trellan_ServiceBlasterProxy& proxy = m_neighbours.BlasterProxy();
-    proxy.QueueCallback(callback);
-    proxy.StoreCodesetInBlaster(s_buffer.name.data(), s_buffer.data.data(), s_buffer.size);
+    m_neighbours.BlasterProxy().QueueCallback(callback);
+    StoreInBlaster();
+}
+
+/// What was downloaded last; who waits for the result has been queued before.
+void UEIInterface::StoreInBlaster()
+{
+    m_neighbours.BlasterProxy().StoreCodesetInBlaster(s_buffer.name.data(), s_buffer.data.data(),
+                                                      s_buffer.size);
 }
 
 const CodesetTransferBuffer& UEIInterface::TransferBuffer()

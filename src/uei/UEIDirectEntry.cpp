@@ -3,6 +3,7 @@
 #include <json/value.h>
 
 #include "blaster/Trellan_ServiceBlasterProxy.h"
+#include "uei/Answer.h"
 #include "uei/DeviceTypes.h"
 #include "uei/UEIInterface.h"
 #include "uei/UEILog.h"
@@ -16,15 +17,6 @@ namespace {
 constexpr std::uint32_t kOnlineKind = 2;
 constexpr const char* kSuccess = "LAST_RESULT_SUCCESS";
 constexpr const char* kError = "LAST_RESULT_ERROR";
-
-void Answer(const UEIInterface::DirectEntryCallback& callback, DirectEntryResp_t& response,
-            const char* result)
-{
-    response.set_lastresult(result);
-    if (callback) {
-        callback(response);
-    }
-}
 
 }  // namespace
 
@@ -107,10 +99,8 @@ void UEIInterface::DirectEntryLoadCodeset(const std::string& name,
         Answer(callback, response, kError);
         return;
     }
-    Trellan_ServiceBlasterProxy& proxy = m_neighbours.BlasterProxy();
-    proxy.QueueCallback(callback);
-    const CodesetTransferBuffer& buffer = TransferBuffer();
-    proxy.StoreCodesetInBlaster(buffer.name.data(), buffer.data.data(), buffer.size);
+    m_neighbours.BlasterProxy().QueueCallback(callback);
+    StoreInBlaster();
 }
 
 }  // namespace TrellanService

@@ -3,6 +3,7 @@
 #include "blaster/BlasterFrames.h"
 #include "blaster/Trellan_ServiceBlasterProxy.h"
 #include "keys/KeyTables.h"
+#include "uei/Answer.h"
 #include "uei/DeviceTypes.h"
 #include "uei/SessionText.h"
 #include "uei/UEIInterface.h"
@@ -31,15 +32,6 @@ std::string UEIKeyText(std::int32_t key)
         }
     }
     return "Unknown";
-}
-
-void Answer(const UEIInterface::OSMCallback& callback, OSMControlResp_t& response,
-            const char* result)
-{
-    response.set_lastresult(result);
-    if (callback) {
-        callback(response);
-    }
 }
 
 }  // namespace
@@ -157,10 +149,8 @@ void UEIInterface::OSMLoadCodeset(const std::string& name, const OSMCallback& ca
         Answer(callback, response, kError);
         return;
     }
-    Trellan_ServiceBlasterProxy& proxy = m_neighbours.BlasterProxy();
-    proxy.QueueCallback(callback);
-    const CodesetTransferBuffer& buffer = TransferBuffer();
-    proxy.StoreCodesetInBlaster(buffer.name.data(), buffer.data.data(), buffer.size);
+    m_neighbours.BlasterProxy().QueueCallback(callback);
+    StoreInBlaster();
 }
 
 void UEIInterface::OSMSendKey(const OSMCallback& callback)

@@ -169,6 +169,7 @@ private:
     void ResetModels();
     void ResetCodesets();
     void StartRetryTimer(std::uint32_t seconds);
+    void StoreInBlaster();
 
     int LoadDeviceTypes();
     int RetrieveBrands(const std::string& type, const std::string& prefix);
