@@ -2,6 +2,7 @@
 
 #include "blaster/Trellan_ServiceBlasterProxy.h"
 #include "blaster/Trellan_ServiceCecIF.h"
+#include "cli/Trellan_ServiceCommandLine.h"
 #include "codesets/Trellan_ServiceCodesetHandler.h"
 #include "core/House.h"
 #include "keys/Trellan_ServiceKeyHandler.h"
@@ -51,6 +52,11 @@ Trellan_ServiceBlasterProxy& Trellan_ServiceBlasterProxy::getInstance(NotifyTarg
 Trellan_ServiceCecIF& Trellan_ServiceCecIF::GetInstance(Trellan_Server* server)
 {
     return TheHouse().CecIF(server);
+}
+
+Trellan_ServiceCommandLine& Trellan_ServiceCommandLine::GetInstance()
+{
+    return TheHouse().CommandLine();
 }
 
 }  // namespace TrellanService

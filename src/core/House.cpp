@@ -4,6 +4,7 @@
 
 #include "blaster/Trellan_ServiceBlasterProxy.h"
 #include "blaster/Trellan_ServiceCecIF.h"
+#include "cli/Trellan_ServiceCommandLine.h"
 #include "codesets/Trellan_ServiceCodesetHandler.h"
 #include "keys/Trellan_ServiceKeyHandler.h"
 #include "uei/UEIInterface.h"
@@ -26,6 +27,7 @@ public:
         return m_house.BlasterProxy(task);
     }
     Trellan_ServiceCecIF& CecIF(Trellan_Server* server) override { return m_house.CecIF(server); }
+    Trellan_ServiceCommandLine& CommandLine() override { return m_house.CommandLine(); }
     DeviceLookupIF& DeviceLookup() override { return m_lookup; }
 
 private:
@@ -102,6 +104,21 @@ private:
     House& m_house;
 };
 
+/// Whom the engineers' commands look into.
+class CommandLineNeighbours : public CommandLineNeighboursIF {
+public:
+    explicit CommandLineNeighbours(House& house) : m_house(house) {}
+    NotifyTargetTaskIF& ServerTask() override { return m_house.Server(); }
+    Trellan_ServiceKeyHandler& KeyHandler() override { return m_house.KeyHandler(); }
+    Trellan_ServiceCodesetHandler& CodesetHandler() override { return m_house.CodesetHandler(); }
+    Trellan_ServiceBlasterProxy& BlasterProxy() override { return m_house.BlasterProxy(nullptr); }
+    UEIInterface& Engine() override { return m_house.Engine(); }
+    Trellan_ServiceManager& Manager() override { return m_house.Manager(); }
+
+private:
+    House& m_house;
+};
+
 /// What the server task and the blaster's proxy ask of the engine.
 class EngineAnswers : public DeviceLookupIF, public UEIResponsesIF {
 public:
@@ -143,7 +160,8 @@ struct House::Adapters {
           neighbours(house, engine),
           managerNeighbours(house),
           codesetServer(house),
-          blasterSync(house)
+          blasterSync(house),
+          commandLineNeighbours(house)
     {
     }
 
@@ -153,6 +171,7 @@ struct House::Adapters {
     ManagerNeighbours managerNeighbours;
     CodesetServer codesetServer;
     BlasterSync blasterSync;
+    CommandLineNeighbours commandLineNeighbours;
 };
 
 House::House()
@@ -214,6 +233,16 @@ Trellan_ServiceCecIF& House::CecIF(Trellan_Server* server)
     }
     m_cecIF->LogReturned();
     return *m_cecIF;
+}
+
+Trellan_ServiceCommandLine& House::CommandLine()
+{
+    if (!m_commandLine) {
+        m_commandLine =
+            std::make_unique<Trellan_ServiceCommandLine>(m_adapters->commandLineNeighbours);
+    }
+    m_commandLine->LogReturned();
+    return *m_commandLine;
 }
 
 }  // namespace TrellanService

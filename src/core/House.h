@@ -30,12 +30,15 @@ public:
     Trellan_ServiceBlasterProxy& BlasterProxy(NotifyTargetTaskIF* task);
     /// The server counts at the first call only.
     Trellan_ServiceCecIF& CecIF(Trellan_Server* server);
+    Trellan_ServiceCommandLine& CommandLine();
 
 private:
     struct Adapters;
 
-    // Built in the order of the process start, so the ones behind may use the ones before.
     std::unique_ptr<Adapters> m_adapters;
+    // Its end waits for callbacks that any of the others may hold, so they go first.
+    std::unique_ptr<Trellan_ServiceCommandLine> m_commandLine;
+    // Built in the order of the process start, so the ones behind may use the ones before.
     std::unique_ptr<UEIInterface> m_engine;
     std::unique_ptr<Trellan_ServiceManager> m_manager;
     std::unique_ptr<Trellan_ServiceCecIF> m_cecIF;

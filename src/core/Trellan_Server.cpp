@@ -4,6 +4,7 @@
 
 #include "blaster/Trellan_ServiceBlasterProxy.h"
 #include "blaster/Trellan_ServiceCecIF.h"
+#include "cli/Trellan_ServiceCommandLine.h"
 #include "core/ServerLog.h"
 
 namespace TrellanService {
@@ -11,6 +12,7 @@ namespace TrellanService {
 Trellan_Server::Trellan_Server(ServerNeighboursIF& neighbours)
     : APTask("TrellanServiceThread", 0, 0, -1),
       m_cecIF(&neighbours.CecIF(this)),
+      m_commandLine(&neighbours.CommandLine()),
       m_cloudConnectTimer(APTimer::Create(this, "UEI Cloud Connect Timer")),
       m_neighbours(neighbours)
 {
@@ -33,6 +35,7 @@ void Trellan_Server::OnEntry()
     const AsyncCallback<APServerSocketListenerIF::SocketPtr> accept(
         [this](const APServerSocketListenerIF::SocketPtr& socket) { AcceptClient(socket); }, this);
     InitializeTRS();
+    m_commandLine->Initialize(this);
     m_cecIF->Initialize();
     m_neighbours.BlasterProxy(this).Initialize();
     const Network::Address address = IPCDirectory::Get().Lookup("TrellanService");

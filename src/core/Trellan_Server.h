@@ -19,6 +19,7 @@ class Trellan_Server;
 class Trellan_ServiceBlasterProxy;
 class Trellan_ServiceCecIF;
 class Trellan_ServiceCodesetHandler;
+class Trellan_ServiceCommandLine;
 class Trellan_ServiceKeyHandler;
 
 /// Looks devices up in the vendor's cloud. Called on the server task, and only while the cloud
@@ -47,6 +48,7 @@ public:
     virtual Trellan_ServiceCodesetHandler& CodesetHandler() = 0;
     virtual Trellan_ServiceBlasterProxy& BlasterProxy(NotifyTargetTaskIF* task) = 0;
     virtual Trellan_ServiceCecIF& CecIF(Trellan_Server* server) = 0;
+    virtual Trellan_ServiceCommandLine& CommandLine() = 0;
     virtual DeviceLookupIF& DeviceLookup() = 0;
 };
 
@@ -110,6 +112,7 @@ private:
     std::shared_ptr<APServerSocketListenerIF> m_listener;
     IPCMessageRouterPtr m_router;
     Trellan_ServiceCecIF* m_cecIF;
+    Trellan_ServiceCommandLine* m_commandLine;
     std::shared_ptr<APTimer> m_cloudConnectTimer;
     bool m_cloudConnected = false;
     ServerNeighboursIF& m_neighbours;
