@@ -10,6 +10,7 @@ find_package(OpenSSL 3 REQUIRED COMPONENTS Crypto)
 find_package(CURL 7.85 REQUIRED)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(jsoncpp REQUIRED IMPORTED_TARGET jsoncpp)
+pkg_check_modules(libedit REQUIRED IMPORTED_TARGET libedit)
 find_package(CLI11 2 REQUIRED)
 find_package(SQLite3 3.40 REQUIRED)
 
