@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -86,11 +87,12 @@ public:
     /// capital letter with decimal digits behind it to its end, or of an unknown class.
     static bool devStringTodevNum(const std::string& name, std::uint16_t& devNum);
 
-    /// Fills the entry at the position from the blaster's answer to a key map query.
+    /// Fills the entry at the position from the blaster's answer to a key map query; nothing if
+    /// that entry has gone.
     void CalculateAmbiguousKeyMap(std::string_view answer);
 
     /// Puts the position at the first entry.
-    void Rewind() { m_position = m_codesets.begin(); }
+    void Rewind() { PlaceAt(m_codesets.cbegin()); }
 
     void SetSendKeyState(SendKeyState state);
     SendKeyState GetSendKeyState() const { return m_sendKeyState; }
@@ -111,6 +113,9 @@ private:
     bool ReadEntries(const std::string& text);
     void FollowChangedList(const TrellanServiceMessages::SrcCiCodeMessage_t& sourceList);
 
+    void PlaceAt(CodesetMap::const_iterator entry);
+    void Advance();
+
     void BlasterReset(const std::string& reply);
     /// Whether a new list came in the meantime; the sync then begins anew.
     bool RestartedByAbort();
@@ -118,10 +123,11 @@ private:
     void CodesetLoaded(const LpmServiceMessages::BulkTransferResponse& response);
     void GetAmbiguousKeyMap();
     void KeyMapReceived(const std::string& reply);
-    void Advance();
 
     CodesetMap m_codesets;
-    CodesetMap::iterator m_position = m_codesets.end();
+    // The code set whose answer a sync waits for; none behind the last one. By name, because a
+    // source list may take the entry away meanwhile, or put others next to it.
+    std::optional<std::string> m_position;
     SendKeyState m_sendKeyState = SendKeyStartup;
     bool m_initialized = false;
     bool m_abortSync = false;
