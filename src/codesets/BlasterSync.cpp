@@ -27,8 +27,9 @@ bool Trellan_ServiceCodesetHandler::syncCodesets()
     kCodesetLog.Put(3, "Syncing blaster codesets to source list codesets");
     kCodesetLog.Put(3, "Resetting the blaster");
     m_server.NotifyBlasterSyncComplete(false);
+    ++m_syncs;
     m_sync.ResetBlaster(AsyncCallback<std::string>(
-        [this](const std::string& reply) { BlasterReset(reply); }, m_sync.BlasterTask()));
+        OfThisSync(&Trellan_ServiceCodesetHandler::BlasterReset), m_sync.BlasterTask()));
     return true;
 }
 
@@ -65,9 +66,8 @@ void Trellan_ServiceCodesetHandler::LoadCodesetsInBlaster()
     }
     const std::string name = *m_position;  // the answer, which moves the position, may come within
     kCodesetLog.Log(3, "Loading codeset {} in blaster", name);
-    m_sync.LoadCodeset(
-        name, [this](const BulkTransferResponse& response) { CodesetLoaded(response); },
-        kOnlineSession);
+    m_sync.LoadCodeset(name, OfThisSync(&Trellan_ServiceCodesetHandler::CodesetLoaded),
+                       kOnlineSession);
 }
 
 void Trellan_ServiceCodesetHandler::CodesetLoaded(const BulkTransferResponse& response)
@@ -96,7 +96,7 @@ void Trellan_ServiceCodesetHandler::GetAmbiguousKeyMap()
     kCodesetLog.Log(3, "Getting keymap for codeset {}", *m_position);
     m_sync.GetBlasterKeyMap(
         *m_position,
-        AsyncCallback<std::string>([this](const std::string& reply) { KeyMapReceived(reply); },
+        AsyncCallback<std::string>(OfThisSync(&Trellan_ServiceCodesetHandler::KeyMapReceived),
                                    m_sync.BlasterTask()));
 }
 

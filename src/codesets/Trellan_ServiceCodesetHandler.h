@@ -63,8 +63,9 @@ public:
 
     /// Begins to bring the blaster in step with the map: a reset, each code set in order of name, a
     /// key map query for each, then whitelist, `SendKeyReady` and the file. Each step starts from
-    /// the answer to the last, so one that fails ends the sync; nothing is tried again here. False:
-    /// the cloud is out of reach, and nothing was touched.
+    /// the answer to the last, so one that fails ends the sync; nothing is tried again here. Takes
+    /// the place of a sync that still runs. False: the cloud is out of reach, and nothing was
+    /// touched.
     bool syncCodesets();
 
     /// Takes the fingerprint of a binary into the entry of that name; dropped if there is none.
@@ -116,6 +117,16 @@ private:
     void PlaceAt(CodesetMap::const_iterator entry);
     void Advance();
 
+    /// Takes `step` on the answer, unless another sync has begun by then.
+    template <class Answer>
+    auto OfThisSync(void (Trellan_ServiceCodesetHandler::*step)(const Answer&))
+    {
+        return [this, step, sync = m_syncs](const Answer& answer) {
+            if (sync == m_syncs) {
+                (this->*step)(answer);
+            }
+        };
+    }
     void BlasterReset(const std::string& reply);
     /// Whether a new list came in the meantime; the sync then begins anew.
     bool RestartedByAbort();
@@ -128,6 +139,7 @@ private:
     // The code set whose answer a sync waits for; none behind the last one. By name, because a
     // source list may take the entry away meanwhile, or put others next to it.
     std::optional<std::string> m_position;
+    std::uint32_t m_syncs = 0;  // begun so far
     SendKeyState m_sendKeyState = SendKeyStartup;
     bool m_initialized = false;
     bool m_abortSync = false;

@@ -140,6 +140,22 @@ TEST_F(BlasterSyncTest, AnAnswerForAnEntryThatIsGoneGoesToNoOther)
     EXPECT_EQ(Map(), "N0001 2001 0  unsafe ;V0001 4001 0  unsafe 09;");
 }
 
+TEST_F(BlasterSyncTest, AnotherOneTakesItsPlace)
+{
+    Begin({"T2051", "S0456"});
+    Succeed();
+    const auto loadedForTheFirst = loaded;
+    EXPECT_TRUE(handler->syncCodesets());
+    loadedForTheFirst({});
+    EXPECT_EQ(TakeSteps(), "load S0456 2;reset;");
+    LoadBoth();
+    const auto repliedToTheSecond = replied;
+    EXPECT_TRUE(handler->syncCodesets());
+    repliedToTheSecond({kDone, 2});
+    Succeed();
+    EXPECT_EQ(TakeSteps(), "reset;load S0456 2;");
+}
+
 TEST_F(BlasterSyncTest, DoesNotBeginWithoutACloud)
 {
     handler->HandlePCSourceList(List({"T2051"}));
