@@ -5,14 +5,14 @@
 #include <utility>
 
 APTask::APTask(std::string name, unsigned /*stackSize*/, int /*realTimeType*/, int /*affinity*/)
-    : m_name(std::move(name)), m_queue(Orlu::Runtime().CreateTaskQueue(m_name))
+    : NotifyTargetTaskIF(Orlu::Runtime().CreateTaskQueue(name)), m_name(std::move(name))
 {
 }
 
 APTask::~APTask()
 {
-    m_queue->Stop();
-    m_queue->Join();
+    Queue()->Stop();
+    Queue()->Join();
 }
 
 void APTask::Entry()
@@ -24,7 +24,7 @@ void APTask::OnEntry() {}
 
 void APTask::Stop()
 {
-    m_queue->Stop();
+    Queue()->Stop();
     for (const auto& stopped : std::exchange(m_stopped, {})) {
         stopped();
     }
@@ -35,12 +35,7 @@ void APTask::Stop()
 
 bool APTask::QueueNotificationNonBlocking(Orlu::Work work)
 {
-    return m_queue->Post(std::move(work));
-}
-
-const Orlu::TaskQueuePtr& APTask::Queue() const
-{
-    return m_queue;
+    return Queue()->Post(std::move(work));
 }
 
 void APTask::AttachObserver(TaskObserverIF* observer)

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "orlu/Runtime.h"
@@ -26,7 +27,13 @@ public:
     virtual bool QueueNotificationNonBlocking(Orlu::Work work) = 0;
 
     /// The queue behind the task. Outlives the task where a callback still holds it.
-    virtual const Orlu::TaskQueuePtr& Queue() const = 0;
+    const Orlu::TaskQueuePtr& Queue() const { return m_queue; }
+
+protected:
+    explicit NotifyTargetTaskIF(Orlu::TaskQueuePtr queue) : m_queue(std::move(queue)) {}
+
+private:
+    Orlu::TaskQueuePtr m_queue;
 };
 
 /// Is told when a task has been stopped, on the thread that stops it.
@@ -51,7 +58,6 @@ public:
     void OnEntry() override;
     void Stop() override;
     bool QueueNotificationNonBlocking(Orlu::Work work) override;
-    const Orlu::TaskQueuePtr& Queue() const override;
 
     virtual void AttachObserver(TaskObserverIF* observer);
     virtual void DetachObserver(TaskObserverIF* observer);
@@ -62,7 +68,6 @@ public:
 
 private:
     std::string m_name;
-    Orlu::TaskQueuePtr m_queue;
     std::vector<TaskObserverIF*> m_observers;
     std::vector<Orlu::Work> m_stopped;
 };

@@ -29,7 +29,7 @@ void Trellan_ServiceCecIF::LogGetInstance()
 {
     kLog.Put(6,
              "static TrellanService::Trellan_ServiceCecIF& "
-             "TrellanService::Trellan_ServiceCecIF::GetInstance(Trellan_Server*)");
+             "TrellanService::Trellan_ServiceCecIF::GetInstance(TrellanService::Trellan_Server*)");
 }
 
 void Trellan_ServiceCecIF::LogReturned() const

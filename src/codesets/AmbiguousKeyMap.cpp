@@ -25,10 +25,11 @@ BlasterKeyMap ReadBlasterKeyMap(std::string_view answer)
 
 void Trellan_ServiceCodesetHandler::CalculateAmbiguousKeyMap(std::string_view answer)
 {
-    if (m_position == m_codesets.end()) {
+    const auto found = m_position ? m_codesets.find(*m_position) : m_codesets.end();
+    if (found == m_codesets.end()) {
         return;
     }
-    auto& [name, entry] = *m_position;
+    auto& [name, entry] = *found;
     BlasterKeyMap map = ReadBlasterKeyMap(answer);
     entry.ambiguousKeyBitMap = map.ambiguousKeyBitMap;
     entry.ueiKeys = std::move(map.ueiKeys);

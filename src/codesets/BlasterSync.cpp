@@ -27,8 +27,9 @@ bool Trellan_ServiceCodesetHandler::syncCodesets()
     kCodesetLog.Put(3, "Syncing blaster codesets to source list codesets");
     kCodesetLog.Put(3, "Resetting the blaster");
     m_server.NotifyBlasterSyncComplete(false);
+    ++m_syncs;
     m_sync.ResetBlaster(AsyncCallback<std::string>(
-        [this](const std::string& reply) { BlasterReset(reply); }, m_sync.BlasterTask()));
+        OfThisSync(&Trellan_ServiceCodesetHandler::BlasterReset), m_sync.BlasterTask()));
     return true;
 }
 
@@ -38,7 +39,7 @@ void Trellan_ServiceCodesetHandler::BlasterReset(const std::string& reply)
         kCodesetLog.Log(3, "TRS load blaster codeset failed reason {}", status);
         return;
     }
-    m_position = m_codesets.begin();
+    Rewind();
     LoadCodesetsInBlaster();
 }
 
@@ -57,16 +58,16 @@ void Trellan_ServiceCodesetHandler::LoadCodesetsInBlaster()
     if (RestartedByAbort()) {
         return;
     }
-    if (m_position == m_codesets.end()) {
+    if (!m_position) {
         kCodesetLog.Put(3, "Done loading codesets");
-        m_position = m_codesets.begin();
+        Rewind();
         GetAmbiguousKeyMap();
         return;
     }
-    kCodesetLog.Log(3, "Loading codeset {} in blaster", m_position->first);
-    m_sync.LoadCodeset(
-        m_position->first,
-        [this](const BulkTransferResponse& response) { CodesetLoaded(response); }, kOnlineSession);
+    const std::string name = *m_position;  // the answer, which moves the position, may come within
+    kCodesetLog.Log(3, "Loading codeset {} in blaster", name);
+    m_sync.LoadCodeset(name, OfThisSync(&Trellan_ServiceCodesetHandler::CodesetLoaded),
+                       kOnlineSession);
 }
 
 void Trellan_ServiceCodesetHandler::CodesetLoaded(const BulkTransferResponse& response)
@@ -84,7 +85,7 @@ void Trellan_ServiceCodesetHandler::GetAmbiguousKeyMap()
     if (RestartedByAbort()) {
         return;
     }
-    if (m_position == m_codesets.end()) {
+    if (!m_position) {
         kCodesetLog.Put(3, "Done storing ambiguous key bit maps");
         AddWhiteListStatus();
         SetSendKeyState(SendKeyReady);
@@ -92,10 +93,10 @@ void Trellan_ServiceCodesetHandler::GetAmbiguousKeyMap()
         m_server.NotifyBlasterSyncComplete(true);
         return;
     }
-    kCodesetLog.Log(3, "Getting keymap for codeset {}", m_position->first);
+    kCodesetLog.Log(3, "Getting keymap for codeset {}", *m_position);
     m_sync.GetBlasterKeyMap(
-        m_position->first,
-        AsyncCallback<std::string>([this](const std::string& reply) { KeyMapReceived(reply); },
+        *m_position,
+        AsyncCallback<std::string>(OfThisSync(&Trellan_ServiceCodesetHandler::KeyMapReceived),
                                    m_sync.BlasterTask()));
 }
 
@@ -111,10 +112,15 @@ void Trellan_ServiceCodesetHandler::KeyMapReceived(const std::string& reply)
     GetAmbiguousKeyMap();
 }
 
+void Trellan_ServiceCodesetHandler::PlaceAt(CodesetMap::const_iterator entry)
+{
+    m_position = entry == m_codesets.end() ? std::nullopt : std::optional(entry->first);
+}
+
 void Trellan_ServiceCodesetHandler::Advance()
 {
-    if (m_position != m_codesets.end()) {
-        ++m_position;
+    if (m_position) {
+        PlaceAt(m_codesets.upper_bound(*m_position));
     }
 }
 

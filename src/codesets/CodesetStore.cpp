@@ -53,7 +53,6 @@ void Trellan_ServiceCodesetHandler::InitCodesetMap()
     const auto text = SystemUtils::ReadFile(path);
     if (!text || !ReadEntries(*text)) {
         m_codesets.clear();
-        m_position = m_codesets.end();
     }
 }
 

@@ -67,18 +67,7 @@ void Trellan_ServiceCodesetHandler::cacheCodesets(const SrcCiCodeMessage_t& sour
 {
     kCodesetLog.Put(3, "setting trs codeset map to match the source list codesets");
     const std::set<std::string_view> wanted(sourceList.cicode().begin(), sourceList.cicode().end());
-    for (auto entry = m_codesets.begin(); entry != m_codesets.end();) {
-        if (wanted.contains(entry->first)) {
-            ++entry;
-            continue;
-        }
-        // The position of a sync that is running must not be left on an entry that is gone.
-        const bool atPosition = entry == m_position;
-        entry = m_codesets.erase(entry);
-        if (atPosition) {
-            m_position = entry;
-        }
-    }
+    std::erase_if(m_codesets, [&wanted](const auto& row) { return !wanted.contains(row.first); });
     for (const std::string& name : sourceList.cicode()) {
         std::uint16_t devNum = 0;
         if (name.empty() || m_codesets.contains(name) || !devStringTodevNum(name, devNum)) {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -62,8 +63,9 @@ public:
 
     /// Begins to bring the blaster in step with the map: a reset, each code set in order of name, a
     /// key map query for each, then whitelist, `SendKeyReady` and the file. Each step starts from
-    /// the answer to the last, so one that fails ends the sync; nothing is tried again here. False:
-    /// the cloud is out of reach, and nothing was touched.
+    /// the answer to the last, so one that fails ends the sync; nothing is tried again here. Takes
+    /// the place of a sync that still runs. False: the cloud is out of reach, and nothing was
+    /// touched.
     bool syncCodesets();
 
     /// Takes the fingerprint of a binary into the entry of that name; dropped if there is none.
@@ -86,11 +88,12 @@ public:
     /// capital letter with decimal digits behind it to its end, or of an unknown class.
     static bool devStringTodevNum(const std::string& name, std::uint16_t& devNum);
 
-    /// Fills the entry at the position from the blaster's answer to a key map query.
+    /// Fills the entry at the position from the blaster's answer to a key map query; nothing if
+    /// that entry has gone.
     void CalculateAmbiguousKeyMap(std::string_view answer);
 
     /// Puts the position at the first entry.
-    void Rewind() { m_position = m_codesets.begin(); }
+    void Rewind() { PlaceAt(m_codesets.cbegin()); }
 
     void SetSendKeyState(SendKeyState state);
     SendKeyState GetSendKeyState() const { return m_sendKeyState; }
@@ -111,6 +114,19 @@ private:
     bool ReadEntries(const std::string& text);
     void FollowChangedList(const TrellanServiceMessages::SrcCiCodeMessage_t& sourceList);
 
+    void PlaceAt(CodesetMap::const_iterator entry);
+    void Advance();
+
+    /// Takes `step` on the answer, unless another sync has begun by then.
+    template <class Answer>
+    auto OfThisSync(void (Trellan_ServiceCodesetHandler::*step)(const Answer&))
+    {
+        return [this, step, sync = m_syncs](const Answer& answer) {
+            if (sync == m_syncs) {
+                (this->*step)(answer);
+            }
+        };
+    }
     void BlasterReset(const std::string& reply);
     /// Whether a new list came in the meantime; the sync then begins anew.
     bool RestartedByAbort();
@@ -118,10 +134,12 @@ private:
     void CodesetLoaded(const LpmServiceMessages::BulkTransferResponse& response);
     void GetAmbiguousKeyMap();
     void KeyMapReceived(const std::string& reply);
-    void Advance();
 
     CodesetMap m_codesets;
-    CodesetMap::iterator m_position = m_codesets.end();
+    // The code set whose answer a sync waits for; none behind the last one. By name, because a
+    // source list may take the entry away meanwhile, or put others next to it.
+    std::optional<std::string> m_position;
+    std::uint32_t m_syncs = 0;  // begun so far
     SendKeyState m_sendKeyState = SendKeyStartup;
     bool m_initialized = false;
     bool m_abortSync = false;

@@ -126,6 +126,36 @@ TEST_F(BlasterSyncTest, ANewListBeginsItAnewAtTheNextStep)
     EXPECT_EQ(notified, "begun;begun;begun;done;");
 }
 
+TEST_F(BlasterSyncTest, AnAnswerForAnEntryThatIsGoneGoesToNoOther)
+{
+    Begin({"C0001", "T0001"});
+    Succeed();
+    Loaded(BULK_TRANSFER_SUCCESS);
+    handler->HandlePCSourceList(List({"T0001"}));  // without a cloud the sync goes on
+    Loaded(BULK_TRANSFER_SUCCESS);
+    handler->HandlePCSourceList(List({"N0001", "V0001"}));
+    Reply({"\x02\0\x08", 3});
+    Reply({"\x02\0\x09", 3});
+    EXPECT_EQ(TakeSteps(), "load C0001 2;load T0001 2;keymap T0001;keymap V0001;");
+    EXPECT_EQ(Map(), "N0001 2001 0  unsafe ;V0001 4001 0  unsafe 09;");
+}
+
+TEST_F(BlasterSyncTest, AnotherOneTakesItsPlace)
+{
+    Begin({"T2051", "S0456"});
+    Succeed();
+    const auto loadedForTheFirst = loaded;
+    EXPECT_TRUE(handler->syncCodesets());
+    loadedForTheFirst({});
+    EXPECT_EQ(TakeSteps(), "load S0456 2;reset;");
+    LoadBoth();
+    const auto repliedToTheSecond = replied;
+    EXPECT_TRUE(handler->syncCodesets());
+    repliedToTheSecond({kDone, 2});
+    Succeed();
+    EXPECT_EQ(TakeSteps(), "reset;load S0456 2;");
+}
+
 TEST_F(BlasterSyncTest, DoesNotBeginWithoutACloud)
 {
     handler->HandlePCSourceList(List({"T2051"}));

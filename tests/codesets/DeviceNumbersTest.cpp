@@ -123,16 +123,4 @@ TEST_F(DeviceNumbers, KeyMapFillsTheEntryAtThePosition)
     EXPECT_EQ(Map(), "T2051 803 0  unsafe 08;");
 }
 
-TEST_F(DeviceNumbers, PositionNeverStaysOnAnEntryThatIsGone)
-{
-    handler->cacheCodesets(List({"C0001", "T0001"}));
-    handler->Rewind();
-    handler->cacheCodesets(List({"T0001"}));
-    handler->CalculateAmbiguousKeyMap({"\x02\x00\x08", 3});
-    EXPECT_EQ(Map(), "T0001 1 0  unsafe 08;");
-    handler->cacheCodesets(List({}));
-    handler->CalculateAmbiguousKeyMap({"\x02\x00\x08", 3});
-    EXPECT_EQ(Map(), "");
-}
-
 }  // namespace
