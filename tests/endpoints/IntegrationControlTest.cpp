@@ -68,7 +68,7 @@ protected:
 
 TEST_F(IntegrationControl, RefusesWhatItCannotDo)
 {
-    const Progress idle{false, "", 0, 0, 0, "O_KEY_INVALID", ""};
+    const Progress idle{false, "LAST_RESULT_SUCCESS", 0, 0, 0, "O_KEY_INVALID", ""};
     EXPECT_EQ(Get(kControl), Answer(idle, "GET"));
     EXPECT_EQ(Put(kStart), kRefused);
     EXPECT_EQ(Act("ACTION_CANCEL"), kRefused);
