@@ -83,17 +83,18 @@ public:
     {
     }
 
-    bool Connect(const Network::Address& address,
-                 const AsyncCallback<Orlu::SocketPtr>& connected) override
+    Network::Address Serve(const Network::Address& address,
+                           const AsyncCallback<Orlu::SocketPtr>& connected) override
     {
         if (!address || !connected) {
-            return false;
+            return Network::Address();
         }
-        return connected.Queue()->Post([weak = weak_from_this(), address, connected] {
+        const bool queued = connected.Queue()->Post([weak = weak_from_this(), address, connected] {
             if (const auto self = weak.lock()) {
                 self->Begin(address, connected);
             }
         });
+        return queued ? address : Network::Address();
     }
 
 private:

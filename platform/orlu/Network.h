@@ -89,9 +89,10 @@ public:
     virtual ~APClientSocketListenerIF() = default;
 
     /// Tries at once and then each interval until connected; `connected` gets each socket. When a
-    /// socket that was handed over goes down, the attempts begin again. False for a false address.
-    virtual bool Connect(const Network::Address& address,
-                         const AsyncCallback<Orlu::SocketPtr>& connected) = 0;
+    /// socket that was handed over goes down, the attempts begin again. Gives the address, or a
+    /// false one on failure.
+    virtual Network::Address Serve(const Network::Address& address,
+                                   const AsyncCallback<Orlu::SocketPtr>& connected) = 0;
 };
 
 namespace IL {
@@ -99,7 +100,7 @@ namespace IL {
 std::shared_ptr<APServerSocketListenerIF> CreateServerListener(const std::string& name,
                                                                NotifyTargetTaskIF* task);
 
-/// Attempts `retryMs` apart, on the task of the callback given to `Connect`. Ends when the listener
+/// Attempts `retryMs` apart, on the task of the callback given to `Serve`. Ends when the listener
 /// is destroyed.
 std::shared_ptr<APClientSocketListenerIF> CreateClientListener(const std::string& name,
                                                                std::uint32_t retryMs);

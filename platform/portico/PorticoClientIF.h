@@ -52,7 +52,7 @@ public:
                                    const std::string& label, int number);
 
     /// Answers PUT or POST on `path`. The handler gets the request before the two callbacks. A body
-    /// that is no such message never reaches it: the consumer gets `ParseError`.
+    /// that is no such message never reaches it: the consumer gets `ParseError` without a guid.
     template <class Request, class Answer>
     CallbackConnection RegisterPut(const std::string& path,
                                    const BodyHandler<Request, Answer>& handler,
@@ -169,7 +169,9 @@ CallbackConnection PorticoClientIF::RegisterBody(Portico::Method method, const s
         try {
             ProtoToMarkup::FromJson(body, request, request.GetDescriptor()->name());
         } catch (const ProtoToMarkup::MarkupError& error) {
-            RespondError(respond, Portico::ParseError(error.what()));
+            Portico::Error refusal = Portico::ParseError(error.what());
+            refusal.clear_guid();
+            RespondError(respond, refusal);
             return;
         }
         handler(

@@ -7,7 +7,6 @@
 namespace QSP::Reason {
 
 inline constexpr int kSuccess = 0;
-inline constexpr int kTestEnded = 4;
 inline constexpr int kNothingFound = 44;
 inline constexpr int kBadArgument = 45;
 inline constexpr int kNotStarted = 200;

@@ -70,7 +70,7 @@ void LpmClientLite::ConnectToService(const Callback<bool>& callback)
             }
         },
         m_task);
-    m_listener->Connect(IPCDirectory::Get().Lookup(kServiceName), connected);
+    m_listener->Serve(IPCDirectory::Get().Lookup(kServiceName), connected);
 }
 
 void LpmClientLite::OnSocketConnected(const Orlu::SocketPtr& socket, const Callback<bool>& callback)

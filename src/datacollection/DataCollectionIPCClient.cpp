@@ -42,7 +42,7 @@ void DataCollectionIPCClient::Initialize()
     kLog.Put(3, "DataCollectionIPCClient::Initialize()");
     const AsyncCallback<Orlu::SocketPtr> connected(
         [this](const Orlu::SocketPtr& socket) { Connected(socket); }, m_task);
-    if (!m_listener->Connect(IPCDirectory::Get().Lookup(m_ipcAddress), connected)) {
+    if (!m_listener->Serve(IPCDirectory::Get().Lookup(m_ipcAddress), connected)) {
         kLog.Log(1, "no address of a service for {}: {}", m_dataType, m_ipcAddress);
     }
 }

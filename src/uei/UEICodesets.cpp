@@ -47,7 +47,7 @@ std::string UEIInterface::ValidateCodesetName(const char* name)
     while (!BeginsWithName(text)) {
         const std::size_t comma = text.find(',');
         if (comma == std::string_view::npos) {
-            kUEILog.Log(3, "Invalid codeset name {}", name == nullptr ? "" : name);
+            kUEILog.Put(3, "Invalid codeset name ");
             validCodeset.clear();
             return validCodeset;
         }

@@ -89,7 +89,7 @@ void UEIInterface::FindEDIDDevice(const FindEDIDDevice_t& request,
         answer.set_brand(OrEmpty(found.brand));
         answer.set_cicode(OrEmpty(found.codeset));
         answer.set_result(kSuccess);
-        kUEILog.Log(3, "Found EDID {}", answer.ShortDebugString());
+        kUEILog.Log(3, "Found EDID {}", answer.DebugString());
     }
     if (callback) {
         callback(answer);

@@ -218,7 +218,7 @@ private:
     std::int32_t testKey = -1;
     std::uint32_t codesetsOffered = 0;
     std::uint32_t codesetsTested = 0;
-    std::string lastResult;
+    std::string lastResult = "LAST_RESULT_SUCCESS";
     const char* deCodeset = "";
     std::string deBrand;
     std::string deModel;

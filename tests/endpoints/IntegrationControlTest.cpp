@@ -68,7 +68,7 @@ protected:
 
 TEST_F(IntegrationControl, RefusesWhatItCannotDo)
 {
-    const Progress idle{false, "", 0, 0, 0, "O_KEY_INVALID", ""};
+    const Progress idle{false, "LAST_RESULT_SUCCESS", 0, 0, 0, "O_KEY_INVALID", ""};
     EXPECT_EQ(Get(kControl), Answer(idle, "GET"));
     EXPECT_EQ(Put(kStart), kRefused);
     EXPECT_EQ(Act("ACTION_CANCEL"), kRefused);
@@ -119,7 +119,7 @@ TEST_F(IntegrationControl, ABodyThatIsNoMessageReachesNoHandler)
         SCOPED_TRACE(body);
         const std::string answer = Put(body);
         EXPECT_TRUE(
-            answer.starts_with("+0 error PUT /remote/integration {\"guid\":\"1\","
+            answer.starts_with("+0 error PUT /remote/integration {"
                                "\"code\":0,\"subcode\":2005,\"message\":\"OSMControlMsg_t"))
             << answer;
         EXPECT_EQ(Log(), "");

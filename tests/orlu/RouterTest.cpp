@@ -46,7 +46,7 @@ protected:
     {
         m_client = IPCMessageRouterFactory::CreateRouter("client", m_clientTask.get(), {});
         m_clientListener = IL::CreateClientListener("client", 1000);
-        m_clientListener->Connect(
+        m_clientListener->Serve(
             Network::Address(kPath),
             {[this](const Orlu::SocketPtr& socket) {
                  m_effects += "+" + std::to_string(m_runtime.Elapsed()) + " connected\n";

@@ -112,7 +112,7 @@ TEST_F(LookupAnswers, DiscoveryTellsWhatTheLibraryFound)
     qsp.lists["discover_device_info_get"] = {"TV", "Acme", "T9999"};
     EXPECT_NE(findCec().find("ciCode: \"\" result: \"RESULT_SUCCESS\""), std::string::npos);
     EXPECT_NE(findEdid(1000).find("ciCode: \"T9999\""), std::string::npos);
-    TakeLog();
+    EXPECT_NE(TakeLog().find("3 Found EDID brand: \"Acme\"\\n"), std::string::npos);
     for (const char* function : {"discover_device_info_get", "discover_retrieve_info_cec",
                                  "discover_retrieve_info_edid", "get_lookup_session"}) {
         qsp.results[function] = 7;

@@ -67,7 +67,9 @@ TEST_F(UEICodesets, TakeTheFirstValidName)
         SCOPED_TRACE(row.name == nullptr ? "null" : row.name);
         EXPECT_EQ(engine.ValidateCodesetName(row.name), row.valid);
     }
-    EXPECT_TRUE(TakeLog().ends_with("3 Validating codeset name \n3 Invalid codeset name \n"));
+    TakeLog();
+    engine.ValidateCodesetName("T8192");
+    EXPECT_EQ(TakeLog(), "3 Validating codeset name T8192\n3 Invalid codeset name \n");
 }
 
 TEST_F(UEICodesets, ArriveInTheBuffer)
