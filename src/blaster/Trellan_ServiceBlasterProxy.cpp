@@ -159,7 +159,7 @@ bool Trellan_ServiceBlasterProxy::StoreCodesetInBlaster(const std::string& codes
 {
     std::uint16_t device = 0;
     if (!ToDevice(codeset, device)) {
-        return RefuseLoad();
+        return false;
     }
     if (size > BlasterFrames::kMaxStoreBytes) {
         kLog.Log(2, "Codeset {} of {} bytes is too large for the blaster", codeset, size);

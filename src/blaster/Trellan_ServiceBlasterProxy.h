@@ -61,8 +61,9 @@ public:
     bool SendGetVersion(const StringCallback& callback);
 
     /// Begins a load; a callback that is to get its result is queued before. False, and nothing
-    /// sent, for a name without a device number or for more data than a store frame can carry; the
-    /// callback that was queued last is then answered as a failed transfer, before this returns.
+    /// sent, for a name without a device number; the callback then waits as for a lost result.
+    /// False too for more data than a store frame can carry; the callback that was queued last is
+    /// then answered as a failed transfer, before this returns.
     bool StoreCodesetInBlaster(const std::string& codeset, const std::uint8_t* data,
                                std::uint32_t size);
 
