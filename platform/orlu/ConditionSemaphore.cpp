@@ -2,6 +2,8 @@
 
 #include "orlu/ConditionSemaphore.h"
 
+#include "orlu/DPrint.h"
+
 ConditionSemaphore::ConditionSemaphore(unsigned count)
     : m_semaphore(Orlu::Runtime().CreateSemaphore(count))
 {
@@ -11,6 +13,7 @@ ConditionSemaphore::~ConditionSemaphore() = default;
 
 int ConditionSemaphore::Wait()
 {
+    DPrint::Flush();
     m_semaphore->Wait();
     return 0;
 }

@@ -90,6 +90,11 @@ void DPrint::Put(int level, std::string_view text) const
     FlushOrPromise(lines, level);
 }
 
+void DPrint::Flush()
+{
+    Lines().Flush();
+}
+
 void DPrint::ReadLevel()
 {
     const char* level = std::getenv("ORLU_LOG_LEVEL");

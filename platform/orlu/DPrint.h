@@ -39,6 +39,9 @@ public:
     /// Writes a finished text, if the level is on.
     void Put(int level, std::string_view text) const;
 
+    /// Writes what this thread has gathered: before a wait in the middle of a wake-up.
+    static void Flush();
+
     /// Reads `ORLU_LOG_LEVEL`; a value that is none of the levels leaves the default.
     static void ReadLevel();
     static void SetLevel(int level) { s_level = level; }
