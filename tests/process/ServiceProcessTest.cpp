@@ -60,7 +60,7 @@ TEST_F(ServiceProcessTest, APressedKeyMovesTheTelevision)
 {
     StartLpm();
     StartService();
-    m_service->WaitForLog("TRS lpmClient connected");
+    m_service->WaitForLog("KeyHandler: TRS lpmClient connected");
     SendSources({"T2051", "S0456", "Y0812"});
     m_service->WaitForLog("The codesets match, we can send keys");
 
@@ -77,12 +77,12 @@ TEST_F(ServiceProcessTest, PeersMayComeLaterGoAndComeBack)
     StartService();
     RunProgram(m_folder, "ProductController", {"cloud"});
     StartLpm();
-    m_service->WaitForLog("TRS lpmClient connected");
+    m_service->WaitForLog("KeyHandler: TRS lpmClient connected");
     m_lpm->Signal(SIGTERM);
     EXPECT_EQ(m_lpm->WaitForEnd(), 0);
     m_service->WaitForLog("Connection lost");
     StartLpm();
-    m_service->WaitForLog("TRS lpmClient connected");
+    m_service->WaitForLog("KeyHandler: TRS lpmClient connected");
     SendSources({"T2051"});
     m_service->WaitForLog("The codesets match, we can send keys");
     RunProgram(m_folder, "ProductController", {"key", "T2051", "36"});
