@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "console/Words.h"
+
+#include <gtest/gtest.h>
+
+namespace OrluConsole {
+namespace {
+
+TEST(Words, StandBetweenBlanksOrInQuotes)
+{
+    using List = std::vector<std::string>;
+    const std::string binary("\0\x80\r", 3);
+    const struct {
+        std::string line;
+        std::optional<List> words;
+    } rows[] = {
+        {"", List{}},
+        {" \t ", List{}},
+        {"trs  get_version\t", List{"trs", "get_version"}},
+        {"osd \"My TV\" 'a \"b\"'", List{"osd", "My TV", "a \"b\""}},
+        {"a\"b c\"d ''", List{"ab cd", ""}},
+        {binary, List{binary}},
+        {"it's", std::nullopt},
+        {"a \"", std::nullopt},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.line);
+        EXPECT_EQ(SplitWords(row.line), row.words);
+    }
+}
+
+TEST(Words, OfAnAnswerCannotDriveTheTerminal)
+{
+    EXPECT_EQ(Printable("a\n\tb\x1b[2J\r\xff\xc3\xa9"), "a\n\tb\\x1b[2J\\r\\xff\xc3\xa9");
+}
+
+}  // namespace
+}  // namespace OrluConsole
