@@ -40,7 +40,7 @@ LineEditor::LineEditor(Signals& signals, std::string historyPath, bool colour,
                        Completions completions)
     : m_signals(signals),
       m_historyPath(std::move(historyPath)),
-      m_prompt(colour ? L"\1\033[1m\1orlu> \1\033[0m\1" : L"orlu> "),
+      m_prompt(colour ? L"\1\033[1m\1orlu>\1\033[0m\1 " : L"orlu> "),
       m_completions(std::move(completions)),
       m_history(history_init()),
       m_editor(el_init("OrluConsole", stdin, stdout, stderr))
