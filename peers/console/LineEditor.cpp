@@ -93,6 +93,7 @@ InputIF::Input LineEditor::Read()
     int size = 0;
     const char* text = el_gets(m_editor, &size);
     if (text == nullptr || size <= 0) {
+        std::fputc('\n', stdout);
         return {Kind::kEnd};
     }
     std::string line(text, static_cast<std::size_t>(size));
