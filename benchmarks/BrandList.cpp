@@ -4,6 +4,8 @@
 // place, beside the same walk and the same file made by hand. The library holds its rows in memory,
 // so that what is measured is the service.
 
+#include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -174,7 +176,7 @@ int main(int argc, char** argv)
     try {
         return Bench::Main(argc, argv);
     } catch (const std::exception& error) {
-        fmt::print(stderr, "BrandListBench: {}\n", error.what());
+        std::fprintf(stderr, "BrandListBench: %s\n", error.what());
         return 1;
     }
 }

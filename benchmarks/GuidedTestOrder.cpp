@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <random>
@@ -111,9 +112,7 @@ void Print(const char* what, const Rows& rows)
     rows.plainWrong.Print(where, "one by one", "one wrong");
 }
 
-}  // namespace
-
-int main(int argc, char** argv)
+int Main(int argc, char** argv)
 {
     CLI::App app("Counts the keys of every guided test of a catalogue");
     std::string file;
@@ -145,4 +144,16 @@ int main(int argc, char** argv)
     Print("by brand", byBrand);
     Print("type alone", byType);
     return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        return Main(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "GuidedTestOrder: %s\n", error.what());
+        return 1;
+    }
 }

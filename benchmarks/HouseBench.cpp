@@ -69,7 +69,7 @@ int main(int argc, char** argv)
     try {
         return Bench::Main(argc, argv);
     } catch (const std::exception& error) {
-        fmt::print(stderr, "HouseBench: {}\n", error.what());
+        std::fprintf(stderr, "HouseBench: %s\n", error.what());
         return 1;
     }
 }

@@ -37,11 +37,14 @@ void MemoryLibrary::Fill(std::size_t count)
 
 std::size_t MemoryLibrary::Retrieve(std::string_view prefix)
 {
-    const auto found = std::ranges::equal_range(
-        s_names, Head(prefix, prefix.size()), {},
-        [prefix](const std::string& name) { return Head(name, prefix.size()); });
-    s_begin = static_cast<std::size_t>(found.begin() - s_names.begin());
-    s_end = static_cast<std::size_t>(found.end() - s_names.begin());
+    const auto head = [prefix](const std::string& name) {
+        return Head(name, prefix.size());
+    };
+    const std::string first = Head(prefix, prefix.size());
+    const auto begin = std::ranges::lower_bound(s_names, first, {}, head);
+    const auto end = std::ranges::upper_bound(s_names, first, {}, head);
+    s_begin = static_cast<std::size_t>(begin - s_names.begin());
+    s_end = static_cast<std::size_t>(end - s_names.begin());
     return s_end - s_begin;
 }
 

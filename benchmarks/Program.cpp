@@ -42,6 +42,7 @@ std::filesystem::path ProcOf(pid_t pid)
 std::vector<char*> Pointers(const std::vector<std::string>& texts)
 {
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (const auto& text : texts) {
         pointers.push_back(const_cast<char*>(text.c_str()));
     }

@@ -41,7 +41,7 @@ std::string Consumer::ReadTo(const std::string& end)
 {
     boost::system::error_code error;
     const auto size = asio::read_until(m_socket, asio::dynamic_buffer(m_bytes), end, error);
-    const auto text = m_bytes.substr(0, error ? m_bytes.size() : size);
+    auto text = m_bytes.substr(0, error ? m_bytes.size() : size);
     m_bytes.erase(0, text.size());
     return text;
 }
