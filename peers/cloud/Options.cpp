@@ -2,18 +2,11 @@
 
 #include "cloud/Options.h"
 
+#include "common/CommandLine.h"
+
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
-#include <iostream>
-
 namespace Cloud {
-
-namespace {
-
-constexpr int kUsage = 2;
-
-}  // namespace
 
 std::optional<Options> ParseOptions(int argc, const char* const* argv, int& exitCode)
 {
@@ -28,18 +21,10 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv, int& exit
         ->type_name("FILE");
     app.add_option("--script", options.script, "Answer otherwise than normal: {\"replies\": [...]}")
         ->type_name("FILE");
-    try {
-        app.parse(argc, argv);
-        return options;
-    } catch (const CLI::Success& asked) {
-        exitCode = app.exit(asked);
-    } catch (const CLI::ParseError& error) {
-        std::string what = error.what();
-        std::ranges::replace(what, '\n', ' ');
-        std::cerr << "UeiCloud: " << what << '\n';
-        exitCode = kUsage;
+    if (!Peers::ParseCommandLine(app, argc, argv, exitCode)) {
+        return std::nullopt;
     }
-    return std::nullopt;
+    return options;
 }
 
 }  // namespace Cloud

@@ -2,16 +2,15 @@
 
 #include "console/Options.h"
 
+#include "common/CommandLine.h"
+
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
 #include <iostream>
 
 namespace OrluConsole {
 
 namespace {
-
-constexpr int kUsage = 2;
 
 constexpr const char* kFooter =
     "COMMAND is one of the service's, such as `trs get_version`; --help comes before it.\n"
@@ -30,22 +29,13 @@ std::optional<CommandWords> ParseOptions(int argc, const char* const* argv, int&
     app.set_version_flag("--version", std::string("OrluConsole ") + CONSOLE_VERSION);
     // What follows the first word is the command's, even where it looks like an option.
     app.prefix_command();
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::Success& asked) {
-        exitCode = app.exit(asked);
-        return std::nullopt;
-    } catch (const CLI::ParseError& error) {
-        std::string what = error.what();
-        std::ranges::replace(what, '\n', ' ');
-        std::cerr << "OrluConsole: " << what << '\n';
-        exitCode = kUsage;
+    if (!Peers::ParseCommandLine(app, argc, argv, exitCode)) {
         return std::nullopt;
     }
     CommandWords words = app.remaining();
     if (!words.empty() && words.front().starts_with('-')) {
         std::cerr << "OrluConsole: there is no option " << words.front() << '\n';
-        exitCode = kUsage;
+        exitCode = Peers::kUsage;
         return std::nullopt;
     }
     return words;

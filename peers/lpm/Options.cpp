@@ -2,12 +2,11 @@
 
 #include "lpm/Options.h"
 
+#include "common/CommandLine.h"
 #include "infrared/RenderText.h"
 
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
-#include <iostream>
 #include <utility>
 
 namespace Lpm {
@@ -16,8 +15,6 @@ namespace {
 
 constexpr const char* kSimulated = "sim";
 constexpr const char* kLircPrefix = "lirc:";
-constexpr int kUsage = 2;
-
 /// `sim` becomes the empty text, `lirc:DEVICE` the device.
 std::string ParseEmitter(std::string& text)
 {
@@ -83,18 +80,10 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv, int& exit
         "The microcontroller of the product: blaster, CEC, and what stands in front of them",
         "LpmService");
     AddOptions(app, options);
-    try {
-        app.parse(argc, argv);
-        return options;
-    } catch (const CLI::Success& asked) {
-        exitCode = app.exit(asked);
-    } catch (const CLI::ParseError& error) {
-        std::string what = error.what();
-        std::ranges::replace(what, '\n', ' ');
-        std::cerr << "LpmService: " << what << '\n';
-        exitCode = kUsage;
+    if (!Peers::ParseCommandLine(app, argc, argv, exitCode)) {
+        return std::nullopt;
     }
-    return std::nullopt;
+    return options;
 }
 
 }  // namespace Lpm

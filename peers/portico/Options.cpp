@@ -2,18 +2,11 @@
 
 #include "portico/Options.h"
 
+#include "common/CommandLine.h"
+
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
-#include <iostream>
-
 namespace PorticoApi {
-
-namespace {
-
-constexpr int kUsage = 2;
-
-}  // namespace
 
 std::optional<Options> ParseOptions(int argc, const char* const* argv, int& exitCode)
 {
@@ -31,18 +24,10 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv, int& exit
     app.add_option("--events", options.events, "Add each usage event to it as a JSON line")
         ->type_name("FILE");
     app.add_option("--web", options.web, "Serve the files of this folder too")->type_name("DIR");
-    try {
-        app.parse(argc, argv);
-        return options;
-    } catch (const CLI::Success& asked) {
-        exitCode = app.exit(asked);
-    } catch (const CLI::ParseError& error) {
-        std::string what = error.what();
-        std::ranges::replace(what, '\n', ' ');
-        std::cerr << "PorticoServer: " << what << '\n';
-        exitCode = kUsage;
+    if (!Peers::ParseCommandLine(app, argc, argv, exitCode)) {
+        return std::nullopt;
     }
-    return std::nullopt;
+    return options;
 }
 
 }  // namespace PorticoApi
