@@ -17,27 +17,29 @@ namespace {
 
 constexpr const char* kServiceName = "TrellanServiceCommandLineClient";
 
-bool IsSet(const char* variable)
+/// Empty for a variable that is not set.
+std::string Environment(const char* variable)
 {
     const char* value = std::getenv(variable);
-    return value != nullptr && *value != '\0';
+    return value == nullptr ? "" : value;
 }
 
 bool MayColour()
 {
-    const char* terminal = std::getenv("TERM");
-    return ::isatty(STDOUT_FILENO) == 1 && !IsSet("NO_COLOR") && terminal != nullptr &&
-           std::string_view(terminal) != "dumb";
+    const std::string terminal = Environment("TERM");
+    return ::isatty(STDOUT_FILENO) == 1 && Environment("NO_COLOR").empty() && !terminal.empty() &&
+           terminal != "dumb";
 }
 
 /// In the user's own folder of such things; empty where there is none.
 std::string HistoryPath()
 {
-    if (IsSet("XDG_STATE_HOME")) {
-        return std::string(std::getenv("XDG_STATE_HOME")) + "/orlu-console/history";
+    constexpr const char* kFile = "/orlu-console/history";
+    if (const std::string state = Environment("XDG_STATE_HOME"); !state.empty()) {
+        return state + kFile;
     }
-    return IsSet("HOME") ? std::string(std::getenv("HOME")) + "/.local/state/orlu-console/history"
-                         : "";
+    const std::string home = Environment("HOME");
+    return home.empty() ? "" : home + "/.local/state" + kFile;
 }
 
 OrluConsole::ExitCode Prompt(OrluConsole::Console& console, OrluConsole::Signals& signals)
