@@ -20,6 +20,22 @@ function(house_room name)
   target_link_libraries(${name} PUBLIC ${ARG_DEPENDS} PRIVATE house_options)
 endfunction()
 
+# house_given_library(NAME FILE DEPENDS …): a library that was given on the command line of CMake, in
+# the place of a room. An archive may need what its DEPENDS give: they stand behind it.
+function(house_given_library name file)
+  cmake_parse_arguments(ARG "" "" "DEPENDS" ${ARGN})
+  if(NOT EXISTS ${file})
+    message(FATAL_ERROR "${name}: there is no file ${file}")
+  endif()
+  # By its full path: a .so without a name of its own would else be looked up where it was linked.
+  add_library(${name}_given UNKNOWN IMPORTED GLOBAL)
+  set_target_properties(${name}_given PROPERTIES
+    IMPORTED_LOCATION ${file} INTERFACE_LINK_LIBRARIES "${ARG_DEPENDS}")
+  add_library(${name} INTERFACE)
+  target_link_libraries(${name} INTERFACE
+    ${name}_given ${ARG_DEPENDS} ${CMAKE_DL_LIBS} Threads::Threads)
+endfunction()
+
 # house_program(NAME SOURCES … DEPENDS …): a program in bin/.
 function(house_program name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})

@@ -83,9 +83,7 @@ std::vector<std::string> Console::Complete(std::string_view text)
 {
     std::vector<std::string> completions;
     const std::string asked = text.starts_with("help ") ? "help " : "";
-    if (m_commands.command().empty()) {
-        m_service.Ask(CONSOLE_DESCRIBE, Describe(), m_commands);
-    }
+    FetchCommands();
     for (const auto& command : m_commands.command()) {
         if (std::string whole = asked + command.command(); whole.starts_with(text)) {
             completions.push_back(std::move(whole));
@@ -119,8 +117,9 @@ ExitCode Console::Send(const std::vector<std::string>& words)
 
 ExitCode Console::Help(std::string command)
 {
-    if (!KnowCommands()) {
-        return m_interrupted ? kKnown : kUnreachable;
+    const auto outcome = FetchCommands();
+    if (outcome != ServiceConnection::Outcome::kAnswered) {
+        return Failed(outcome);
     }
     if (command.empty()) {
         std::string text;
@@ -146,17 +145,10 @@ ExitCode Console::Help(std::string command)
     return kUnknown;
 }
 
-bool Console::KnowCommands()
+ServiceConnection::Outcome Console::FetchCommands()
 {
-    if (!m_commands.command().empty()) {
-        return true;
-    }
-    const auto outcome = m_service.Ask(CONSOLE_DESCRIBE, Describe(), m_commands);
-    if (outcome != ServiceConnection::Outcome::kAnswered) {
-        Failed(outcome);
-        return false;
-    }
-    return true;
+    return m_commands.command().empty() ? m_service.Ask(CONSOLE_DESCRIBE, Describe(), m_commands)
+                                        : ServiceConnection::Outcome::kAnswered;
 }
 
 ExitCode Console::Failed(ServiceConnection::Outcome outcome)

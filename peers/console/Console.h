@@ -38,8 +38,8 @@ public:
 private:
     ExitCode Send(const std::vector<std::string>& words);
     ExitCode Help(std::string command);
-    /// False, and said so, while the service can't be reached.
-    bool KnowCommands();
+    /// Once: the table does not change while a service runs.
+    ServiceConnection::Outcome FetchCommands();
     ExitCode Failed(ServiceConnection::Outcome outcome);
     void Print(const std::string& text) const;
 

@@ -5,10 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include "blaster/Trellan_ServiceBlasterProxy.h"
 #include "codesets/Trellan_ServiceCodesetHandler.h"
 #include "console/Console.pb.h"
-#include "keys/Trellan_ServiceKeyHandler.h"
 #include "orlu/IPCMessageRouter.h"
 #include "support/World.h"
 

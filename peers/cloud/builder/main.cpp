@@ -4,6 +4,7 @@
 
 #include "cloud/builder/CatalogueWriter.h"
 #include "cloud/builder/SourceText.h"
+#include "common/CommandLine.h"
 #include "orlu/SystemUtils.h"
 
 #include <google/protobuf/stubs/logging.h>
@@ -18,8 +19,6 @@
 #include <vector>
 
 namespace {
-
-constexpr int kUsage = 2;
 
 int Fail(const std::string& path, const std::string& why)
 {
@@ -61,15 +60,9 @@ int main(int argc, char** argv)
     std::vector<std::string> sources;
     app.add_option("OUT", out, "The catalogue, replaced as a whole")->required();
     app.add_option("SOURCE", sources, "JSON; the first word on anything counts")->required();
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::Success& asked) {
-        return app.exit(asked);
-    } catch (const CLI::ParseError& error) {
-        std::string what = error.what();
-        std::ranges::replace(what, '\n', ' ');
-        std::cerr << "CatalogueBuilder: " << what << '\n';
-        return kUsage;
+    int exitCode = 0;
+    if (!Peers::ParseCommandLine(app, argc, argv, exitCode)) {
+        return exitCode;
     }
     return Build(out, sources);
 }

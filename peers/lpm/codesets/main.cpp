@@ -2,6 +2,7 @@
 
 // Turns the text of a code set into the binary that the blaster holds.
 
+#include "common/CommandLine.h"
 #include "lpm/codesets/CodesetText.h"
 #include "orlu/SystemUtils.h"
 
@@ -15,7 +16,6 @@
 
 namespace {
 
-constexpr int kUsage = 2;
 constexpr int kFailed = 1;
 
 int Fail(const std::string& path, const std::string& why)
@@ -58,15 +58,9 @@ int main(int argc, char** argv)
     std::string out;
     app.add_option("IN", in, "The text, JSON")->required();
     app.add_option("OUT", out, "The binary, replaced as a whole")->required();
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::Success& asked) {
-        return app.exit(asked);
-    } catch (const CLI::ParseError& error) {
-        std::string what = error.what();
-        std::ranges::replace(what, '\n', ' ');
-        std::cerr << "CodesetCompiler: " << what << '\n';
-        return kUsage;
+    int exitCode = 0;
+    if (!Peers::ParseCommandLine(app, argc, argv, exitCode)) {
+        return exitCode;
     }
     return Compile(in, out);
 }
