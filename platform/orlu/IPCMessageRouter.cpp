@@ -55,6 +55,7 @@ public:
     bool Reply(std::uint32_t id, IPCMessageEnvelope envelope, std::uint32_t token) override;
     bool ReplyMessage(std::uint32_t id, const google::protobuf::Message& message,
                       std::uint32_t token) override;
+    void Flush() override;
     CallbackConnection AddHandler(std::uint32_t id, EnvelopeHandler handler) override;
     void Unexpected(const IPCMessageEnvelope& envelope) override;
 
@@ -228,6 +229,13 @@ bool Router::ReplyMessage(std::uint32_t id, const google::protobuf::Message& mes
                           std::uint32_t token)
 {
     return Put({id, IPCFrames::kReply, token}, message);
+}
+
+void Router::Flush()
+{
+    if (m_socket) {
+        m_socket->Flush();
+    }
 }
 
 CallbackConnection Router::SendRequest(std::uint32_t id, IPCMessageEnvelope envelope,

@@ -58,6 +58,10 @@ public:
     virtual bool ReplyMessage(std::uint32_t id, const google::protobuf::Message& message,
                               std::uint32_t token) = 0;
 
+    /// Writes at once what was sent up to now, for a task that is about to stand still; else it
+    /// leaves at the end of the wake-up.
+    virtual void Flush() = 0;
+
     /// `handler` gets each event and request of that id; a second one replaces the first.
     virtual CallbackConnection AddHandler(std::uint32_t id, EnvelopeHandler handler) = 0;
 

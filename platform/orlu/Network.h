@@ -59,6 +59,10 @@ public:
     /// The same with bytes that are there. False if the socket is closed or is cut off now.
     bool Send(std::string_view bytes);
 
+    /// Writes what is to be sent now, as far as the peer takes it: for a task that is about to
+    /// stand still.
+    virtual void Flush() = 0;
+
     /// Drops the connection, with what was queued and not yet written.
     virtual void Close() = 0;
 

@@ -26,6 +26,7 @@ public:
     Network::AddrInfo GetPeer() const override { return Network::AddrInfo(m_peer); }
     void Receive(OnBytes bytes, OnClosed closed) override;
     std::uint8_t* Extend(std::size_t size) override;
+    void Flush() override;
     void Close() override;
     void NotifyGone(Work gone) override;
 
@@ -34,7 +35,6 @@ private:
     void ReadOnce();
     /// One read; true if it brought bytes and the socket is still open.
     bool Read();
-    void Flush();
     void WaitWritable();
     /// The connection is over, by the peer or by a failure: `closed` is called.
     void Fail();

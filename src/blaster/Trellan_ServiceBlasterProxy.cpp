@@ -115,6 +115,11 @@ bool Trellan_ServiceBlasterProxy::SendEndKey(const StringCallback& callback)
     return SendFrame(BlasterFrames::EndKey(), callback);
 }
 
+void Trellan_ServiceBlasterProxy::Flush()
+{
+    m_client->Router()->Flush();
+}
+
 bool Trellan_ServiceBlasterProxy::GetBlasterKeyMap(const std::string& codeset,
                                                    const StringCallback& callback)
 {

@@ -51,6 +51,9 @@ public:
                         const StringCallback& callback);
     bool SendEndKey(const StringCallback& callback);
 
+    /// Hands what was sent up to now to the LPM service at once, not at the end of the wake-up.
+    void Flush();
+
     /// False for a name without a device number; `callback` then gets the name and
     /// " not valid codeset".
     bool GetBlasterKeyMap(const std::string& codeset, const StringCallback& callback);

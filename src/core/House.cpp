@@ -99,6 +99,7 @@ public:
     Trellan_ServiceBlasterProxy& BlasterProxy() override { return m_house.BlasterProxy(nullptr); }
     std::string StagingDirectory() override { return m_house.Manager().StagingDirectory(); }
     std::string BrandListFileName() override { return m_house.Manager().BrandListFileName(); }
+    void EndBurst() override { m_house.EndBurst(); }
 
 private:
     House& m_house;
@@ -214,6 +215,13 @@ Trellan_ServiceKeyHandler& House::KeyHandler()
                                                                    CodesetHandler(), &Server());
     }
     return *m_keyHandler;
+}
+
+void House::EndBurst()
+{
+    if (m_keyHandler) {
+        m_keyHandler->EndBurst();
+    }
 }
 
 Trellan_ServiceBlasterProxy& House::BlasterProxy(NotifyTargetTaskIF* task)

@@ -32,6 +32,9 @@ public:
     Trellan_ServiceCecIF& CecIF(Trellan_Server* server);
     Trellan_ServiceCommandLine& CommandLine();
 
+    /// Ends a burst of infrared, if there has been a key at all.
+    void EndBurst();
+
 private:
     struct Adapters;
 

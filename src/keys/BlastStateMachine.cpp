@@ -46,6 +46,14 @@ bool Trellan_ServiceKeyHandler::Step(BlastEvent event, std::string codeset, std:
     return false;
 }
 
+void Trellan_ServiceKeyHandler::EndBurst()
+{
+    if (m_blastState == BlastSending && !MayBlastContinuously(m_codeset)) {
+        m_blasterProxy->SendEndKey(m_quietCallback);
+        m_blasterProxy->Flush();
+    }
+}
+
 void Trellan_ServiceKeyHandler::Enter(BlastState state)
 {
     m_blastState = state;

@@ -66,6 +66,11 @@ public:
     /// A press comes with its code set and key, all else with an empty text and 255.
     void HandleBlastState(BlastEvent event, std::string codeset, std::uint32_t orluKey);
 
+    /// To be called before the task may stand still: a key that the blaster is sending and that
+    /// must not be sent without pause gets its end frame now. The state stays as it is, so that
+    /// another end frame follows, which the blaster takes as well.
+    void EndBurst();
+
     /// The UEI key that `orluKey` stands for in a code set, 255 if there is none.
     std::uint32_t TranslateOrluToUEI(std::uint32_t orluKey, const std::string& codeset) const;
 

@@ -34,6 +34,8 @@ public:
     virtual std::string StagingDirectory() = 0;
     /// Without directory.
     virtual std::string BrandListFileName() = 0;
+    /// The task is about to stand still for a post: nothing may keep the blaster on meanwhile.
+    virtual void EndBurst() = 0;
 };
 
 /// The one door to the UEI library: its start, its session and posts, the download of code sets,

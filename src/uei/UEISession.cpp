@@ -189,6 +189,9 @@ int UEIInterface::HttpPost(const char* body, std::uint32_t bodyLength, char** re
                            std::uint32_t* responseLength, const char* url)
 {
     const bool held = s_poster != nullptr && s_poster->retryHold;
+    if (s_poster != nullptr && !held) {
+        s_poster->m_neighbours.EndBurst();
+    }
     bool transferFailed = false;
     const int code =
         Http::Post(body, bodyLength, response, responseLength, url, held, transferFailed);

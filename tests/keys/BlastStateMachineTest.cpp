@@ -36,6 +36,28 @@ TEST_F(BlastStateMachine, EndsABurstEarlyOnRelease)
               "+55 lpm 80 000100\n");
 }
 
+TEST_F(BlastStateMachine, EndsABurstBeforeTheTaskStandsStill)
+{
+    Start();
+    Press(kPlay);
+    effects.Take();
+    const auto standStill = [this] {
+        keys->EndBurst();
+        runtime.Advance(1000);
+    };
+    IL::BreakThread(standStill, task.get());
+    runtime.Advance(1100);
+    EXPECT_EQ(effects.Take(), "+0 lpm 80 000100\n+1010 lpm 80 000100\n");
+    Release();
+    runtime.Advance(1000);
+    keys->m_allowContinuous = true;
+    Press(kPlay);
+    effects.Take();
+    IL::BreakThread(standStill, task.get());
+    runtime.RunUntilIdle();
+    EXPECT_EQ(effects.Take(), "");
+}
+
 TEST_F(BlastStateMachine, KeepsAKeyOnWhereThatIsSafe)
 {
     constexpr const char* kHeld =

@@ -59,6 +59,7 @@ public:
         written.assign(size, '?');
         return reinterpret_cast<std::uint8_t*>(written.data());
     }
+    void Flush() override {}
     void Close() override {}
     void NotifyGone(Orlu::Work) override {}
 

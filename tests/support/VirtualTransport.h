@@ -35,12 +35,12 @@ public:
     Network::AddrInfo GetPeer() const override { return Network::AddrInfo(m_peerText); }
     void Receive(OnBytes bytes, OnClosed closed) override;
     std::uint8_t* Extend(std::size_t size) override;
+    void Flush() override;
     void Close() override { Release(); }
     void NotifyGone(Orlu::Work gone) override { m_gone = std::move(gone); }
 
 private:
     void Post(void (VirtualSocket::*step)());
-    void Flush();
     void Deliver();
     void EndOfStream();
     void Fail();

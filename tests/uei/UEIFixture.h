@@ -70,6 +70,7 @@ private:
     Trellan_ServiceBlasterProxy& BlasterProxy() override { return proxy; }
     std::string StagingDirectory() override { return staging; }
     std::string BrandListFileName() override { return "brandList0"; }
+    void EndBurst() override { effects.Add("end burst"); }
     bool IsCloudConnected() override { return false; }
     void NotifyBlasterSyncComplete(bool) override {}
     bool TestConnection() override { return false; }
