@@ -46,6 +46,7 @@ public:
     }
     std::string StagingDirectory() override { return "/staging"; }
     std::string BrandListFileName() override { return "brandList0"; }
+    void EndBurst() override {}
 };
 
 void Check(bool good, const char* what)

@@ -21,7 +21,7 @@ namespace Cloud {
 inline std::string BuildOwn(const std::string& name)
 {
     const std::string folder = OWN_SOURCE_FOLDER;
-    const std::string path = testing::TempDir() + name + "." + std::to_string(getpid());
+    std::string path = testing::TempDir() + name + "." + std::to_string(getpid());
     Collection collection;
     std::string why;
     EXPECT_TRUE(AddSource(SystemUtils::ReadFile(folder + "/own.json").value_or(""), folder,

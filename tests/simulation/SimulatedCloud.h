@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <random>
+#include <string>
+#include <string_view>
+
+#include "cloud/CloudService.h"
+#include "support/VirtualRuntime.h"
+
+namespace Simulation {
+
+/// The real cloud over the small catalogue, reached without a network: it stands in libcurl's
+/// place. A post blocks the task that makes it for as long as the weather says, while all others
+/// run.
+class SimulatedCloud {
+public:
+    enum class Weather { kFair, kDown, kSlow, kFailing, kGarbled };
+
+    /// Builds the catalogue, from the files of this machine: before any root folder is set.
+    static void BuildCatalogue();
+
+    SimulatedCloud(VirtualRuntime& runtime, std::mt19937_64& random);
+    ~SimulatedCloud();
+    SimulatedCloud(const SimulatedCloud&) = delete;
+    SimulatedCloud& operator=(const SimulatedCloud&) = delete;
+
+    void Become(Weather weather) { m_weather = weather; }
+    bool IsPosting() const { return m_posting; }
+    std::uint64_t Posts() const { return m_posts; }
+
+    /// Called when a request has gone out and the task stands still.
+    std::function<void()> onStandstill;
+
+    static SimulatedCloud* Current() { return s_current; }
+    /// 0 with the answer, or a reason code of the library.
+    int Post(std::string_view body, std::string& answer);
+
+private:
+    std::uint32_t Draw(std::uint32_t most) { return static_cast<std::uint32_t>(m_random() % most); }
+
+    static inline SimulatedCloud* s_current = nullptr;
+    VirtualRuntime& m_runtime;
+    std::mt19937_64& m_random;
+    Cloud::CloudService m_service;
+    Weather m_weather = Weather::kFair;
+    bool m_posting = false;
+    std::uint64_t m_posts = 0;
+};
+
+}  // namespace Simulation
