@@ -95,7 +95,8 @@ private:
 /// One run of the program.
 class Program {
 public:
-    Program(std::string name, std::vector<std::string> words, std::function<void(std::string)> note)
+    Program(const std::string& name, const std::vector<std::string>& words,
+            const std::function<void(std::string)>& note)
         : m_task(IL::CreateTask(name, "")),
           m_session(
               m_task.get(), *ReadArguments(words).command,
