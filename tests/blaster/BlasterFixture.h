@@ -13,6 +13,7 @@
 #include "orlu/DPrint.h"
 #include "orlu/MfgData.h"
 #include "support/Effects.h"
+#include "support/LogCapture.h"
 #include "support/ScriptedLpm.h"
 #include "support/VirtualRuntime.h"
 
@@ -25,24 +26,14 @@ protected:
     BlasterFixture()
     {
         MfgData::Reload();
-        s_log.clear();
         DPrint::SetLevel(4);
-        DPrint::SetSink([](int level, std::string_view logger, std::string_view text) {
-            if (logger != "MfgData" && logger != "TrellanServiceCodesetHandler") {
-                s_log += std::to_string(level) + " " + std::string(text) + "\n";
-            }
-        });
         task = IL::CreateTask("server", "");
         lpm.NotePackets();
         lpm.AnswerLoads(std::nullopt);
         Leave();
     }
 
-    ~BlasterFixture() override
-    {
-        DPrint::SetSink(nullptr);
-        DPrint::SetLevel(3);
-    }
+    ~BlasterFixture() override { DPrint::SetLevel(3); }
 
     /// On the server task, until nothing is left to do.
     void Run(std::function<void()> work)
@@ -81,16 +72,16 @@ protected:
         return record;
     }
     std::string TakeAnswers() { return std::exchange(answers, {}); }
-    static std::string TakeLog() { return std::exchange(s_log, {}); }
+    std::string TakeLog() { return capture.Take(); }
 
+    LogCapture capture{[](std::string_view logger) {
+        return logger != "MfgData" && logger != "TrellanServiceCodesetHandler";
+    }};
     VirtualRuntime runtime;
     Effects effects{runtime};
     ScriptedLpm lpm{effects};
     std::shared_ptr<NotifyTargetTaskIF> task;
     std::string answers;
-
-private:
-    static inline std::string s_log;
 };
 
 }  // namespace TrellanService::Tests

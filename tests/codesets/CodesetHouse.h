@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "codesets/Trellan_ServiceCodesetHandler.h"
-#include "orlu/DPrint.h"
+#include "support/LogCapture.h"
 #include "support/TemporaryRoot.h"
 #include "support/VirtualRuntime.h"
 
@@ -22,19 +22,8 @@ class CodesetHouse : public testing::Test,
                      public TrellanService::CodesetServerIF,
                      public TrellanService::BlasterSyncIF {
 protected:
-    CodesetHouse()
-    {
-        s_log.clear();
-        DPrint::SetSink([](int level, std::string_view, std::string_view text) {
-            s_log += std::to_string(level) + " " + std::string(text) + "\n";
-        });
-        Restart();
-    }
-    ~CodesetHouse() override
-    {
-        task->Stop();
-        DPrint::SetSink(nullptr);
-    }
+    CodesetHouse() { Restart(); }
+    ~CodesetHouse() override { task->Stop(); }
 
     /// The state in memory is gone, the files stay.
     void Restart()
@@ -66,7 +55,7 @@ protected:
         return text;
     }
 
-    static std::string TakeLog() { return std::exchange(s_log, {}); }
+    std::string TakeLog() { return capture.Take(); }
 
     bool IsCloudConnected() override { return cloud; }
     void NotifyBlasterSyncComplete(bool done) override { notified += done ? "done;" : "begun;"; }
@@ -108,6 +97,7 @@ protected:
     }
     std::string TakeSteps() { return std::exchange(steps, {}); }
 
+    LogCapture capture;
     TemporaryRoot root;
     VirtualRuntime runtime;
     std::shared_ptr<NotifyTargetTaskIF> task = IL::CreateTask("server", "");
@@ -118,7 +108,4 @@ protected:
     bool cloud = false;
     std::string notified;
     std::unique_ptr<TrellanService::Trellan_ServiceCodesetHandler> handler;
-
-private:
-    static inline std::string s_log;
 };

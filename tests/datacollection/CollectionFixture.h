@@ -4,7 +4,6 @@
 
 #include <memory>
 #include <string>
-#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,6 +12,7 @@
 #include "datacollection/DataCollectionClient.h"
 #include "orlu/DPrint.h"
 #include "support/Effects.h"
+#include "support/LogCapture.h"
 #include "support/ScriptedPortico.h"
 #include "support/TemporaryRoot.h"
 
@@ -24,18 +24,11 @@ protected:
     CollectionFixture()
     {
         DataCollectionClient::Reload();
-        TakeLog();
         DPrint::SetLevel(4);
-        DPrint::SetSink([](int level, std::string_view logger, std::string_view text) {
-            if (logger.starts_with("DataCollection")) {
-                s_log += std::to_string(level) + " " + std::string(text) + "\n";
-            }
-        });
     }
     ~CollectionFixture() override
     {
         task->Stop();
-        DPrint::SetSink(nullptr);
         DPrint::SetLevel(3);
     }
 
@@ -44,10 +37,10 @@ protected:
         root.Write("/opt/Orlu/etc/DataCollection.json", "{\"properties\": [" + properties + "]}");
     }
 
-    static std::string TakeLog() { return std::exchange(s_log, {}); }
-    static bool Logged(const std::string& line)
+    std::string TakeLog() { return capture.Take(); }
+    bool Logged(const std::string& line) const
     {
-        return ("\n" + s_log).find("\n" + line + "\n") != std::string::npos;
+        return ("\n" + capture.Lines()).find("\n" + line + "\n") != std::string::npos;
     }
 
     /// Everything since the last call.
@@ -76,14 +69,14 @@ protected:
         return record;
     }
 
+    LogCapture capture{[](std::string_view logger) {
+        return logger.starts_with("DataCollection");
+    }};
     TemporaryRoot root;
     VirtualRuntime runtime;
     Effects effects{runtime};
     ScriptedPortico portico{effects};
     std::shared_ptr<NotifyTargetTaskIF> task = IL::CreateTask("task", "");
-
-private:
-    static inline std::string s_log;
 };
 
 }  // namespace DataCollection

@@ -10,8 +10,8 @@
 #include "blaster/Trellan_ServiceBlasterProxy.h"
 #include "codesets/Trellan_ServiceCodesetHandler.h"
 #include "keys/Trellan_ServiceKeyHandler.h"
-#include "orlu/DPrint.h"
 #include "orlu/MfgData.h"
+#include "support/LogCapture.h"
 #include "support/NoSync.h"
 #include "support/ScriptedLpm.h"
 #include "support/TemporaryRoot.h"
@@ -82,25 +82,16 @@ protected:
         return effects.Take();
     }
 
-    static std::string TakeLog() { return std::exchange(s_log, {}); }
+    std::string TakeLog() { return capture.Take(); }
 
     bool IsCloudConnected() override { return false; }
     void NotifyBlasterSyncComplete(bool /*done*/) override {}
     void FillOSMControlResp(TrellanServiceMessages::OSMControlResp_t& /*response*/) override {}
     void FillDirectEntryResp(TrellanServiceMessages::DirectEntryResp_t& /*response*/) override {}
 
-    /// Takes the log while it lives; the first member, so that nothing is built before.
-    struct LogCapture {
-        LogCapture()
-        {
-            DPrint::SetSink([](int level, std::string_view logger, std::string_view text) {
-                if (logger == "TrellanServiceKeyHandler") {
-                    s_log += std::to_string(level) + " " + std::string(text) + "\n";
-                }
-            });
-        }
-        ~LogCapture() { DPrint::SetSink(nullptr); }
-    } capture;
+    LogCapture capture{[](std::string_view logger) {
+        return logger == "TrellanServiceKeyHandler";
+    }};
     TemporaryRoot root;
     VirtualRuntime runtime;
     Effects effects{runtime};
@@ -120,6 +111,4 @@ private:
         }
         return printable;
     }
-
-    static inline std::string s_log;
 };

@@ -23,6 +23,9 @@ public:
     /// No read or write takes more than so many bytes.
     void LimitBytes(std::size_t bytes) { m_bytes = bytes; }
 
+    /// From now on nothing waits for the disk.
+    void SkipSync() { m_syncs = false; }
+
     int Calls() const { return m_calls; }
     /// Descriptors that were opened and not closed.
     int OpenNow() const { return m_open; }
@@ -45,5 +48,6 @@ private:
     int m_error = 0;
     Lasting m_lasting = Lasting::Once;
     std::size_t m_bytes = SIZE_MAX;
+    bool m_syncs = true;
     int m_open = 0;
 };

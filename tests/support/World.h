@@ -7,6 +7,7 @@
 
 #include "core/House.h"
 #include "support/Effects.h"
+#include "support/LogCapture.h"
 #include "support/ScriptedLpm.h"
 #include "support/ScriptedPortico.h"
 #include "support/ScriptedQsp.h"
@@ -31,6 +32,10 @@ public:
     void KnowProduct();
     static constexpr const char* kStaging = "/mnt/nv/payload";
 
+    /// Lines of the service's log since the last call, "<level> <logger>: <text>" each.
+    std::string TakeLog() { return capture.Take(); }
+
+    LogCapture capture{nullptr, LogCapture::Names::With};
     TemporaryRoot root;
     VirtualRuntime runtime;
     Effects effects;
@@ -38,10 +43,4 @@ public:
     ScriptedQsp qsp;
     ScriptedPortico portico;
     TrellanService::House house;
-
-    /// Lines of the service's log since the last call, "<level> <logger>: <text>" each.
-    std::string TakeLog();
-
-private:
-    static void Collect(int level, std::string_view logger, std::string_view text);
 };

@@ -10,7 +10,8 @@
 
 #include "blaster/Trellan_ServiceBlasterProxy.h"
 #include "codesets/Trellan_ServiceCodesetHandler.h"
-#include "orlu/DPrint.h"
+#include "support/LogCapture.h"
+#include "support/NoSync.h"
 #include "support/ScriptedLpm.h"
 #include "support/ScriptedQsp.h"
 #include "support/TemporaryRoot.h"
@@ -24,20 +25,8 @@ namespace TrellanService::Tests {
 class UEIFixture : public testing::Test,
                    private UEINeighboursIF,
                    private CodesetServerIF,
-                   private BlasterSyncIF,
                    private UEIResponsesIF {
 protected:
-    UEIFixture()
-    {
-        s_log.clear();
-        DPrint::SetSink([](int level, std::string_view logger, std::string_view text) {
-            if (logger == "UEIInterface") {
-                s_log += std::to_string(level) + " " + std::string(text) + "\n";
-            }
-        });
-    }
-    ~UEIFixture() override { DPrint::SetSink(nullptr); }
-
     int Init(const std::string& country = "", const std::string& serialNumber = "")
     {
         DeviceManagerPb::DeviceInfo deviceInfo;
@@ -52,15 +41,19 @@ protected:
         runtime.RunUntilIdle();
         return effects.Take();
     }
-    static std::string TakeLog() { return std::exchange(s_log, {}); }
+    std::string TakeLog() { return capture.Take(); }
 
+    LogCapture capture{[](std::string_view logger) {
+        return logger == "UEIInterface";
+    }};
     VirtualRuntime runtime;
     TemporaryRoot root;
     Effects effects{runtime};
     ScriptedQsp qsp{effects};
     ScriptedLpm lpm{effects};
     std::shared_ptr<NotifyTargetTaskIF> task = IL::CreateTask("server", "");
-    Trellan_ServiceCodesetHandler handler{*this, *this};
+    NoSync sync;
+    Trellan_ServiceCodesetHandler handler{*this, sync};
     Trellan_ServiceBlasterProxy proxy{task.get(), *this};
     UEIInterface engine{*this};
     std::string staging;
@@ -73,14 +66,6 @@ private:
     void EndBurst() override { effects.Add("end burst"); }
     bool IsCloudConnected() override { return false; }
     void NotifyBlasterSyncComplete(bool) override {}
-    bool TestConnection() override { return false; }
-    void LoadCodeset(const std::string&, const Callback<LpmServiceMessages::BulkTransferResponse>&,
-                     std::uint32_t) override
-    {
-    }
-    void ResetBlaster(const AsyncCallback<std::string>&) override {}
-    void GetBlasterKeyMap(const std::string&, const AsyncCallback<std::string>&) override {}
-    NotifyTargetTaskIF* BlasterTask() override { return task.get(); }
     void FillOSMControlResp(TrellanServiceMessages::OSMControlResp_t& response) override
     {
         engine.FillOSMControlResp(response);
@@ -89,8 +74,6 @@ private:
     {
         engine.FillDirectEntryResp(response);
     }
-
-    static inline std::string s_log;
 };
 
 }  // namespace TrellanService::Tests
