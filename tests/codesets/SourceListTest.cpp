@@ -38,10 +38,15 @@ TEST_F(SourceList, EqualToTheStoreMakesKeysReady)
     EXPECT_EQ(notified, "done;done;");
 }
 
-TEST_F(SourceList, EmptyListOnAnEmptyStoreMakesKeysReady)
+TEST_F(SourceList, EmptyListOnAnEmptyOrDamagedStoreMakesKeysReady)
 {
     Handle({});
     EXPECT_EQ(Names(), "1");
+    root.Write(kStorePath, "{");
+    Restart();
+    Handle({});
+    EXPECT_EQ(Names(), "1");
+    EXPECT_EQ(root.Read(kStorePath), "{") << "left alone";
 }
 
 TEST_F(SourceList, ThatDiffersWaitsForASync)

@@ -10,23 +10,14 @@
 #include "orlu/MfgData.h"
 #include "orlu/SystemUtils.h"
 #include "support/FaultyFiles.h"
+#include "support/LogCapture.h"
 #include "support/TemporaryRoot.h"
 
 namespace {
 
-std::string g_log;
-
 class FilesTest : public testing::Test {
 protected:
-    FilesTest()
-    {
-        g_log.clear();
-        DPrint::SetSink([](int level, std::string_view logger, std::string_view text) {
-            g_log += fmt::format("{} {}: {}\n", level, logger, text);
-        });
-        std::filesystem::create_directories(root.Path() + "/dir");
-    }
-    ~FilesTest() override { DPrint::SetSink(nullptr); }
+    FilesTest() { std::filesystem::create_directories(root.Path() + "/dir"); }
 
     static bool Write(std::string_view text, const std::string& path = kPath)
     {
@@ -40,6 +31,7 @@ protected:
     }
 
     static constexpr char kPath[] = "/dir/file";
+    LogCapture capture{nullptr, LogCapture::Names::With};
     const TemporaryRoot root;
 };
 
@@ -86,8 +78,9 @@ TEST_F(FilesTest, AFailedSyncIsNotTriedAgain)
     EXPECT_FALSE(Write(kNew));
     EXPECT_EQ(files.Calls() - calls, 6) << "close and unlink";
     EXPECT_EQ(root.Read(kPath), "count");
-    EXPECT_NE(g_log.find("1 SystemUtils: /dir/file cannot be written: Input/output error\n"),
-              std::string::npos);
+    EXPECT_NE(
+        capture.Lines().find("1 SystemUtils: /dir/file cannot be written: Input/output error\n"),
+        std::string::npos);
 }
 
 TEST_F(FilesTest, InterruptionsAndShortCountsAreNoFailures)
@@ -103,7 +96,7 @@ TEST_F(FilesTest, InterruptionsAndShortCountsAreNoFailures)
     struct stat status {};
     ASSERT_EQ(::stat((root.Path() + kPath).c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, 0600U);
-    EXPECT_EQ(g_log, "");
+    EXPECT_EQ(capture.Lines(), "");
 }
 
 TEST_F(FilesTest, WhatIsNoRegularFileOrTooLargeIsRefused)
@@ -127,9 +120,9 @@ TEST_F(FilesTest, WhatIsNoRegularFileOrTooLargeIsRefused)
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.path);
-        g_log.clear();
+        capture.Take();
         EXPECT_EQ(SystemUtils::ReadFile(row.path), std::nullopt);
-        EXPECT_EQ(g_log, row.log);
+        EXPECT_EQ(capture.Lines(), row.log);
     }
     EXPECT_EQ(SystemUtils::ReadFile("/dir/largest")->size(), Orlu::Limits::kFileBytes);
 }
@@ -163,7 +156,7 @@ TEST_F(FilesTest, DeletingTellsTheGivenLogger)
     EXPECT_TRUE(DirUtils::Delete(kPath, DPrint("Owner")));
     EXPECT_FALSE(DirUtils::DoesFileExist(kPath));
     EXPECT_FALSE(DirUtils::Delete(kPath, DPrint("Owner")));
-    EXPECT_EQ(g_log, "2 Owner: /dir/file cannot be deleted: No such file or directory\n");
+    EXPECT_EQ(capture.Lines(), "2 Owner: /dir/file cannot be deleted: No such file or directory\n");
 }
 
 TEST_F(FilesTest, ManufacturingDataIsReadOnceAndBadDataCountsAsNone)
@@ -188,20 +181,6 @@ TEST_F(FilesTest, ManufacturingDataIsReadOnceAndBadDataCountsAsNone)
         EXPECT_EQ(MfgData::Get("number"), std::nullopt);
     }
     MfgData::Reload();
-}
-
-TEST_F(FilesTest, ASecondInstanceSaysSoAndExits)
-{
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const auto start = [](int times) {
-        DPrint::SetSink(nullptr);
-        for (int i = 0; i < times; ++i) {
-            SystemUtils::ThereCanBeOnlyOne();
-        }
-        std::exit(0);
-    };
-    EXPECT_EXIT(start(1), testing::ExitedWithCode(0), "");
-    EXPECT_EXIT(start(2), testing::ExitedWithCode(1), " 1 SystemUtils: another .* is running\n");
 }
 
 }  // namespace

@@ -35,7 +35,7 @@ double MsOf(const std::string& line)
 
 TEST(LpmProcessTest, ServesKeysToItsDevicesAndEndsWhatIsLeftRunning)
 {
-    const ProductFolder folder;
+    const TemporaryRoot folder;
     Program program(
         folder, "LpmService",
         {"--record", "/dev/stdout", "--devices", DEVICES_FILE, "--codesets", CODESET_FOLDER});

@@ -17,7 +17,7 @@ using PorticoApi::Consumer;
 /// A local API on a free port.
 class Api {
 public:
-    Api(const ProductFolder& folder, Arguments more)
+    Api(const TemporaryRoot& folder, Arguments more)
     {
         more.insert(more.begin(), {"--port", "0"});
         m_program = std::make_unique<Program>(folder, "PorticoServer", more);
@@ -36,7 +36,7 @@ private:
 
 TEST(PorticoProcessTest, ServesTheProductsFoldersAndEndsCleanly)
 {
-    const ProductFolder folder;
+    const TemporaryRoot folder;
     folder.Write("/opt/Orlu/etc/DataCollection.json",
                  R"({"properties": [{"name": "UDC", "pt_endpoint": "/collect"}]})");
     folder.Write("/mnt/nv/payload/brandList0", R"({"brandList":["A"]})");
@@ -68,7 +68,7 @@ TEST(PorticoProcessTest, ServesTheProductsFoldersAndEndsCleanly)
 
 TEST(PorticoProcessTest, SaysInOneLineWhatItCannotDo)
 {
-    const ProductFolder folder;
+    const TemporaryRoot folder;
     folder.Write("/values.json", R"({"/nothing": 1})");
     const Api api(folder, {});
     const std::pair<Arguments, int> rows[] = {

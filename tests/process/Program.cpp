@@ -6,9 +6,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -45,36 +42,7 @@ std::vector<char*> Pointers(std::vector<std::string>& texts)
 
 }  // namespace
 
-ProductFolder::ProductFolder()
-{
-    std::string name = (std::filesystem::temp_directory_path() / "product.XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) {
-        std::abort();
-    }
-    m_path = name;
-}
-
-ProductFolder::~ProductFolder()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
-}
-
-void ProductFolder::Write(const std::string& path, const std::string& text) const
-{
-    const std::filesystem::path file = m_path + path;
-    std::filesystem::create_directories(file.parent_path());
-    std::ofstream(file, std::ios::binary) << text;
-}
-
-std::string ProductFolder::Read(const std::string& path) const
-{
-    std::ostringstream text;
-    text << std::ifstream(m_path + path, std::ios::binary).rdbuf();
-    return text.str();
-}
-
-Program::Program(const ProductFolder& folder, const std::string& name, const Arguments& arguments,
+Program::Program(const TemporaryRoot& folder, const std::string& name, const Arguments& arguments,
                  const std::map<std::string, std::string>& environment)
     : m_name(name)
 {
@@ -223,7 +191,7 @@ int Program::WaitForEnd()
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
 
-std::string RunProgram(const ProductFolder& folder, const std::string& name,
+std::string RunProgram(const TemporaryRoot& folder, const std::string& name,
                        const Arguments& arguments, int code)
 {
     Program program(folder, name, arguments);

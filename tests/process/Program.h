@@ -10,25 +10,9 @@
 
 #include <sys/types.h>
 
+#include "support/TemporaryRoot.h"
+
 namespace ProcessTests {
-
-/// A folder that is the product's root for one test; removed at the end.
-class ProductFolder {
-public:
-    ProductFolder();
-    ~ProductFolder();
-    ProductFolder(const ProductFolder&) = delete;
-    ProductFolder& operator=(const ProductFolder&) = delete;
-
-    const std::string& Path() const { return m_path; }
-    /// Writes a file, given by its absolute path in the product.
-    void Write(const std::string& path, const std::string& text) const;
-    /// Empty if there is none.
-    std::string Read(const std::string& path) const;
-
-private:
-    std::string m_path;
-};
 
 /// Words behind a program's name.
 using Arguments = std::vector<std::string>;
@@ -37,7 +21,7 @@ using Arguments = std::vector<std::string>;
 /// after a deadline with a failure, so that nothing hangs; killed at the end if it still runs.
 class Program {
 public:
-    Program(const ProductFolder& folder, const std::string& name, const Arguments& arguments,
+    Program(const TemporaryRoot& folder, const std::string& name, const Arguments& arguments,
             const std::map<std::string, std::string>& environment = {});
     ~Program();
     Program(const Program&) = delete;
@@ -79,7 +63,7 @@ private:
 };
 
 /// Runs a program to its end and gives its standard output; `code` must be its exit code.
-std::string RunProgram(const ProductFolder& folder, const std::string& name,
+std::string RunProgram(const TemporaryRoot& folder, const std::string& name,
                        const Arguments& arguments, int code = 0);
 
 }  // namespace ProcessTests

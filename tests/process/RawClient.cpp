@@ -16,7 +16,7 @@
 
 namespace ProcessTests {
 
-RawClient::RawClient(const ProductFolder& folder, const std::string& service)
+RawClient::RawClient(const TemporaryRoot& folder, const std::string& service)
     : m_fd(socket(AF_UNIX, SOCK_STREAM, 0))
 {
     constexpr timeval kPatience{30, 0};

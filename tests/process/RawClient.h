@@ -13,7 +13,7 @@ namespace ProcessTests {
 /// A connection as any program could make it: bytes on the socket of a service of that name.
 class RawClient {
 public:
-    RawClient(const ProductFolder& folder, const std::string& service);
+    RawClient(const TemporaryRoot& folder, const std::string& service);
     ~RawClient();
     RawClient(const RawClient&) = delete;
     RawClient& operator=(const RawClient&) = delete;
