@@ -183,19 +183,5 @@ TEST_F(ServerTest, CloudDoesNotCountWhileTheBlasterWaitsForASyncThatCannotBegin)
     EXPECT_FALSE(m_world.house.Server().IsCloudConnected());
 }
 
-TEST_F(ServerTest, MessagesThatFitNoHandlerAreDropped)
-{
-    IPCMessageEnvelope wrongType;
-    SetPayload(wrongType, BlasterSync_t());
-    m_client->RequestRaw(TrellanService_MESSAGE_ID_ORLU_KEY_REQ, wrongType);
-    IPCMessageEnvelope damaged;
-    damaged.set_payload("\xFF\xFF");
-    m_client->RequestRaw(TrellanService_MESSAGE_ID_KEYMAP_REQ, damaged);
-    m_client->RequestRaw(4711, IPCMessageEnvelope());
-    IPCMessageEnvelope unnamed;
-    m_client->RequestRaw(TrellanService_MESSAGE_ID_IS_CLOUD_CONNECTED, unnamed);
-    EXPECT_EQ(Effects(), "+0 client reply 6 {\"connectState\":false}\n");
-}
-
 }  // namespace
 }  // namespace TrellanService

@@ -130,29 +130,6 @@ TEST(FramesTest, ADamagedByteIsReadOrRefusedAndNeverTooMuch)
     EXPECT_GT(refused, 1000U);
 }
 
-TEST(FramesTest, AFrameIsRefusedByItsFirstBytes)
-{
-    const struct {
-        const char* name;
-        std::string stream;
-        Reader::Status status;
-    } rows[] = {
-        {"longest", std::string("\x00\x10\x00\x00", 4), Reader::Status::kMore},
-        {"too long", std::string("\x00\x10\x00\x01", 4), Reader::Status::kTooLong},
-        {"far too long", "\xff\xff\xff\xff", Reader::Status::kTooLong},
-        {"no envelope", std::string("\0\0\0\x01\x07", 5), Reader::Status::kDamaged},
-        {"kind 3", IPCFrames::Encode(Envelope(1, 3, "")), Reader::Status::kUnknownKind},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        Reader reader;
-        Reading reading;
-        Feed(reader, Bytes(row.stream), reading);
-        EXPECT_EQ(reading.end, row.status);
-        EXPECT_EQ(reading.ids, "");
-    }
-}
-
 TEST(FramesTest, AFrameOfTheLargestSizePasses)
 {
     IPCMessageEnvelope envelope;

@@ -134,17 +134,17 @@ TEST_F(RouterTest, WhatNobodyCanTakeIsLogged)
     Effects();
     IPCMessageEnvelope envelope;
     m_client->Send(9, envelope);
+    m_client->Send(1, envelope);
     envelope.set_payload("\x07");
     m_client->Send(1, envelope);
     envelope.set_payload_type("Other_t");
     m_client->Send(1, envelope);
-    m_client->SendMessage(1, {IPCMessageEnvelope()});
     m_runtime.RunUntilIdle();
     EXPECT_EQ(Effects(),
               "2 server: unexpected message, id 9, kind 0, type \"\", 0 bytes\n"
+              "asked \n"
               "2 server: unexpected message, id 1, kind 0, type \"\", 1 bytes\n"
               "2 server: unexpected message, id 1, kind 0, type \"Other_t\", 1 bytes\n"
-              "asked \n"
               "2 client: unexpected message, id 1, kind 2, type \"IPCMessageEnvelope\", 0 bytes\n");
 }
 

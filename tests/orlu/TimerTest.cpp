@@ -39,21 +39,6 @@ protected:
     std::string m_effects;
 };
 
-TEST_F(TimerTest, EqualDeadlinesFireInTheOrderOfArming)
-{
-    std::vector<std::shared_ptr<APTimer>> timers;
-    for (const std::uint32_t first : {20U, 10U, 20U, 10U, 15U}) {
-        timers.push_back(MakeTimer(first));
-    }
-    for (std::size_t i = 0; i < timers.size(); ++i) {
-        timers[i]->Start([this, i] { Note(std::to_string(i)); });
-    }
-    // Armed anew, the first goes behind the third.
-    timers[0]->Start([this] { Note("0 again"); });
-    m_runtime.Advance(30);
-    EXPECT_EQ(m_effects, "+10 1\n+10 3\n+15 4\n+20 2\n+20 0 again\n");
-}
-
 TEST_F(TimerTest, AChainOfStepsDoesNotDriftWithTheLoad)
 {
     const auto timer = MakeTimer(10);

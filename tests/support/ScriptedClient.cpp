@@ -83,11 +83,6 @@ void ScriptedClient::Request(std::uint32_t id, const google::protobuf::Message& 
 {
     IPCMessageEnvelope envelope;
     SetPayload(envelope, message);
-    RequestRaw(id, std::move(envelope));
-}
-
-void ScriptedClient::RequestRaw(std::uint32_t id, IPCMessageEnvelope envelope)
-{
     IL::BreakThread(
         [this, id, envelope = std::move(envelope)] {
             m_router->SendRequest(

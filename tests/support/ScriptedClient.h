@@ -21,8 +21,6 @@ public:
 
     void Send(std::uint32_t id, const google::protobuf::Message& message);
     void Request(std::uint32_t id, const google::protobuf::Message& message);
-    /// A request whose envelope is as given, but for its token.
-    void RequestRaw(std::uint32_t id, IPCMessageEnvelope envelope);
     void Disconnect();
 
 private:
