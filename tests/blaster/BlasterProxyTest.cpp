@@ -154,6 +154,7 @@ TEST_F(BlasterProxy, ALoadWithoutAnAnswerIsGivenUpAfterThirtySeconds)
     EXPECT_EQ(TakeAnswers(), "");
     runtime.Advance(1);
     EXPECT_EQ(TakeAnswers(), "list -1\n");
+    EXPECT_TRUE(TakeLog().ends_with("2 No answer to a bulk transfer, giving it up\n"));
     QueueSourceList("next");
     runtime.Advance(10000);
     EXPECT_EQ(TakeAnswers(), "test  LAST_RESULT_ERROR\nentry direct LAST_RESULT_ERROR\n");
@@ -167,13 +168,18 @@ TEST_F(BlasterProxy, ALoadThatIsRefusedAnswersTheOneThatQueuedForIt)
 {
     QueueOSM("test");
     QueueSourceList("list");
-    Store("T2051", 1200);
+    TakeLog();
+    Store("C0564", 1200);
     EXPECT_FALSE(stored);
+    EXPECT_EQ(TakeRecord(), "");
+    EXPECT_EQ(TakeLog(), "2 Codeset C0564 of 1200 bytes is too large for the blaster\n");
     EXPECT_EQ(TakeAnswers(), "list -1\n");
     Store("?", 1);
     EXPECT_EQ(TakeAnswers(), "");
     BlasterDone("0100");
     EXPECT_EQ(TakeAnswers(), "test osm LAST_RESULT_CONTINUE\n");
+    Store("C0564", 1199);
+    EXPECT_TRUE(stored);
 }
 
 TEST_F(BlasterProxy, AKeyThatDoesNotWaitIsAnsweredWithoutAnLpm)
@@ -243,16 +249,6 @@ TEST_F(BlasterProxy, ALoadIsAnsweredByTheBlasterAlone)
               "4 Bulk transfer successful, wait for blaster message\n"
               "3 Bulk transfer complete status = 0\n"
               "3 Codeset successfully loaded in blaster\n");
-}
-
-TEST_F(BlasterProxy, DataThatNoFrameCanCarryIsRefused)
-{
-    Store("C0564", 1200);
-    EXPECT_FALSE(stored);
-    EXPECT_EQ(TakeRecord(), "");
-    EXPECT_EQ(TakeLog(), "2 Codeset C0564 of 1200 bytes is too large for the blaster\n");
-    Store("C0564", 1199);
-    EXPECT_TRUE(stored);
 }
 
 TEST_F(BlasterProxy, ResultsGoToTheGuidedTestThenDirectEntryThenTheSourceList)

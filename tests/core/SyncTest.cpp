@@ -103,19 +103,5 @@ TEST_F(SyncTest, EndsWhereADownloadOrATransferFails)
     EXPECT_EQ(State(), SendKeySyncPending);
 }
 
-TEST_F(SyncTest, IsGivenUpWhenTheBlasterNeverAnswersALoad)
-{
-    Start();
-    m_world.lpm.Reply(kStoreCommand, std::nullopt);
-    Sources({"T2051"});
-    m_world.runtime.Advance(29999);
-    EXPECT_FALSE(m_world.TakeLog().ends_with("TRS load blaster codeset failed\n"));
-    m_world.runtime.Advance(1);
-    EXPECT_TRUE(m_world.TakeLog().ends_with(
-        "2 TrellanServiceKeyHandler: No answer to a bulk transfer, giving it up\n"
-        "3 TrellanServiceCodesetHandler: TRS load blaster codeset failed\n"));
-    EXPECT_EQ(State(), SendKeySyncPending);
-}
-
 }  // namespace
 }  // namespace TrellanService
