@@ -280,6 +280,9 @@ TEST_F(Commands, LookDevicesUp)
     EXPECT_TRUE(Type("trs find_edid_dev ignored")
                     .starts_with("KNOWN: Found deviceType:TV Brand:Acme Codeset:T0001\n"
                                  "+0 qsp discover_retrieve_info_edid 256\n"));
+    EXPECT_EQ(Type("trs get_db_ver"), "KNOWN: 7.5\n+0 qsp get_version_string\n");
+    EXPECT_NE(m_world.TakeLog().find("3 Trellan_ServiceManager: DB version 7.5\n"),
+              std::string::npos);
     m_world.qsp.results["discover_device_info_get"] = 44;
     for (const char* line : {"trs find_cec_dev 0xE091 x y", "trs find_edid_dev"}) {
         EXPECT_TRUE(Type(line).starts_with(

@@ -126,23 +126,5 @@ TEST_F(Readiness, ErrorsAreLoggedAndNotRetried)
     EXPECT_EQ(m_world.house.Manager().StagingDirectory(), "");
 }
 
-TEST_F(Readiness, TellsTheDatabaseVersion)
-{
-    NotifyTargetTaskIF* task = &m_world.house.Server();
-    const AsyncCallback<std::string> note(
-        [this](const std::string& text) { m_world.effects.Add("version " + text); }, task);
-    m_world.qsp.texts["get_version_string"] = "3.1";
-    m_world.house.Manager().GetTRDatabaseVer(note);
-    m_world.qsp.results["get_version_string"] = 9;
-    m_world.house.Manager().GetTRDatabaseVer(note);
-    EXPECT_EQ(Effects(),
-              "+0 qsp get_lookup_session  2\n"
-              "+0 qsp get_version_string\n"
-              "+0 qsp get_version_string\n"
-              "+0 version 3.1\n"
-              "+0 version Get version error\n");
-    EXPECT_EQ(Log(), "3 DB version 3.1\n");
-}
-
 }  // namespace
 }  // namespace TrellanService
