@@ -68,21 +68,6 @@ TEST(KeyRenderer, KeepsThePaceOfEachProtocol)
     }
 }
 
-TEST(KeyRenderer, FlipsTheToggleOfThoseThatHaveOne)
-{
-    for (const ProtocolRow& row : AllProtocols()) {
-        if (row.coding == Coding::kStored) {
-            continue;
-        }
-        SCOPED_TRACE(row.name);
-        const CodesetBinary codeset = Codeset({.protocol = row.id}, 1);
-        KeyRenderer even(codeset, codeset.Keys()[0], false);
-        KeyRenderer odd(codeset, codeset.Keys()[0], true);
-        EXPECT_EQ(Durations(even.Frame(0)) != Durations(odd.Frame(0)),
-                  row.coding == Coding::kManchester);
-    }
-}
-
 TEST(KeyRenderer, LetsTheGroupSayCarrierAndLeastFrames)
 {
     const CodesetBinary codeset =
