@@ -57,7 +57,8 @@ ExitCode Console::ExecuteAll(InputIF& input)
     ExitCode code = kKnown;
     while (!m_interrupted) {
         const InputIF::Input next = input.Read();
-        if (next.kind == InputIF::Kind::kEnd) {
+        m_interrupted = next.kind == InputIF::Kind::kInterrupted;
+        if (m_interrupted || next.kind == InputIF::Kind::kEnd) {
             break;
         }
         if (next.kind == InputIF::Kind::kTooLong) {

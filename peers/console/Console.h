@@ -32,9 +32,6 @@ public:
     /// What a text may go on to: a command, or `help` with one behind it.
     std::vector<std::string> Complete(std::string_view text);
 
-    /// Whether a signal ended the last wait for an answer.
-    bool IsInterrupted() const { return m_interrupted; }
-
 private:
     ExitCode Send(const std::vector<std::string>& words);
     ExitCode Help(std::string command);

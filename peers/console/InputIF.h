@@ -11,8 +11,9 @@ class InputIF {
 public:
     enum class Kind {
         kLine,
-        kTooLong,  ///< A line over `Limits::kConsoleLineBytes`; it was passed over.
-        kEnd       ///< No line any more, or a signal.
+        kTooLong,     ///< A line over `Limits::kConsoleLineBytes`; it was passed over.
+        kEnd,         ///< No line any more.
+        kInterrupted  ///< A signal.
     };
     struct Input {
         Kind kind;

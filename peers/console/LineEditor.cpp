@@ -94,7 +94,7 @@ InputIF::Input LineEditor::Read()
     const char* text = el_gets(m_editor, &size);
     if (text == nullptr || size <= 0) {
         std::fputc('\n', stdout);
-        return {Kind::kEnd};
+        return {m_interrupted ? Kind::kInterrupted : Kind::kEnd};
     }
     std::string line(text, static_cast<std::size_t>(size));
     if (line.ends_with('\n')) {
@@ -115,7 +115,11 @@ int LineEditor::NextCharacter(wchar_t& character)
 {
     std::mbstate_t state{};
     char byte = 0;
-    while (m_signals.WaitFor(STDIN_FILENO) && ::read(STDIN_FILENO, &byte, 1) == 1) {
+    while (true) {
+        m_interrupted = !m_signals.WaitFor(STDIN_FILENO);
+        if (m_interrupted || ::read(STDIN_FILENO, &byte, 1) != 1) {
+            return 0;
+        }
         switch (std::mbrtowc(&character, &byte, 1, &state)) {
             case static_cast<std::size_t>(-2):
                 break;
@@ -126,7 +130,6 @@ int LineEditor::NextCharacter(wchar_t& character)
                 return 1;
         }
     }
-    return 0;
 }
 
 unsigned char LineEditor::CompleteLine()

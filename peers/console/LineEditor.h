@@ -48,6 +48,7 @@ private:
     Completions m_completions;
     History* m_history;
     EditLine* m_editor;
+    bool m_interrupted = false;
 };
 
 }  // namespace OrluConsole

@@ -16,8 +16,10 @@ InputIF::Input PlainInput::Read()
     Input input{Kind::kLine};
     while (!TakeLine(input)) {
         std::array<char, 4096> piece{};
-        const ssize_t size =
-            m_signals.WaitFor(m_fd) ? ::read(m_fd, piece.data(), piece.size()) : -1;
+        if (!m_signals.WaitFor(m_fd)) {
+            return {Kind::kInterrupted};
+        }
+        const ssize_t size = ::read(m_fd, piece.data(), piece.size());
         if (size > 0) {
             m_kept.append(piece.data(), static_cast<std::size_t>(size));
             continue;

@@ -79,6 +79,12 @@ TEST_F(ConsoleProcessTest, LinesFromAPipeAreRunToTheLast)
 
 TEST_F(ConsoleProcessTest, AnInterruptedWaitLeavesTheServiceAsItWas)
 {
+    Program idle(m_folder, "OrluConsole", {});
+    idle.WriteLine("trs no_such");
+    idle.WaitForLine("Unrecognized command");
+    idle.Signal(SIGTERM);
+    EXPECT_EQ(idle.WaitForEnd(), 0);
+
     m_lpm.Signal(SIGSTOP);
     Program waiting(m_folder, "OrluConsole", {"trs", "list_codesets"});
     m_service.WaitForLog("Command trs list_codesets");
