@@ -114,6 +114,9 @@ std::uint8_t* UnixSocket::Extend(std::size_t size)
 
 void UnixSocket::Flush()
 {
+    if (m_blocked) {
+        return;
+    }
     while (m_open && m_sent < m_out.size()) {
         const auto size = ::send(m_socket.native_handle(), m_out.data() + m_sent,
                                  m_out.size() - m_sent, MSG_DONTWAIT | MSG_NOSIGNAL);
@@ -140,10 +143,12 @@ void UnixSocket::WaitWritable()
     if (m_sent > Limits::kReadBytes) {
         m_out.erase(0, std::exchange(m_sent, 0));
     }
+    m_blocked = true;
     m_socket.async_wait(LocalSocket::wait_write,
                         [weak = weak_from_this()](const boost::system::error_code& error) {
                             const auto self = weak.lock();
                             if (self && !error) {
+                                self->m_blocked = false;
                                 self->Flush();
                             }
                         });

@@ -53,6 +53,7 @@ private:
     bool m_open = true;
     bool m_failed = false;
     bool m_flushing = false;
+    bool m_blocked = false;  ///< The peer takes no more for now; a wait goes on.
 };
 
 }  // namespace Orlu

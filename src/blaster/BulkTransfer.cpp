@@ -14,7 +14,7 @@ namespace {
 
 constexpr DPrint kLog("TrellanServiceKeyHandler");
 
-constexpr std::uint64_t kLoadTimeoutMs = 30000;
+constexpr std::uint64_t kAnswerTimeoutMs = 30000;
 
 constexpr const char* kContinue = "LAST_RESULT_CONTINUE";
 constexpr const char* kError = "LAST_RESULT_ERROR";
@@ -58,6 +58,11 @@ void Trellan_ServiceBlasterProxy::QueueCallback(const SourceListCallback& callba
 {
     kLog.Put(3, "UEI - queueing callback for source list load");
     Enqueue(m_sourceListQueue, callback);
+}
+
+void Trellan_ServiceBlasterProxy::QueueKeyMap(const StringCallback& callback)
+{
+    Enqueue(m_keyMapQueue, callback);
 }
 
 void Trellan_ServiceBlasterProxy::CallbackFromQueue(const DirectEntryResp_t& response)
@@ -150,9 +155,7 @@ void Trellan_ServiceBlasterProxy::UeiBulkRXTransferCompleteCb(const BulkTransfer
 {
     if (!m_keyMapQueue.empty()) {
         kLog.Put(4, "GetKeyMap callback function exists");
-        const StringCallback callback = std::move(m_keyMapQueue.front());
-        m_keyMapQueue.erase(m_keyMapQueue.begin());
-        callback(message.data());
+        CallEntry(m_keyMapQueue, 0, message.data());
     }
     kLog.Put(4, "GetKeyMap bulk transfer from LPM complete");
 }
@@ -197,12 +200,15 @@ bool Trellan_ServiceBlasterProxy::RefuseLoad()
     return false;
 }
 
-void Trellan_ServiceBlasterProxy::ExpireLoads()
+void Trellan_ServiceBlasterProxy::ExpireWaiting()
 {
     const std::uint64_t now = MonotonicClock::NowMs();
     // What a callback queues meanwhile, perhaps behind a long download, is younger than `now`.
-    const auto expire = [this, now](auto& queue) {
-        while (!queue.empty() && queue.front().queuedAtMs + kLoadTimeoutMs <= now) {
+    const auto isDue = [now](const auto& queue) {
+        return !queue.empty() && queue.front().queuedAtMs + kAnswerTimeoutMs <= now;
+    };
+    const auto expire = [this, &isDue](auto& queue) {
+        while (isDue(queue)) {
             kLog.Put(2, "No answer to a bulk transfer, giving it up");
             FailLoad(queue, 0);
         }
@@ -210,6 +216,10 @@ void Trellan_ServiceBlasterProxy::ExpireLoads()
     expire(m_osmQueue);
     expire(m_directEntryQueue);
     expire(m_sourceListQueue);
+    while (isDue(m_keyMapQueue)) {
+        kLog.Put(2, "No answer to a key map query, giving it up");
+        m_keyMapQueue.erase(m_keyMapQueue.begin());
+    }
     ArmExpiry();
 }
 
@@ -224,14 +234,15 @@ void Trellan_ServiceBlasterProxy::ArmExpiry()
     look(m_osmQueue);
     look(m_directEntryQueue);
     look(m_sourceListQueue);
+    look(m_keyMapQueue);
     m_expiryTimer->Stop();
     if (oldest == UINT64_MAX) {
         return;
     }
     const std::uint64_t waited = MonotonicClock::NowMs() - oldest;
-    const std::uint64_t left = waited < kLoadTimeoutMs ? kLoadTimeoutMs - waited : 1;
+    const std::uint64_t left = waited < kAnswerTimeoutMs ? kAnswerTimeoutMs - waited : 1;
     m_expiryTimer->SetTimeouts(static_cast<std::uint32_t>(left), 0);
-    m_expiryTimer->Start([this] { ExpireLoads(); });
+    m_expiryTimer->Start([this] { ExpireWaiting(); });
 }
 
 }  // namespace TrellanService

@@ -128,7 +128,7 @@ bool Trellan_ServiceBlasterProxy::GetBlasterKeyMap(const std::string& codeset,
         return NotValid(codeset, callback);
     }
     m_client->TRS_SendBlasterKeyMapRqst(Message(BlasterFrames::KeyMap(device)), IPC_DEVICE_LPM);
-    m_keyMapQueue.push_back(callback);
+    QueueKeyMap(callback);
     return true;
 }
 

@@ -55,7 +55,8 @@ public:
     void Flush();
 
     /// False for a name without a device number; `callback` then gets the name and
-    /// " not valid codeset".
+    /// " not valid codeset". A key map goes to the request that has waited longest; one that has
+    /// waited for 30 s is dropped, uncalled, so that it can't catch the answer of a later one.
     bool GetBlasterKeyMap(const std::string& codeset, const StringCallback& callback);
     bool DeleteCodesetFromBlaster(const std::string& codeset, const StringCallback& callback);
 
@@ -86,6 +87,7 @@ private:
     bool SendFrame(std::string frame, const StringCallback& callback);
     void SendCecKey(std::uint32_t value, std::uint32_t state, const StringCallback& callback);
 
+    void QueueKeyMap(const StringCallback& callback);
     void BeginBulkTransfer(const std::string& frame, std::uint32_t size);
     void BulkTransferComplete(const LpmServiceMessages::BulkTransferResponse& response);
     void BulkTransferFailed(const LpmServiceMessages::BulkTransferResponse& response);
@@ -94,7 +96,7 @@ private:
     void CallbackFromQueue(const TrellanServiceMessages::DirectEntryResp_t& response);
     void CallbackFromQueue(const LpmServiceMessages::BulkTransferResponse& response);
 
-    /// A callback that waits for the result of a load.
+    /// A callback that waits for the result of a load, or for a key map.
     template <class C>
     struct Waiting {
         C callback;
@@ -112,7 +114,7 @@ private:
     void FailLoad(WaitingQueue<DirectEntryCallback>& queue, std::size_t index);
     void FailLoad(WaitingQueue<SourceListCallback>& queue, std::size_t index);
     bool RefuseLoad();
-    void ExpireLoads();
+    void ExpireWaiting();
     void ArmExpiry();
 
     std::shared_ptr<LpmClientIF> m_client;
@@ -127,7 +129,7 @@ private:
     WaitingQueue<SourceListCallback> m_sourceListQueue;
     std::uint64_t m_loads = 0;
     std::shared_ptr<APTimer> m_expiryTimer;
-    std::vector<StringCallback> m_keyMapQueue;
+    WaitingQueue<StringCallback> m_keyMapQueue;
     UEIResponsesIF& m_responses;
 };
 

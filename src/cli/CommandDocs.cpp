@@ -21,8 +21,8 @@ constexpr const char* kHead =
     "One command runs at a time, for all consoles, and waits without limit for a blaster or a "
     "local\n"
     "API that does not answer: others wait behind it. \"Command failed\" means that no answer can\n"
-    "come any more, because the link to the LPM service is down or was lost. Even then\n"
-    "`trs get_keymap` waits until any key map comes, and a load counts as failed after 30 s.\n";
+    "come any more, because the link to the LPM service is down or was lost. A load\n"
+    "and `trs get_keymap` learn of it after 30 s.\n";
 
 /// The help text as it stands, without the tabs that place it under its heading.
 std::string Indented(std::string text)

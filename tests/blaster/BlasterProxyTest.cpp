@@ -212,6 +212,20 @@ TEST_F(BlasterProxy, NamesWithoutADeviceNumberSendNothing)
     EXPECT_EQ(TakeAnswers(), "");
 }
 
+TEST_F(BlasterProxy, AKeyMapThatNeverComesTakesNoLaterOne)
+{
+    lpm.Reply(0x02, std::nullopt);
+    Run([this] { proxy->GetBlasterKeyMap("T2051", Note("lost")); });
+    runtime.Advance(29999);
+    Run([this] { proxy->GetBlasterKeyMap("C0564", Note("next")); });
+    TakeLog();
+    runtime.Advance(1);
+    EXPECT_EQ(TakeLog(), "2 No answer to a key map query, giving it up\n");
+    lpm.KeyMap("0100");
+    runtime.RunUntilIdle();
+    EXPECT_EQ(TakeAnswers(), "next 0100\n");
+}
+
 TEST_F(BlasterProxy, KeyMapsAnswerInTheOrderInWhichTheyWereAsked)
 {
     lpm.Reply(0x02, std::nullopt);

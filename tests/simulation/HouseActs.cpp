@@ -62,7 +62,7 @@ void HouseRun::ActOnce()
     NoteTrace(static_cast<std::uint64_t>(m_runtime.Elapsed()));
     (this->*row->act)();
     if (m_plant == Plant::kTornStore && m_counts.acts == 100) {
-        m_root.Write("/mnt/nv/product-persistence/TRSCodesetConfig.json", R"({"codesets": [{"na)");
+        m_root.Write(kStore, R"({"codesets": [{"na)");
     }
     Check();
     ArmNextAct();
@@ -168,7 +168,6 @@ void HouseRun::AskApi(Portico::Method method, const std::string& path, const std
 
 void HouseRun::UseApi()
 {
-    constexpr const char* kControl = "/remote/integration";
     static constexpr std::array kBodies = {
         R"({"action":"ACTION_START","deviceType":"DEVICE_TYPE_TV","deviceBrand":"Aurelia"})",
         R"({"action":"ACTION_START","deviceType":"DEVICE_TYPE_BD_DVD","deviceBrand":"Nobody"})",
@@ -270,7 +269,7 @@ void HouseRun::FailFiles()
 {
     static constexpr std::array kErrors = {ENOSPC, EIO, EACCES, EROFS, EMFILE};
     if (Draw(2) == 0) {
-        m_files.FailCall(1 << 30, 0);
+        m_files.FailNone();
         return;
     }
     m_files.FailCall(static_cast<int>(1 + Draw(12)), kErrors[Draw(kErrors.size())],

@@ -4,7 +4,6 @@
 
 #include <malloc.h>
 
-#include <climits>
 #include <filesystem>
 
 #include <fmt/format.h>
@@ -25,10 +24,8 @@ using TrellanService::SendKeyReady;
 
 namespace {
 
-constexpr const char* kStore = "/mnt/nv/product-persistence/TRSCodesetConfig.json";
 constexpr const char* kStaging = "/mnt/nv/payload";
 constexpr const char* kConfig = "/opt/Orlu/etc/UEI/WRLD_linux.conf";
-constexpr const char* kControl = "/remote/integration";
 
 /// The maximum blast time and one tick.
 constexpr double kLongestMs = 130;
@@ -197,8 +194,13 @@ void HouseRun::CheckStore()
 void HouseRun::OnSync(bool ended)
 {
     NoteTrace(ended ? 1 : 2);
+    // A list that brings nothing new is told as an end too.
+    const bool hasRun = std::exchange(m_syncing, !ended);
     if (!ended) {
         m_lpm.ForgiveTroubles();
+        return;
+    }
+    if (!hasRun) {
         return;
     }
     ++m_counts.syncs;
@@ -225,7 +227,7 @@ void HouseRun::Heal()
     m_lpm.Stall(false);
     m_lpm.CutLinksAfter(SIZE_MAX);
     m_lpm.Follow(R"({"replies": []})");
-    m_files.FailCall(INT_MAX, 0);
+    m_files.FailNone();
     m_api->Release();
     KnowProduct();
     ReportNetwork(true);
@@ -240,6 +242,11 @@ void HouseRun::RequireRest()
     Check();
     auto& codesets = m_house->CodesetHandler();
     m_counts.readyByItself = codesets.GetSendKeyState() == SendKeyReady;
+    if (codesets.GetSendKeyState() == SendKeyOSM) {
+        // "Complete" behind "cancel" stops the inactivity timer; the next request arms it again.
+        AskApi(Portico::Method::kPut, kControl, R"({"action":"ACTION_CANCEL"})");
+        m_runtime.Advance(kGuidedTestMs + kRestMs);
+    }
     if (codesets.GetSendKeyState() == SendKeyOSM) {
         Break("a guided test goes on for ever");
     }

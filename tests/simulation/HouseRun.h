@@ -61,6 +61,9 @@ public:
     std::uint64_t Trace() const { return m_trace; }
 
 private:
+    static constexpr const char* kControl = "/remote/integration";
+    static constexpr const char* kStore = "/mnt/nv/product-persistence/TRSCodesetConfig.json";
+
     using Act = void (HouseRun::*)();
     struct Row;
     static const Row kRows[];
@@ -117,6 +120,7 @@ private:
     std::shared_ptr<NotifyTargetTaskIF> m_driver = IL::CreateTask("driver", "");
     std::unique_ptr<Orlu::AlarmIF> m_nextAct;
     bool m_wild = true;
+    bool m_syncing = false;
     const std::size_t m_memory;
     std::uint64_t m_asked = 0;
     std::uint64_t m_apiAnswers = 0;

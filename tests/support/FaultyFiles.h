@@ -20,6 +20,8 @@ public:
     /// call that cannot be interrupted.
     void FailCall(int call, int error, Lasting lasting = Lasting::Once);
 
+    void FailNone() { m_failing = 0; }
+
     /// No read or write takes more than so many bytes.
     void LimitBytes(std::size_t bytes) { m_bytes = bytes; }
 
