@@ -146,9 +146,9 @@ protected:
         };
     }
 
-    std::unique_ptr<Program> Start(const std::string& name, std::vector<std::string> words)
+    std::unique_ptr<Program> Start(const std::string& name, const std::vector<std::string>& words)
     {
-        auto program = std::make_unique<Program>(name, std::move(words), Note());
+        auto program = std::make_unique<Program>(name, words, Note());
         runtime.RunUntilIdle();
         return program;
     }

@@ -3,12 +3,15 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
+#include "common/CommandLine.h"
 #include "orlu/DPrint.h"
 #include "simulation/HouseRun.h"
 
@@ -127,20 +130,23 @@ bool FindPlants(const Options& options)
     return all;
 }
 
-}  // namespace
-
-int main(int argc, char** argv)
+std::optional<Options> ParseOptions(int argc, const char* const* argv, int& exitCode)
 {
     Options options;
-    CLI::App app("Lives of the whole service under virtual time, among peers that misbehave.");
+    CLI::App app("Lives of the whole service under virtual time, among peers that misbehave.",
+                 "HouseSimulation");
     app.add_option("--first", options.first, "The first seed");
     app.add_option("--seeds", options.seeds, "How many");
     app.add_option("--seconds", options.seconds, "As many as fit into so many seconds");
     app.add_option("--minutes", options.minutes, "Virtual minutes of trouble in each");
     app.add_flag("--plants", options.plants, "See that planted faults are found");
     app.add_flag("--log", options.log, "Print the service's log");
-    CLI11_PARSE(app, argc, argv)
+    return Peers::ParseCommandLine(app, argc, argv, exitCode) ? std::optional(options)
+                                                              : std::nullopt;
+}
 
+int Simulate(const Options& options)
+{
     if (std::filesystem::is_directory("/dev/shm")) {
         setenv("TMPDIR", "/dev/shm", 0);
     }
@@ -161,4 +167,18 @@ int main(int argc, char** argv)
     }
     tally.Print();
     return EXIT_SUCCESS;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        int exitCode = EXIT_SUCCESS;
+        const auto options = ParseOptions(argc, argv, exitCode);
+        return options ? Simulate(*options) : exitCode;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "HouseSimulation: %s\n", error.what());
+        return EXIT_FAILURE;
+    }
 }
