@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "ProtoBufs/KeyValues.h"
 #include "ProtoBufs/Trellan_MessageIDs.pb.h"
 #include "simulation/HouseRun.h"
 
@@ -77,7 +78,7 @@ std::string HouseRun::DrawCodeset()
 void HouseRun::PressKey()
 {
     OrluKeyReqMessage_t key;
-    key.set_keyval(Draw(2) == 0 ? 140 + Draw(8) : Draw(256));
+    key.set_keyval(Draw(4) == 0 ? Draw(256) : IpcProtocol::ORLU_NUMBER_0 + Draw(10));
     key.set_codeset(DrawCodeset());
     key.set_keyaction(static_cast<OrluKeyReqMessage_t::KeyAction_t>(1 + Draw(3)));
     m_client->Request(TrellanService_MESSAGE_ID_ORLU_KEY_REQ, key);

@@ -67,9 +67,11 @@ void LightJudge::SwitchOff(double now)
     }
     m_on = false;
     m_darkSince = now;
+    m_seen.litMs += now - m_since;
     if (!m_held || IsPermitted() || m_deaf) {
         return;
     }
+    ++m_seen.bursts;
     m_seen.longestOn = std::max(m_seen.longestOn, now - m_since);
     m_bursts.emplace_back(m_since, now);
     double on = 0;
@@ -80,6 +82,15 @@ void LightJudge::SwitchOff(double now)
         on += to - std::max(from, now - kWindowMs);
     }
     m_seen.worstDuty = std::max(m_seen.worstDuty, on / kWindowMs);
+}
+
+void LightJudge::PermitNone(double now)
+{
+    if (m_on && IsPermitted()) {
+        m_since = std::max(m_since, now - (m_longestMs - 10));
+    }
+    m_permitAll = false;
+    m_permitted.clear();
 }
 
 void LightJudge::CheckAt(double now)

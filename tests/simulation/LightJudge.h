@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <deque>
 #include <string>
 #include <string_view>
@@ -25,10 +26,14 @@ public:
     /// Keys of every code set, or of the device ("0x0803"), may be sent without a pause.
     void PermitAll() { m_permitAll = true; }
     void Permit(std::string device) { m_permitted = std::move(device); }
+    /// From `now` on none may; one that is on has another 10 ms, if its own time is over.
+    void PermitNone(double now);
 
     /// Until further notice the blaster does not hear the service: what it sends is its own matter.
     void Disregard(bool deaf);
 
+    bool IsOn() const { return m_on; }
+    double OnFor(double now) const { return m_on ? now - m_since : 0; }
     /// Whether a held key that must pause is being sent.
     bool IsBursting() const { return m_on && m_held && !m_deaf && !IsPermitted(); }
 
@@ -39,6 +44,8 @@ public:
         double longestOn = 0;
         double shortestPause = 1e9;  ///< between two bursts of one press
         double worstDuty = 0;        ///< of any ten seconds that end with a burst
+        std::uint64_t bursts = 0;
+        double litMs = 0;  ///< of all keys, permitted or not
     };
     const Figures& Seen() const { return m_seen; }
 

@@ -2,6 +2,10 @@
 
 #include "simulation/SimulatedLpm.h"
 
+#include <stdexcept>
+
+#include "lpm/CodesetFolder.h"
+
 namespace Simulation {
 
 SimulatedLpm::SimulatedLpm(VirtualRuntime& runtime, LightJudge& judge)
@@ -48,6 +52,14 @@ void SimulatedLpm::Leave()
     m_blaster->Stop();
     m_server.reset();
     m_blaster.reset();
+}
+
+void SimulatedLpm::LoadCodesets(const std::string& folder)
+{
+    std::string why;
+    if (!Lpm::LoadCodesets(folder, *m_blaster, why)) {
+        throw std::runtime_error(why);
+    }
 }
 
 std::string SimulatedLpm::SocketPath() const

@@ -24,6 +24,9 @@ public:
     void Return();
     bool IsThere() const { return m_server != nullptr; }
 
+    /// Has the blaster hold the code sets of a folder.
+    void LoadCodesets(const std::string& folder);
+
     /// Reads nothing, as a process that hangs.
     void Stall(bool stalled);
     /// Every link breaks after some bytes more.

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <random>
+#include <string>
+
+#include "blaster/Trellan_ServiceBlasterProxy.h"
+#include "codesets/Trellan_ServiceCodesetHandler.h"
+#include "keys/Trellan_ServiceKeyHandler.h"
+#include "simulation/SimulatedLpm.h"
+#include "support/NoSync.h"
+#include "support/TemporaryRoot.h"
+
+namespace Simulation {
+
+/// Who presses the keys.
+enum class Hand {
+    kCalm,  ///< One hand: a press, its release, the next press, each at least 20 ms later.
+    kWild,  ///< Presses, releases and single presses in any order, floods, lost and late answers, a
+            ///< server task that stands still, an LpmService that goes, permissions that change.
+};
+
+/// The key handler over the real proxy and the real LpmService under virtual time, through
+/// schedules of a few seconds drawn from a seed, and the judge of the light. Each schedule ends
+/// with a release and with time to come to rest, after which the light must be dark.
+class KeyRun : private TrellanService::CodesetServerIF, private TrellanService::UEIResponsesIF {
+public:
+    KeyRun(std::uint64_t seed, Hand hand);
+    ~KeyRun() override;
+    KeyRun(const KeyRun&) = delete;
+    KeyRun& operator=(const KeyRun&) = delete;
+
+    /// Plays one schedule. Gives the rule that it broke; empty: none.
+    std::string Play();
+
+    const LightJudge::Figures& Seen() const { return m_judge.Seen(); }
+    /// For how long the light was on, by whatever key.
+    double LitMs() const { return m_judge.Seen().litMs + m_judge.OnFor(Now()); }
+    std::uint64_t Acts() const { return m_acts; }
+
+    // One by one.
+    void Press(std::uint32_t key);
+    void PressOnce(std::uint32_t key);
+    void Release();
+    void Wait(std::uint32_t ms);
+    TrellanService::Trellan_ServiceKeyHandler& Keys() { return m_keys; }
+
+private:
+    bool IsCloudConnected() override { return false; }
+    void NotifyBlasterSyncComplete(bool /*done*/) override {}
+    void FillOSMControlResp(TrellanServiceMessages::OSMControlResp_t& /*response*/) override {}
+    void FillDirectEntryResp(TrellanServiceMessages::DirectEntryResp_t& /*response*/) override {}
+
+    void PressAsOneHand();
+    void ActAtRandom();
+    void PressAny() { Press(DrawKey()); }
+    void PressAnyOnce() { PressOnce(DrawKey()); }
+    void Flood();
+    void StandStill();
+    void ChangeLpm();
+    void ChangePermission();
+    void DelayAnswers(std::uint32_t ms);
+    void Rest();
+
+    std::uint32_t Draw(std::uint32_t most) { return static_cast<std::uint32_t>(m_random() % most); }
+    std::uint32_t DrawKey();
+    double Now() const;
+
+    std::mt19937_64 m_random;
+    const Hand m_hand;
+    TemporaryRoot m_root;
+    VirtualRuntime m_runtime;
+    LightJudge m_judge;
+    SimulatedLpm m_lpm{m_runtime, m_judge};
+    std::shared_ptr<NotifyTargetTaskIF> m_task = IL::CreateTask("server", "");
+    NoSync m_sync;
+    TrellanService::Trellan_ServiceCodesetHandler m_codesets{*this, m_sync};
+    TrellanService::Trellan_ServiceBlasterProxy m_proxy{m_task.get(), *this};
+    TrellanService::Trellan_ServiceKeyHandler m_keys;
+    AsyncCallback<std::string> m_answer{[](const std::string&) {}, m_task.get()};
+    std::uint64_t m_acts = 0;
+};
+
+}  // namespace Simulation
