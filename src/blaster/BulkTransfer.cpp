@@ -202,21 +202,31 @@ bool Trellan_ServiceBlasterProxy::RefuseLoad()
 
 void Trellan_ServiceBlasterProxy::ExpireWaiting()
 {
-    const std::uint64_t now = MonotonicClock::NowMs();
     // What a callback queues meanwhile, perhaps behind a long download, is younger than `now`.
-    const auto isDue = [now](const auto& queue) {
-        return !queue.empty() && queue.front().queuedAtMs + kAnswerTimeoutMs <= now;
-    };
-    const auto expire = [this, &isDue](auto& queue) {
-        while (isDue(queue)) {
+    GiveUp([now = MonotonicClock::NowMs()](const auto& entry) {
+        return entry.queuedAtMs + kAnswerTimeoutMs <= now;
+    });
+}
+
+/// There is a new link: the answers to what went out by the one before it are lost.
+void Trellan_ServiceBlasterProxy::GiveUpLost()
+{
+    GiveUp([last = m_loads](const auto& entry) { return entry.number <= last; });
+}
+
+template <class IsLost>
+void Trellan_ServiceBlasterProxy::GiveUp(IsLost isLost)
+{
+    const auto giveUp = [this, &isLost](auto& queue) {
+        while (!queue.empty() && isLost(queue.front())) {
             kLog.Put(2, "No answer to a bulk transfer, giving it up");
             FailLoad(queue, 0);
         }
     };
-    expire(m_osmQueue);
-    expire(m_directEntryQueue);
-    expire(m_sourceListQueue);
-    while (isDue(m_keyMapQueue)) {
+    giveUp(m_osmQueue);
+    giveUp(m_directEntryQueue);
+    giveUp(m_sourceListQueue);
+    while (!m_keyMapQueue.empty() && isLost(m_keyMapQueue.front())) {
         kLog.Put(2, "No answer to a key map query, giving it up");
         m_keyMapQueue.erase(m_keyMapQueue.begin());
     }

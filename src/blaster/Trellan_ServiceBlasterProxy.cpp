@@ -3,6 +3,7 @@
 #include "blaster/Trellan_ServiceBlasterProxy.h"
 
 #include <span>
+#include <utility>
 
 #include "blaster/BlasterFrames.h"
 #include "codesets/Trellan_ServiceCodesetHandler.h"
@@ -44,8 +45,11 @@ Trellan_ServiceBlasterProxy::Trellan_ServiceBlasterProxy(NotifyTargetTaskIF* tas
 {
     kLog.Put(4, "Trellan_ServiceBlasterProxy");
     m_client = CreateLpmClient("TRSLpmClient", task);
-    m_client->Connect([](const bool& connected) {
+    m_client->Connect([this](const bool& connected) {
         kLog.Put(3, connected ? "TRS lpmClient connected" : "TRS lpmClient not connected");
+        if (std::exchange(m_hasBeenLinked, true)) {
+            GiveUpLost();
+        }
     });
     AttachForEvents();
     kLog.Log(4, "Client = {}", fmt::ptr(m_client.get()));

@@ -56,7 +56,8 @@ public:
 
     /// False for a name without a device number; `callback` then gets the name and
     /// " not valid codeset". A key map goes to the request that has waited longest; one that has
-    /// waited for 30 s is dropped, uncalled, so that it can't catch the answer of a later one.
+    /// waited for 30 s, or for a link that was lost, is dropped, uncalled, so that it can't catch
+    /// the answer of a later one.
     bool GetBlasterKeyMap(const std::string& codeset, const StringCallback& callback);
     bool DeleteCodesetFromBlaster(const std::string& codeset, const StringCallback& callback);
 
@@ -73,7 +74,8 @@ public:
 
     /// Waits for the result of a load. A result goes to the front of the first queue that holds
     /// anything: guided test, direct entry, source list. An entry that no result has reached after
-    /// 30 s is answered as a failed transfer, so that it can't catch the answer of a later load.
+    /// 30 s, or when the LPM service is back after its link was lost, is answered as a failed
+    /// transfer, so that it can't catch the answer of a later load.
     void QueueCallback(const OSMCallback& callback);
     void QueueCallback(const DirectEntryCallback& callback);
     void QueueCallback(const SourceListCallback& callback);
@@ -115,9 +117,13 @@ private:
     void FailLoad(WaitingQueue<SourceListCallback>& queue, std::size_t index);
     bool RefuseLoad();
     void ExpireWaiting();
+    void GiveUpLost();
+    template <class IsLost>
+    void GiveUp(IsLost isLost);
     void ArmExpiry();
 
     std::shared_ptr<LpmClientIF> m_client;
+    bool m_hasBeenLinked = false;
 
 public:
     /// The server task, to which other classes bind their callbacks.

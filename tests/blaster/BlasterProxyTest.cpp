@@ -226,6 +226,23 @@ TEST_F(BlasterProxy, AKeyMapThatNeverComesTakesNoLaterOne)
     EXPECT_EQ(TakeAnswers(), "next 0100\n");
 }
 
+TEST_F(BlasterProxy, ANewLinkEndsWhatWaitedForTheLostOne)
+{
+    lpm.Reply(0x02, std::nullopt);
+    QueueDirectEntry("direct");
+    QueueSourceList("list");
+    Run([this] { proxy->GetBlasterKeyMap("T2051", Note("lost")); });
+    lpm.DropClients();
+    runtime.Advance(2000);
+    EXPECT_EQ(TakeAnswers(), "direct direct LAST_RESULT_ERROR\nlist -1\n");
+    QueueSourceList("next");
+    Run([this] { proxy->GetBlasterKeyMap("C0564", Note("map")); });
+    BlasterDone("0100");
+    lpm.KeyMap("0100");
+    runtime.RunUntilIdle();
+    EXPECT_EQ(TakeAnswers(), "next 0\nmap 0100\n");
+}
+
 TEST_F(BlasterProxy, KeyMapsAnswerInTheOrderInWhichTheyWereAsked)
 {
     lpm.Reply(0x02, std::nullopt);

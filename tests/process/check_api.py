@@ -9,55 +9,19 @@ every resource of the description and prints each answer that it does not descri
 """
 import http.client
 import json
-import os
 import pathlib
-import subprocess
 import sys
 import tempfile
 
 import jsonschema
 import yaml
 
+from product import Product
+
 START = {"action": "ACTION_START", "deviceType": "DEVICE_TYPE_TV", "deviceBrand": "Aurora",
          "inputRoute": "INPUT_ROUTE_TV"}
 CONTROL, BRANDS, DIRECT = ("/remote/integration" + end for end in ("", "/brandList", "/directEntry"))
 EVENTS = "/{eventsEndpoint}"
-
-
-class Product:
-    """The programs, each with its output as a stream of lines."""
-
-    def __init__(self, binaries, root):
-        self.binaries, self.root, self.programs = binaries, pathlib.Path(root), []
-
-    def write(self, path, value):
-        file = self.root / path
-        file.parent.mkdir(parents=True, exist_ok=True)
-        file.write_text(json.dumps(value))
-
-    def start(self, name, *arguments, **environment):
-        program = subprocess.Popen([self.binaries / name, *arguments], text=True,
-                                   stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                   stderr=subprocess.STDOUT,
-                                   env={"ORLU_ROOT": str(self.root), **environment})
-        self.programs.append(program)
-        return program
-
-    @staticmethod
-    def wait_for(program, text):
-        for line in program.stdout:
-            if text in line:
-                return line
-        sys.exit(f"a program ended before it said {text!r}")
-
-    def port_of(self, name, *arguments):
-        program = self.start(name, "--port", "0", *arguments)
-        return int(self.wait_for(program, "port ").split()[1])
-
-    def end(self):
-        for program in self.programs:
-            program.kill()
-            program.wait()
 
 
 class Check:
@@ -159,7 +123,7 @@ def main():
     with tempfile.TemporaryDirectory() as root:
         product = Product(binaries, root)
         try:
-            check = Check(description, prepare(product))
+            check = Check(description, product.bring_up("--events", str(product.root / "events")))
             walk(check)
         finally:
             product.end()
@@ -173,23 +137,6 @@ def main():
                 check.fault(f"{method} {path} was not asked")
     print("\n".join(check.faults) or f"{len(check.asked)} operations answer as described")
     sys.exit(1 if check.faults else 0)
-
-
-def prepare(product):
-    """Brings the product up to where the service takes requests; the local API's port."""
-    product.write("opt/Orlu/etc/MfgData.json", {"productType": "marlow-tenpenny"})
-    product.write("opt/Orlu/etc/DataCollection.json",
-                  {"properties": [{"name": "UDC", "pt_endpoint": "/collect"}]})
-    os.makedirs(product.root / "mnt/nv/payload")
-    os.makedirs(product.root / "mnt/nv/product-persistence")
-    cloud = product.port_of("UeiCloud")
-    product.write("opt/Orlu/etc/UEI/WRLD_linux.conf",
-                  {"cloudUrl": f"http://127.0.0.1:{cloud}/qsp/v1"})
-    product.wait_for(product.start("LpmService"), "ready")
-    port = product.port_of("PorticoServer", "--events", str(product.root / "events"))
-    service = product.start("TrellanService", ORLU_PORTICO_PORT=str(port))
-    product.wait_for(service, "UEI cloud is connected")
-    return port
 
 
 main()
