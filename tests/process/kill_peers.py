@@ -161,8 +161,11 @@ class Run:
     def check(self):
         self.loaded.clear()
         self.recover()
-        if self.request("GET", CONTROL) != 200:
-            sys.exit("all peers are up, and the local API does not answer")
+        end = time.monotonic() + RECOVERY_SECONDS
+        while self.request("GET", CONTROL) != 200:
+            if time.monotonic() > end:
+                sys.exit("all peers are up, and the local API does not answer")
+            time.sleep(0.1)
         before = self.lights()
         for _ in range(KEYS_A_CHECK):
             self.client.press()
