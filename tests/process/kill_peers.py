@@ -25,6 +25,7 @@ SOURCES = ["T2051", "S0456"]
 ONE_MORE = ["T0492", "Y0340"]
 KEYS_A_CHECK = 10
 RECOVERY_SECONDS = 60
+PACE_SECONDS = 0.01
 KILLS_A_ROUND = 20
 
 
@@ -82,7 +83,7 @@ class Run:
         self.service = product.programs["TrellanService"]
         self.client = Client(product)
         self.loaded = threading.Event()
-        self.over = False
+        self.over = threading.Event()
         # Nobody may be left without a reader, or it would wait for one.
         threading.Thread(target=lambda: collections.deque(self.service.stdout, 0),
                          daemon=True).start()
@@ -90,21 +91,19 @@ class Run:
             threading.Thread(target=load, daemon=True).start()
 
     def press_keys(self):
-        while not self.over:
+        while not self.over.wait(PACE_SECONDS):
             self.loaded.wait()
             self.client.send(0, {"keyVal": 64 + self.pressed % 10, "codeset": SOURCES[0],
                                  "keyAction": "KEY_ACTION_SINGLE_PRESS"})
             self.pressed += 1
-            time.sleep(0.01)
 
     def ask_api(self):
         entry = {"deviceType": "DEVICE_TYPE_TV", "brand": "Aurora", "model": "AU-55Q7"}
-        while not self.over:
+        while not self.over.wait(PACE_SECONDS):
             self.loaded.wait()
             self.request("GET", CONTROL)
             self.request("PUT", CONTROL + "/directEntry", entry)
             self.asked += 2
-            time.sleep(0.01)
 
     def request(self, method, path, body=None):
         """The status, or nothing."""
@@ -120,7 +119,7 @@ class Run:
 
     def restart(self, name, pause):
         self.product.kill(name)
-        time.sleep(pause)
+        self.over.wait(pause)
         if name == "LpmService":
             record = str(self.product.root / "record")
             self.product.wait_for(self.product.start(name, "--record", record), "ready")
@@ -165,7 +164,7 @@ class Run:
         while self.request("GET", CONTROL) != 200:
             if time.monotonic() > end:
                 sys.exit("all peers are up, and the local API does not answer")
-            time.sleep(0.1)
+            self.over.wait(PACE_SECONDS)
         before = self.lights()
         for _ in range(KEYS_A_CHECK):
             self.client.press()
