@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <cerrno>
+#include <csignal>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "orlu/DPrint.h"
 #include "orlu/Limits.h"
@@ -43,7 +46,7 @@ TEST_F(FilesTest, AReplacementLeavesTheOldOrTheNewWhicheverCallFails)
 {
     using Lasting = FaultyFiles::Lasting;
     for (const Lasting lasting : {Lasting::Once, Lasting::FromThenOn}) {
-        for (const int error : {EIO, ENOSPC, EDQUOT}) {
+        for (const int error : {EIO, ENOSPC, EDQUOT, EACCES}) {
             bool reached = true;
             for (int call = 1; reached; ++call) {
                 SCOPED_TRACE(fmt::format("call {}, error {}", call, error));
@@ -66,6 +69,31 @@ TEST_F(FilesTest, AReplacementLeavesTheOldOrTheNewWhicheverCallFails)
             }
         }
     }
+}
+
+TEST_F(FilesTest, AKilledReplacementLeavesTheOldOrTheNew)
+{
+    int status = SIGKILL;
+    int news = 0;
+    for (int call = 1; status == SIGKILL; ++call) {
+        SCOPED_TRACE(call);
+        root.Write(kPath, kOld);
+        const pid_t writer = ::fork();
+        if (writer == 0) {
+            FaultyFiles files;
+            files.LimitBytes(2000);
+            files.KillAt(call);
+            ::_exit(Write(kNew) ? 0 : 1);
+        }
+        ASSERT_EQ(::waitpid(writer, &status, 0), writer);
+        const std::string content = root.Read(kPath);
+        news += content == kNew ? 1 : 0;
+        EXPECT_TRUE(content == kNew || content == kOld);
+        EXPECT_TRUE(Write("next"));
+        EXPECT_EQ(FilesInFolder(), 1U);
+    }
+    EXPECT_EQ(status, 0);
+    EXPECT_GT(news, 1) << "a kill behind the renaming";
 }
 
 TEST_F(FilesTest, AFailedSyncIsNotTriedAgain)

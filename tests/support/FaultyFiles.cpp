@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 
 namespace {
 
@@ -35,6 +36,9 @@ void FaultyFiles::FailCall(int call, int error, Lasting lasting)
 bool FaultyFiles::Fails()
 {
     ++m_calls;
+    if (m_calls == m_killing) {
+        std::raise(SIGKILL);
+    }
     const bool due = m_lasting == Lasting::Once ? m_calls == m_failing : m_calls >= m_failing;
     if (m_failing == 0 || !due) {
         return false;

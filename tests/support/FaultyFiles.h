@@ -20,6 +20,9 @@ public:
     /// call that cannot be interrupted.
     void FailCall(int call, int error, Lasting lasting = Lasting::Once);
 
+    /// The process is killed where the `call`-th call from now would begin.
+    void KillAt(int call) { m_killing = m_calls + call; }
+
     void FailNone() { m_failing = 0; }
 
     /// No read or write takes more than so many bytes.
@@ -47,6 +50,7 @@ private:
     Orlu::FileSystemIF& m_real;
     int m_calls = 0;
     int m_failing = 0;
+    int m_killing = 0;
     int m_error = 0;
     Lasting m_lasting = Lasting::Once;
     std::size_t m_bytes = SIZE_MAX;
