@@ -208,6 +208,12 @@ private:
             [](const Words&) {
                 return Command{Mode::kLines, {}, {}};
             });
+        Add("serve",
+            "give the local API's page its keys, its state and the devices, and the service the "
+            "product's sources, until Ctrl-C",
+            [](const Words&) {
+                return Command{Mode::kServe, {}, {}};
+            });
         Add("cloud", "ask whether the cloud is connected", [](const Words&) {
             return Command{Mode::kAsk,
                            Say(TrellanService_MESSAGE_ID_IS_CLOUD_CONNECTED, CloudConnectState_t()),

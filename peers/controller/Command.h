@@ -23,7 +23,8 @@ enum class Mode {
     kLines,  // sends lines of input, prints what comes
     kAsk,    // one request, one answer
     kTell,   // one message without an answer
-    kHold    // a key press that goes on, and its end
+    kHold,   // a key press that goes on, and its end
+    kServe   // stands between the service and the local API until it is interrupted
 };
 
 /// What the command line asks for.

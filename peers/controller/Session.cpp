@@ -56,6 +56,8 @@ void Session::Opened()
         case Mode::kHold:
             m_holding ? HoldEnded() : Hold();
             break;
+        case Mode::kServe:
+            break;
     }
 }
 

@@ -11,6 +11,7 @@
 
 #include <unistd.h>
 
+#include "controller/LocalApi.h"
 #include "controller/Session.h"
 #include "orlu/Process.h"
 
@@ -77,12 +78,35 @@ int Run(Controller::Command command)
     return s_code;
 }
 
+int Serve()
+{
+    Orlu::PrepareProcess();
+    const auto task = IL::CreateTask("ProductControllerThread", "");
+    std::unique_ptr<Controller::LocalApi> api;
+    IL::BreakThread(
+        [&api, &task] {
+            api = std::make_unique<Controller::LocalApi>(task.get(), Controller::LocalApiPort());
+            api->Start();
+        },
+        task.get());
+    Orlu::SayReady();
+    Orlu::WaitForEnd();
+    IL::BreakThread([&api] { api->Stop(); }, task.get());
+    IL::BreakThread([&api] { api.reset(); }, task.get());
+    task->Stop();
+    task->Queue()->Join();
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
 {
     auto arguments =
         Controller::ReadArguments(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
+    if (arguments.command && arguments.command->mode == Controller::Mode::kServe) {
+        return Serve();
+    }
     if (arguments.command) {
         return Run(std::move(*arguments.command));
     }

@@ -35,6 +35,12 @@ constexpr DPrint kLog("PorticoServer");
 constexpr std::chrono::milliseconds kSwiftAnswer(500);
 constexpr std::size_t kFarewellBytes = std::size_t{1024} * 1024;
 
+/// The page and what it loads and asks are ours alone, and no other page may frame it.
+constexpr std::string_view kPolicy =
+    "Content-Security-Policy: default-src 'none'; script-src 'self'; style-src 'self'; "
+    "img-src 'self'; connect-src 'self'; base-uri 'none'; form-action 'none'; "
+    "frame-ancestors 'none'\r\n";
+
 constexpr std::string_view kLinkPath = "/link";
 constexpr std::string_view kEventsPath = "/events";
 constexpr std::string_view kFilesPath = "/payload/files/";
@@ -269,7 +275,8 @@ private:
             .append(type)
             .append("\r\nContent-Length: ")
             .append(std::to_string(body.size()))
-            .append("\r\nCache-Control: no-store\r\nX-Content-Type-Options: nosniff\r\n");
+            .append("\r\nCache-Control: no-store\r\nX-Content-Type-Options: nosniff\r\n")
+            .append(kPolicy);
         if (!allow.empty()) {
             m_response.append("Allow: ").append(allow).append("\r\n");
         }

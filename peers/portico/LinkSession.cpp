@@ -4,6 +4,7 @@
 
 #include "orlu/DPrint.h"
 #include "orlu/Limits.h"
+#include "orlu/StrictJson.h"
 #include "portico/LinkMessage.h"
 #include "portico/Resources.h"
 #include "portico/Site.h"
@@ -113,6 +114,9 @@ private:
             case Type::kAnswer:
                 TakeAnswer(std::move(message));
                 return;
+            case Type::kChanged:
+                TakeChange(message);
+                return;
             default:
                 End("a message that only the local API sends");
         }
@@ -190,6 +194,18 @@ private:
             pending.mapped().reply->Give(ServiceFailure(answer.body));
         } else {
             pending.mapped().reply->Give({200, std::move(answer.body), {}});
+        }
+    }
+
+    /// Consumers get the body as it stands, in one line of an event.
+    void TakeChange(const LinkMessage& message)
+    {
+        std::string why = "more than a line";
+        const bool isLine = message.body.find_first_of("\r\n") == std::string::npos;
+        if (isLine && Orlu::ParseStrictJson(message.body, why)) {
+            m_resources.Change(message.path, message.body, this);
+        } else {
+            kLog.Log(2, "{}: {} changed to what is no JSON: {}", m_name, message.path, why);
         }
     }
 

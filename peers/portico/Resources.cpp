@@ -76,8 +76,11 @@ void Resources::Remove(Match match)
             }
         }
         if (!route.isOwn) {
-            route.isReady = std::ranges::any_of(
+            const bool isReady = std::ranges::any_of(
                 route.methods, [](const auto& entry) { return bool(entry.second.handler); });
+            if (std::exchange(route.isReady, isReady) && !isReady) {
+                Notify(path, {});
+            }
         }
     }
     UpdateInterests();
@@ -91,6 +94,16 @@ void Resources::Withdraw(Owner owner, std::uint64_t id)
 void Resources::WithdrawAll(Owner owner)
 {
     Remove([owner](const auto& entry) { return entry.owner == owner; });
+}
+
+void Resources::Change(const std::string& path, const std::string& json, Owner owner)
+{
+    const auto route = m_routes.find(path);
+    if (route != m_routes.end() &&
+        std::ranges::any_of(route->second.methods,
+                            [owner](const auto& e) { return e.second.owner == owner; })) {
+        Notify(path, json);
+    }
 }
 
 void Resources::Notify(const std::string& path, const std::string& json)

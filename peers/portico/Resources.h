@@ -38,8 +38,11 @@ public:
                    std::function<void(const std::string& json)> notify);
 
     void Withdraw(Owner owner, std::uint64_t id);
-    /// All of an owner's; the paths that it served stay known and are not ready.
+    /// All of an owner's; the paths that it served stay known and are not ready, which is told.
     void WithdrawAll(Owner owner);
+
+    /// What a service tells of a resource that it serves itself; of another's nothing is told.
+    void Change(const std::string& path, const std::string& json, Owner owner);
 
     /// Tells all subscribers of the path, and `SetListener`'s of every path; empty: not ready.
     void Notify(const std::string& path, const std::string& json);

@@ -31,8 +31,9 @@ constexpr Shape kShapes[] = {
     {"withdraw", kId},          {"request", kId | kMethod | kPath},
     {"answer", kId | kError},   {"ready", kId},
     {"notReady", kId},          {"notify", kId},
+    {"changed", kPath},
 };
-static_assert(std::size(kShapes) == static_cast<std::size_t>(LinkMessage::Type::kNotify) + 1);
+static_assert(std::size(kShapes) == static_cast<std::size_t>(LinkMessage::Type::kChanged) + 1);
 
 constexpr std::string_view kMethods[] = {"GET", "PUT", "POST"};
 

@@ -27,6 +27,7 @@ struct LinkMessage {
         kReady,      ///< local API: all paths of the interest with this `id` are ready
         kNotReady,   ///< local API: they no longer are
         kNotify,     ///< local API: a notification for the subscription with this `id`
+        kChanged,    ///< service: its resource at `path` has changed, to what the body says
     };
 
     Type type = Type::kHello;

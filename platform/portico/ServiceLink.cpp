@@ -239,6 +239,17 @@ void ServiceLink::Request(LinkMessage request, Respond respond)
     m_requests.emplace(id, Pending{std::move(request), m_isUp, std::move(respond)});
 }
 
+void ServiceLink::Changed(const std::string& path, const std::string& json)
+{
+    if (m_isUp) {
+        LinkMessage message;
+        message.type = LinkMessage::Type::kChanged;
+        message.path = path;
+        message.body = json;
+        Send(message);
+    }
+}
+
 void ServiceLink::OnText(std::string_view text)
 {
     // Whatever it says: somebody is there who speaks.

@@ -49,6 +49,8 @@ public:
     /// `respond` is called once: with the answer, or with an error if the link is lost before it
     /// comes or too many requests wait.
     void Request(LinkMessage request, Respond respond);
+    /// Tells all who listen that the service's resource at `path` has changed. Lost without a link.
+    void Changed(const std::string& path, const std::string& json);
     /// The answer is not wanted any more.
     void Forget(std::uint64_t id) { m_requests.erase(id); }
 

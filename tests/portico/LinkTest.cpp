@@ -54,6 +54,25 @@ TEST_F(LinkTest, CarriesRequestsToTheServiceAndItsAnswersBack)
     }
 }
 
+TEST_F(LinkTest, PassesChangesOfAServicesOwnResourcesToWhoeverListens)
+{
+    Consumer events(Port());
+    events.Send("GET /events HTTP/1.1\r\nHost: localhost:" + std::to_string(Port()) + "\r\n\r\n");
+    EXPECT_TRUE(events.ReadTo("\r\n\r\n").starts_with("HTTP/1.1 200 "));
+    {
+        Service service(Port());
+        service.Send(kRegister);
+        const std::string changed = R"({"type":"changed","path":")";
+        service.Send(changed + "/other\"}\n{\"a\":0}");
+        service.Send(changed + "/network/status\"}\n{\"a\":0}");
+        service.Send(changed + "/own\"}\n{\"a\":\n0}");
+        service.Send(changed + "/own\"}\nno JSON");
+        service.Send(changed + "/own\"}\n{\"a\":1}");
+        EXPECT_EQ(events.ReadTo("\n\n"), "data: {\"path\":\"/own\",\"body\":{\"a\":1}}\n\n");
+    }
+    EXPECT_EQ(events.ReadTo("\n\n"), "data: {\"path\":\"/own\",\"body\":null}\n\n");
+}
+
 TEST_F(LinkTest, TellsOfReadinessAndNotifications)
 {
     Service watcher(Port(), "watcher");

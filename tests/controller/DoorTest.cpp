@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "controller/Door.h"
+
+#include <utility>
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include "ControlledService.h"
+#include "ProtoBufs/Trellan_Service.pb.h"
+#include "support/VirtualRuntime.h"
+
+namespace Controller {
+
+namespace {
+
+using namespace TrellanServiceMessages;
+
+class DoorTest : public ::testing::Test {
+protected:
+    DoorTest()
+    {
+        service.note = [this](const std::string& text) {
+            Note(text);
+        };
+    }
+
+    void Note(const std::string& text)
+    {
+        effects += fmt::format("+{} {}\n", runtime.Elapsed(), text);
+    }
+
+    void Start()
+    {
+        service.Serve();
+        IL::BreakThread([this] { door.Start(); }, task.get());
+        runtime.RunUntilIdle();
+    }
+
+    void Key(const std::string& key, bool held)
+    {
+        const auto body = fmt::format(R"({{"codeset":"T1","key":"{}","held":{}}})", key, held);
+        IL::BreakThread([this, body] { Note(door.Key(body).value_or("done")); }, task.get());
+        runtime.RunUntilIdle();
+    }
+
+    std::string Take() { return std::exchange(effects, {}); }
+
+    static std::string Pressed(int key, const char* action)
+    {
+        return fmt::format(
+            "service 0 {{\"keyVal\":{},\"keyAction\":\"KEY_ACTION_{}_PRESS\","
+            "\"codeset\":\"T1\"}}\n",
+            key, action);
+    }
+
+    VirtualRuntime runtime;
+    std::string effects;
+    Service service;
+    std::shared_ptr<NotifyTargetTaskIF> task = IL::CreateTask("door", "");
+    Door door{task.get(), [this](const std::string& path, const std::string& json) {
+                  Note(path + " " + json);
+              }};
+};
+
+TEST_F(DoorTest, HoldsAKeyUntilItIsLetGoAnotherIsPressedOrItsPageHasDied)
+{
+    Start();
+    Take();
+    Key("tv_power", true);
+    EXPECT_EQ(Take(), "+0 done\n+0 " + Pressed(36, "CONTINUOUS"));
+    runtime.Advance(900);
+    Key("tv_power", true);
+    runtime.Advance(900);
+    EXPECT_EQ(Take(), "+900 done\n");
+    Key("play", false);
+    Key("tv_power", false);
+    Key("tv_power", false);
+    EXPECT_EQ(Take(), "+1800 done\n+1800 done\n+1800 " + Pressed(36, "END") + "+1800 done\n");
+    Key("tv_power", true);
+    Key("play", true);
+    EXPECT_EQ(Take(), "+1800 done\n+1800 " + Pressed(36, "CONTINUOUS") + "+1800 done\n+1800 " +
+                          Pressed(36, "END") + "+1800 " + Pressed(85, "CONTINUOUS"));
+    runtime.Advance(5000);
+    EXPECT_EQ(Take(), "+2800 " + Pressed(85, "END"));
+}
+
+TEST_F(DoorTest, RefusesWhatIsNoPressAndPressesWithoutAService)
+{
+    for (const char* body : {"", "[]", "{}", R"({"codeset":1,"key":"play","held":true})",
+                             R"({"codeset":"","key":"nothing","held":true})",
+                             R"({"codeset":"","key":"play","held":1})"}) {
+        EXPECT_TRUE(door.Key(body).value_or("").starts_with("{\"code\":400,")) << body;
+    }
+    EXPECT_TRUE(door.Key(R"({"codeset":"","key":"play","held":true})")
+                    .value_or("")
+                    .starts_with("{\"code\":503,"));
+}
+
+TEST_F(DoorTest, TellsHowTheServiceIsAndTakesItUpAgainWithItsSourcesAndAKeyToLetGo)
+{
+    door.TakeSources(R"({"sources":[{"sourceName":"TV","status":"READY","details":{"ciCode":"T1"}},
+                                    {"sourceName":"BD","status":"UNAVAILABLE","details":{"ciCode":"Y1"}}]})");
+    Start();
+    EXPECT_EQ(
+        Take(),
+        "+0 /remote/state {\"blaster\":true,\"cloud\":false,\"service\":true,\"syncing\":false}\n"
+        "+0 service 1 {\"ciCode\":[\"T1\"]}\n+0 service 6 {}\n");
+    CloudConnectState_t cloud;
+    cloud.set_connectstate(true);
+    service.Event(7, cloud);
+    runtime.RunUntilIdle();
+    EXPECT_EQ(
+        Take(),
+        "+0 /remote/state {\"blaster\":true,\"cloud\":true,\"service\":true,\"syncing\":false}\n");
+    service.answers = false;
+    Key("play", true);
+    Take();
+    service.Close();
+    runtime.RunUntilIdle();
+    EXPECT_EQ(
+        Take(),
+        "+0 /remote/state {\"blaster\":true,\"cloud\":false,\"service\":false,\"syncing\":false}\n"
+        "+0 /remote/state {\"blaster\":true,\"cloud\":false,\"service\":true,\"syncing\":false}\n"
+        "+0 " +
+            Pressed(85, "END") + "+0 service 1 {\"ciCode\":[\"T1\"]}\n+0 service 6 {}\n");
+    Key("play", true);
+    Take();
+    runtime.Advance(3000);
+    EXPECT_EQ(Take(), "+1000 " + Pressed(85, "END") +
+                          "+3000 /remote/state {\"blaster\":false,\"cloud\":false,"
+                          "\"service\":true,\"syncing\":false}\n");
+}
+
+}  // namespace
+
+}  // namespace Controller
