@@ -86,6 +86,11 @@ std::optional<std::uint8_t> CecUserControl(std::uint32_t productKey)
     return row->userControl;
 }
 
+CecRemote::CecRemote(CecBusIF& bus, NotifyTargetTaskIF* task)
+    : m_bus(bus), m_alarm(task->Queue()->CreateAlarm())
+{
+}
+
 void CecRemote::Press(std::uint32_t productKey, ConnectionId from)
 {
     const auto userControl = CecUserControl(productKey);
@@ -96,12 +101,19 @@ void CecRemote::Press(std::uint32_t productKey, ConnectionId from)
     Release();
     m_pressed = userControl;
     m_presser = from;
-    m_bus.SendUserControl(*userControl, true);
+    Say();
+}
+
+void CecRemote::Say()
+{
+    m_bus.SendUserControl(*m_pressed, true);
+    m_alarm->Arm(Orlu::Runtime().Now() + kRepeat, [this] { Say(); });
 }
 
 void CecRemote::Release()
 {
     if (m_pressed) {
+        m_alarm->Cancel();
         m_bus.SendUserControl(*m_pressed, false);
         m_pressed.reset();
     }

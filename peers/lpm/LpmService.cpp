@@ -79,7 +79,7 @@ std::unique_ptr<LpmService> LpmService::Create(NotifyTargetTaskIF* task, const O
     if (!service->OpenFiles(options, why) || !service->OpenDevices(options, why)) {
         return nullptr;
     }
-    service->m_cec = std::make_unique<CecRemote>(*service->m_cecBus);
+    service->m_cec = std::make_unique<CecRemote>(*service->m_cecBus, task);
     service->m_server = std::make_unique<LpmServer>(task, service->m_blaster, service->m_script,
                                                     *service->m_cec, service->m_recorder.get());
     service->m_input = std::make_unique<InputLines>(*service->m_server, service->m_script);

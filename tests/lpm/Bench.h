@@ -43,7 +43,7 @@ public:
     Lpm::Recorder recorder;
     Lpm::ReplyScript script;
     Lpm::Blaster blaster;
-    Lpm::CecRemote cec{*this};
+    Lpm::CecRemote cec{*this, task.get()};
     Lpm::LpmServer server{task.get(), blaster, script, cec, &recorder};
     Lpm::InputLines input{server, script};
     std::string recorded;

@@ -118,13 +118,16 @@ TEST_F(LpmServerTest, PressesAndReleasesCecKeys)
     a.SendCecKey(0, 1);
     a.SendCecKey(0, 1);
     a.SendCecKey(3, 0);
+    bench.runtime.Advance(600);
     a.SendCecKey(2, 0);
     a.SendCecKey(255, 0);
     a.SendCecKey(260, 0);
     a.SendCecKey(0, 1);
     EXPECT_EQ(bench.effects.Take(),
-              "+0 cec 40 down\n+0 cec 40 up\n+0 cec 41 down\n+0 cec 41 up\n+0 cec 42 down\n"
-              "+0 cec 42 up\n");
+              "+0 cec 40 down\n+0 cec 40 up\n+0 cec 41 down\n+250 cec 41 down\n+500 cec 41 down\n"
+              "+600 cec 41 up\n+600 cec 42 down\n+600 cec 42 up\n");
+    bench.runtime.Advance(1000);
+    EXPECT_EQ(bench.effects.Take(), "");
 }
 
 TEST_F(LpmServerTest, SendsToAllWhatStandardInputSays)

@@ -36,8 +36,9 @@ void SimulatedLpm::Return()
             m_flashes += on ? 1 : 0;
             m_recorder.Light(device, key, on);
         });
+    m_cec = std::make_unique<Lpm::CecRemote>(*this, m_task.get());
     m_server =
-        std::make_unique<Lpm::LpmServer>(m_task.get(), *m_blaster, m_script, m_cec, &m_recorder);
+        std::make_unique<Lpm::LpmServer>(m_task.get(), *m_blaster, m_script, *m_cec, &m_recorder);
     IL::BreakThread([this] { m_server->Start(); }, m_task.get());
 }
 
@@ -51,6 +52,7 @@ void SimulatedLpm::Leave()
     m_task->Stop();
     m_blaster->Stop();
     m_server.reset();
+    m_cec.reset();
     m_blaster.reset();
 }
 

@@ -53,9 +53,9 @@ private:
     LightJudge& m_judge;
     Lpm::Recorder m_recorder;
     Lpm::ReplyScript m_script;
-    Lpm::CecRemote m_cec{*this};
     std::shared_ptr<NotifyTargetTaskIF> m_task;
     std::unique_ptr<Lpm::Blaster> m_blaster;
+    std::unique_ptr<Lpm::CecRemote> m_cec;
     std::unique_ptr<Lpm::LpmServer> m_server;
     bool m_stalled = false;
     bool m_scripted = false;
