@@ -20,13 +20,13 @@ constexpr const char* kSourcesPath = "/system/sources";
 
 }  // namespace
 
-LocalApi::LocalApi(NotifyTargetTaskIF* task, std::uint16_t port)
+LocalApi::LocalApi(NotifyTargetTaskIF* task, std::uint16_t port, std::function<void()> ready)
     : m_link(std::make_shared<ApiLink>(
           dynamic_cast<Orlu::AsioTaskQueue&>(*task->Queue()).shared_from_this(),
           "ProductController", port, [this] { AskSources(); })),
-      m_door(task, [link = m_link](const std::string& path, const std::string& json) {
-          link->Changed(path, json);
-      })
+      m_door(task, [link = m_link](const std::string& path,
+                                   const std::string& json) { link->Changed(path, json); }),
+      m_ready(std::move(ready))
 {
 }
 
@@ -72,6 +72,10 @@ void LocalApi::AskSources()
     m_link->Request(std::move(ask), [this](bool isError, const std::string& json) {
         if (!isError) {
             m_door.TakeSources(json);
+        }
+        // Whatever was sent before has arrived.
+        if (const auto ready = std::exchange(m_ready, nullptr)) {
+            ready();
         }
     });
     for (const char* path : {Door::kStatePath, Door::kDevicesPath}) {

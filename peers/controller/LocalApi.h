@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -14,7 +15,8 @@ namespace Controller {
 /// The door's resources at the local API, on the door's task, which has a thread of its own.
 class LocalApi {
 public:
-    LocalApi(NotifyTargetTaskIF* task, std::uint16_t port);
+    /// `ready` is called once, when the resources are up.
+    LocalApi(NotifyTargetTaskIF* task, std::uint16_t port, std::function<void()> ready);
     ~LocalApi();
     LocalApi(const LocalApi&) = delete;
     LocalApi& operator=(const LocalApi&) = delete;
@@ -28,6 +30,7 @@ private:
 
     std::shared_ptr<Portico::ServiceLink> m_link;
     Door m_door;
+    std::function<void()> m_ready;
     std::uint64_t m_lastId = 0;
 };
 

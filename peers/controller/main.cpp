@@ -85,11 +85,11 @@ int Serve()
     std::unique_ptr<Controller::LocalApi> api;
     IL::BreakThread(
         [&api, &task] {
-            api = std::make_unique<Controller::LocalApi>(task.get(), Controller::LocalApiPort());
+            api = std::make_unique<Controller::LocalApi>(task.get(), Controller::LocalApiPort(),
+                                                         [] { Orlu::SayReady(); });
             api->Start();
         },
         task.get());
-    Orlu::SayReady();
     Orlu::WaitForEnd();
     IL::BreakThread([&api] { api->Stop(); }, task.get());
     IL::BreakThread([&api] { api.reset(); }, task.get());

@@ -112,6 +112,12 @@ def walk(check):
         ask("GET", path, real=real, status=503)
         ask("PUT", path, body, real=real, **body)
         ask("PUT", path, "no JSON", real=real, status=400, subcode=2005)
+    ask("GET", "/remote/state")
+    ask("GET", "/living-room/devices")
+    ask("GET", "/living-room/light")
+    ask("POST", "/remote/key", {"codeset": "T2051", "key": "play", "held": True})
+    ask("POST", "/remote/key", {"codeset": "T2051", "key": "play", "held": False})
+    ask("POST", "/remote/key", {"codeset": "T2051", "key": "no key", "held": True}, 400)
     ask("POST", "/payload/publish", {"fileName": "absent", "lifeSpanSec": 1}, 404)
     ask("POST", "/payload/publish", {}, 400, subcode=2005)
     ask("POST", EVENTS, {"type": "a"}, real="/collect", delivered=True)
@@ -123,7 +129,10 @@ def main():
     with tempfile.TemporaryDirectory() as root:
         product = Product(binaries, root)
         try:
-            check = Check(description, product.bring_up("--events", str(product.root / "events")))
+            port = product.bring_up("--events", str(product.root / "events"))
+            controller = product.start("ProductController", "serve", ORLU_PORTICO_PORT=str(port))
+            product.wait_for(controller, "ready")
+            check = Check(description, port)
             walk(check)
         finally:
             product.end()

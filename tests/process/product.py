@@ -40,7 +40,7 @@ class Product:
         self.wait_for(program, "ready")
         return self.ports[name]
 
-    def bring_up(self, *arguments):
+    def bring_up(self, *arguments, devices=None):
         """To where the service takes requests. The arguments are PorticoServer's."""
         self.write("opt/Orlu/etc/MfgData.json", {"productType": "marlow-tenpenny"})
         self.write("opt/Orlu/etc/DataCollection.json",
@@ -50,7 +50,8 @@ class Product:
         cloud = self.start_at_port("UeiCloud")
         self.write("opt/Orlu/etc/UEI/WRLD_linux.conf",
                    {"cloudUrl": f"http://127.0.0.1:{cloud}/qsp/v1"})
-        self.wait_for(self.start("LpmService", "--record", str(self.root / "record")), "ready")
+        lpm = ["--record", str(self.root / "record"), *(["--devices", devices] if devices else [])]
+        self.wait_for(self.start("LpmService", *lpm), "ready")
         port = self.start_at_port("PorticoServer", *arguments)
         service = self.start("TrellanService", ORLU_PORTICO_PORT=str(port))
         self.wait_for(service, "UEI cloud is connected")
