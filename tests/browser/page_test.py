@@ -1,0 +1,143 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: Apache-2.0
+"""Clicks through the page of a whole product.
+
+    page_test.py BIN [IMAGES]     where BIN holds the programs; screenshots go to the folder IMAGES
+"""
+import pathlib
+import sys
+import unittest
+
+from selenium.webdriver.common.action_chains import ActionChains
+from selenium.webdriver.common.by import By
+from selenium.webdriver.common.keys import Keys
+from selenium.webdriver.support.expected_conditions import staleness_of
+
+from browser import House, Page
+
+BINARIES = sys.argv[1]
+IMAGES = pathlib.Path(sys.argv[2]) if len(sys.argv) > 2 else None
+SOURCE = {"sourceName": "Aurora Television", "sourceAccountName": "TV", "status": "READY",
+          "details": {"ciCode": "T2051", "deviceType": "TV"}}
+
+
+class PageTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.house = House(BINARIES)
+        cls.addClassCleanup(cls.house.end)
+        cls.page = Page(cls.house.port)
+        cls.addClassCleanup(cls.page.end)
+
+    def tearDown(self):
+        self.assertEqual(self.page.strangers(), [])
+
+    def look(self, name):
+        """Without a finding of axe; with a screenshot if they were asked for."""
+        self.assertEqual(self.page.faults(), [], name)
+        if IMAGES:
+            self.page.driver.save_screenshot(str(IMAGES / f"{name}.png"))
+
+    def until(self, what, condition):
+        return self.page.until(what, lambda _: condition())
+
+    def remote(self):
+        self.house.ask("PUT", "/system/sources", {"sources": [SOURCE]})
+        self.page.open("remote/T2051")
+        self.page.says("Connected")
+        return self.page.find("[data-key=volume_up]")
+
+    def test_1_sets_a_television_up_by_clicking(self):
+        page, house = self.page, self.house
+        page.open()
+        page.says("Connected")
+        self.look("home")
+        page.click("a", "Television")
+        page.find(".brands button", "Aurora")
+        self.look("brands")
+        page.click(".brands button", "Aurora")
+        before, tried = house.television(), 0
+        page.click("button", "Send the first key")
+        while page.find(".yes, .remote").get_attribute("class") != "remote":
+            tried += 1
+            self.until("no light", lambda: house.presses() == tried)
+            after, question = house.television(), page.find(".yes")
+            if tried == 2:
+                self.look("question")
+            page.click(".yes" if after != before else ".no")
+            before = after
+            page.until("the question stays", staleness_of(question))
+        self.assertLessEqual(page.clicks, 3 + tried)
+        self.assertEqual(house.ask("GET", "/system/sources")["sources"], [SOURCE])
+
+    def test_2_sets_a_box_up_by_brand_and_model(self):
+        page = self.page
+        page.open()
+        page.click("a", "Set-top box")
+        page.find("#filter").send_keys("skyl")
+        self.until("not filtered", lambda: [each.text for each in page.driver.find_elements(
+            By.CSS_SELECTOR, ".brands button")] == ["Skylark"])
+        page.click("a", "I know brand and model")
+        page.find("#brand").send_keys("Skylark")
+        page.find("#model").send_keys("nonsense", Keys.ENTER)
+        page.find(".error", "Nothing is known")
+        self.look("model")
+        page.find("#model").clear()
+        page.find("#model").send_keys("SK-2", Keys.ENTER)
+        page.find(".remote")
+        self.assertIn("/remote/S0456", page.driver.current_url)
+
+    def test_3_holds_keys_by_pointer_and_keyboard_and_lets_go_when_it_dies(self):
+        page, volume = self.page, lambda: self.house.television()["volume"]
+        key = self.remote()
+        if not self.house.television()["power"]:
+            page.click("[data-key=tv_power]")
+            self.until("it stays off", lambda: self.house.television()["power"])
+        for press, release in ((lambda on: on.click_and_hold(key), lambda on: on.release()),
+                               (lambda on: on.key_down(Keys.SPACE), lambda on: on.key_up(Keys.SPACE))):
+            first = volume()
+            page.driver.execute_script("arguments[0].focus()", key)
+            press(ActionChains(page.driver)).perform()
+            self.until("the volume stays", lambda: volume() >= first + 3)
+            release(ActionChains(page.driver)).perform()
+            page.find(".volume", f"Volume {self.still(volume)}")
+        self.look("remote")
+        key = page.find("[data-key=channel_preset_up]")
+        ActionChains(page.driver).click_and_hold(key).perform()
+        self.until("no light", lambda: self.house.television()["channel"] > 1)
+        page.driver.get("about:blank")
+        self.still(lambda: self.house.television()["channel"])
+
+    def still(self, value):
+        """The value once it has been the same for a while."""
+        seen = []
+        self.until("it goes on and on", lambda: seen.append(value()) or seen[-12:] == [seen[-1]] * 12)
+        return seen[-1]
+
+    def test_4_says_what_is_missing_and_recovers(self):
+        page, product = self.page, self.house.product
+        self.remote()
+        self.house.ask("PUT", "/network/status", {"isPrimaryUp": False})
+        page.says("The cloud is not connected")
+        self.look("trouble")
+        page.open("brand/DEVICE_TYPE_TV")
+        page.find(".error", "It needs the cloud")
+        self.house.ask("PUT", "/network/status", {"isPrimaryUp": True})
+        page.says("Connected")
+        page.find(".brands button", "Aurora")
+        product.kill("ProductController")
+        page.says("controller is away")
+        self.house.serve()
+        page.says("Connected")
+        product.kill("TrellanService")
+        page.says("The service has gone")
+        self.house.drain(product.start("TrellanService", ORLU_PORTICO_PORT=str(self.house.port)))
+        page.says("Connected")
+        product.kill("PorticoServer")
+        page.says("The product does not answer")
+        self.house.start_api()
+        page.says("Connected")
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1], warnings="ignore")
