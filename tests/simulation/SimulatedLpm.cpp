@@ -36,7 +36,8 @@ void SimulatedLpm::Return()
             m_flashes += on ? 1 : 0;
             m_recorder.Light(device, key, on);
         });
-    m_cec = std::make_unique<Lpm::CecRemote>(*this, m_task.get());
+    Lpm::CecBusIF& bus = *this;
+    m_cec = std::make_unique<Lpm::CecRemote>(bus, m_task.get());
     m_server =
         std::make_unique<Lpm::LpmServer>(m_task.get(), *m_blaster, m_script, *m_cec, &m_recorder);
     IL::BreakThread([this] { m_server->Start(); }, m_task.get());
