@@ -3,6 +3,7 @@
 #include "Bench.h"
 
 #include <fmt/format.h>
+#include <gtest/gtest.h>
 
 #include <numeric>
 #include <vector>
@@ -14,30 +15,27 @@ using namespace LpmServiceMessages;
 
 namespace {
 
-std::chrono::microseconds FixedClock()
+std::string AnswerAsText(const IPCMessageEnvelope& envelope)
 {
-    return std::chrono::microseconds(12345678);
-}
-
-std::string AnswerAsHex(const IPCMessageEnvelope& envelope)
-{
-    TRS_BlasterMsg_t message;
-    BulkTransferData data;
-    BulkTransferResponse response;
-    IpcCecMessage_t cec;
-    if (NamesType(envelope, "TRS_BlasterMsg_t") && GetPayload(envelope, message)) {
-        return ToHex(message.blaster_msg());
+    const auto read = [&envelope](auto message) {
+        EXPECT_TRUE(NamesType(envelope, message.GetDescriptor()->name()) &&
+                    GetPayload(envelope, message));
+        return message;
+    };
+    switch (envelope.id()) {
+        case BLASTER_KEY_MAP_RESP: {
+            const auto bulk = read(BulkTransferData());
+            return fmt::format("type {} {}", static_cast<int>(bulk.type()), ToHex(bulk.data()));
+        }
+        case IPC_CEC_MSG:
+            return read(IpcCecMessage_t()).ShortDebugString();
+        case IPC_SEND_TO_BLASTER:
+        case IPC_BULK_BLASTER_DONE:
+            return ToHex(read(TRS_BlasterMsg_t()).blaster_msg());
+        default:
+            return fmt::format("result {}",
+                               static_cast<int>(read(BulkTransferResponse()).result()));
     }
-    if (NamesType(envelope, "BulkTransferData") && GetPayload(envelope, data)) {
-        return fmt::format("type {} {}", static_cast<int>(data.type()), ToHex(data.data()));
-    }
-    if (NamesType(envelope, "BulkTransferResponse") && GetPayload(envelope, response)) {
-        return fmt::format("result {}", static_cast<int>(response.result()));
-    }
-    if (NamesType(envelope, "IpcCecMessage_t") && GetPayload(envelope, cec)) {
-        return cec.ShortDebugString();
-    }
-    return envelope.payload_type() + " " + ToHex(envelope.payload());
 }
 
 }  // namespace
@@ -59,7 +57,7 @@ std::string TestCodeset()
 }
 
 Bench::Bench()
-    : recorder(&FixedClock,
+    : recorder([] { return std::chrono::microseconds(12345678); },
                [this](std::string_view line) {
                    recorded += line;
                    return true;
@@ -174,7 +172,7 @@ void BenchClient::Disconnect()
 void BenchClient::Record(const char* kind, const IPCMessageEnvelope& envelope)
 {
     m_bench.effects.Add(
-        fmt::format("{} {} {} {}", m_name, kind, envelope.id(), AnswerAsHex(envelope)));
+        fmt::format("{} {} {} {}", m_name, kind, envelope.id(), AnswerAsText(envelope)));
 }
 
 LPMIpcServicePacket PacketOf(const google::protobuf::Message& message)
