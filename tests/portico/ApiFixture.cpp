@@ -18,17 +18,18 @@ Service::Service(std::uint16_t port, const std::string& name)
     Send(R"({"type":"hello","name":")" + name + "\"}");
 }
 
-void Service::Send(const std::string& message)
+void Service::Send(const std::string& message, bool binary)
 {
     boost::system::error_code ignored;
-    m_stream.text(true);
+    m_stream.binary(binary);
     m_stream.write(asio::buffer(message), ignored);
 }
 
-void Service::SendBinary(const std::string& bytes)
+void Service::Settle(const std::string& message)
 {
-    m_stream.binary(true);
-    m_stream.write(asio::buffer(bytes));
+    Send(message);
+    Send(R"({"type":"request","id":99,"method":"GET","path":"/nothing"})");
+    EXPECT_TRUE(Read().starts_with(R"({"type":"answer","id":99,"error":true})"));
 }
 
 std::string Service::Read()
