@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -42,8 +43,7 @@ std::vector<char*> Pointers(std::vector<std::string>& texts)
 
 }  // namespace
 
-Program::Program(const TemporaryRoot& folder, const std::string& name, const Arguments& arguments,
-                 const std::map<std::string, std::string>& environment)
+Program::Program(const TemporaryRoot& folder, const std::string& name, const Arguments& arguments)
     : m_name(name)
 {
     const std::array<int, 2> in = MakePipe();
@@ -51,12 +51,8 @@ Program::Program(const TemporaryRoot& folder, const std::string& name, const Arg
     const std::array<int, 2> err = MakePipe();
     std::vector<std::string> argumentTexts{std::string(PROGRAM_FOLDER) + "/" + name};
     argumentTexts.insert(argumentTexts.end(), arguments.begin(), arguments.end());
-    std::vector<std::string> environmentTexts{"ORLU_ROOT=" + folder.Path()};
-    for (const auto& [key, value] : environment) {
-        environmentTexts.push_back(key + "=" + value);
-    }
-    // Where nobody listens, unless the test names a local API of its own; the first one counts.
-    environmentTexts.push_back("ORLU_PORTICO_PORT=1");
+    // No local API listens there.
+    std::vector<std::string> environmentTexts{"ORLU_ROOT=" + folder.Path(), "ORLU_PORTICO_PORT=1"};
     const std::vector<char*> argv = Pointers(argumentTexts);
     const std::vector<char*> envp = Pointers(environmentTexts);
     m_pid = fork();
@@ -82,20 +78,8 @@ Program::~Program()
         waitpid(m_pid, nullptr, 0);
     }
     for (const int fd : {m_in, m_out.fd, m_err.fd}) {
-        if (fd >= 0) {
-            close(fd);
-        }
+        close(fd);
     }
-}
-
-std::string Program::WaitForLine(const std::string& part)
-{
-    return WaitFor(m_out, part);
-}
-
-std::string Program::WaitForLog(const std::string& part)
-{
-    return WaitFor(m_err, part);
 }
 
 std::string Program::WaitFor(Stream& stream, const std::string& part)
@@ -106,9 +90,6 @@ std::string Program::WaitFor(Stream& stream, const std::string& part)
             return *line;
         }
     } while (ReadMore(deadline));
-    if (const auto line = TakeLine(stream, part)) {
-        return *line;
-    }
     ADD_FAILURE() << m_name << ": no line with \"" << part << "\"; it wrote:\n"
                   << m_out.all << m_err.all;
     return {};
@@ -131,31 +112,24 @@ std::optional<std::string> Program::TakeLine(Stream& stream, const std::string& 
 
 bool Program::ReadMore(std::chrono::steady_clock::time_point deadline)
 {
-    std::vector<pollfd> polled;
-    std::vector<Stream*> streams;
-    for (Stream* stream : {&m_out, &m_err}) {
-        if (stream->fd >= 0) {
-            polled.push_back({stream->fd, POLLIN, 0});
-            streams.push_back(stream);
-        }
-    }
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
         deadline - std::chrono::steady_clock::now());
-    if (polled.empty() || left.count() <= 0 ||
+    // A stream that has ended is -1, which poll passes over.
+    std::array<pollfd, 2> polled{{{m_out.fd, POLLIN, 0}, {m_err.fd, POLLIN, 0}}};
+    if ((m_out.fd < 0 && m_err.fd < 0) || left.count() <= 0 ||
         poll(polled.data(), polled.size(), static_cast<int>(left.count())) <= 0) {
         return false;
     }
-    for (std::size_t i = 0; i < polled.size(); ++i) {
-        if (polled[i].revents == 0) {
+    for (Stream* stream : {&m_out, &m_err}) {
+        std::array<char, 65536> buffer{};
+        if (polled[stream == &m_out ? 0 : 1].revents == 0) {
             continue;
         }
-        std::array<char, 65536> buffer{};
-        const ssize_t count = read(polled[i].fd, buffer.data(), buffer.size());
+        const ssize_t count = read(stream->fd, buffer.data(), buffer.size());
         if (count > 0) {
-            streams[i]->all.append(buffer.data(), static_cast<std::size_t>(count));
+            stream->all.append(buffer.data(), static_cast<std::size_t>(count));
         } else if (count == 0 || errno != EINTR) {
-            close(streams[i]->fd);
-            streams[i]->fd = -1;
+            close(std::exchange(stream->fd, -1));
         }
     }
     return true;
@@ -174,10 +148,7 @@ void Program::Signal(int number) const
 
 int Program::WaitForEnd()
 {
-    if (m_in >= 0) {
-        close(m_in);
-        m_in = -1;
-    }
+    close(std::exchange(m_in, -1));
     const auto deadline = std::chrono::steady_clock::now() + kPatience;
     while (ReadMore(deadline)) {
     }

@@ -51,30 +51,15 @@ void RawClient::Send(std::uint32_t id, std::uint32_t token,
     Send(IPCFrames::Encode(envelope));
 }
 
-IPCMessageEnvelope RawClient::Receive()
+IPCMessageEnvelope RawClient::Receive() const
 {
-    constexpr std::size_t kHead = 4;
+    std::array<unsigned char, 4> head{};
+    EXPECT_EQ(recv(m_fd, head.data(), head.size(), MSG_WAITALL), 4) << "nothing comes";
+    std::string body(static_cast<std::size_t>(head[2] << 8 | head[3]), '\0');
+    recv(m_fd, body.data(), body.size(), MSG_WAITALL);
     IPCMessageEnvelope envelope;
-    for (;;) {
-        if (m_bytes.size() >= kHead) {
-            std::size_t size = 0;
-            for (std::size_t i = 0; i < kHead; ++i) {
-                size = size << 8 | static_cast<unsigned char>(m_bytes[i]);
-            }
-            if (m_bytes.size() >= kHead + size) {
-                EXPECT_TRUE(envelope.ParseFromString(m_bytes.substr(kHead, size)));
-                m_bytes.erase(0, kHead + size);
-                return envelope;
-            }
-        }
-        std::array<char, 4096> buffer{};
-        const ssize_t count = recv(m_fd, buffer.data(), buffer.size(), 0);
-        if (count <= 0) {
-            ADD_FAILURE() << "nothing comes from the service";
-            return envelope;
-        }
-        m_bytes.append(buffer.data(), static_cast<std::size_t>(count));
-    }
+    EXPECT_TRUE(envelope.ParseFromString(body));
+    return envelope;
 }
 
 void RawClient::WaitForClose() const

@@ -24,15 +24,14 @@ public:
     void Send(std::uint32_t id, std::uint32_t token,
               const google::protobuf::Message& message) const;
 
-    /// Waits for a whole frame; an empty envelope at the end of the connection.
-    IPCMessageEnvelope Receive();
+    /// Waits for a whole frame, of less than 64 KiB; an empty envelope if none comes.
+    IPCMessageEnvelope Receive() const;
 
     /// Waits until the service has closed the connection.
     void WaitForClose() const;
 
 private:
     int m_fd;
-    std::string m_bytes;
 };
 
 }  // namespace ProcessTests

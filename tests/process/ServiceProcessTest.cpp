@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <csignal>
-#include <fstream>
-#include <iterator>
+#include <filesystem>
 #include <memory>
 
 #include <gtest/gtest.h>
@@ -13,13 +12,7 @@
 namespace ProcessTests {
 namespace {
 
-constexpr const char* kStore = "/mnt/nv/product-persistence/TRSCodesetConfig.json";
-
-std::string ReadText(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
+constexpr const char* kStoreFolder = "/mnt/nv/product-persistence";
 
 /// A product with the programs that a test wants of it.
 class ServiceProcessTest : public testing::Test {
@@ -27,7 +20,8 @@ protected:
     ServiceProcessTest()
     {
         m_folder.Write("/opt/Orlu/etc/MfgData.json", R"({"productType": "marlow-tenpenny"})");
-        m_folder.Write(kStore, ReadText(STORE_FILE));
+        std::filesystem::create_directories(m_folder.Path() + kStoreFolder);
+        std::filesystem::copy(STORE_FILE, m_folder.Path() + kStoreFolder);
     }
 
     void StartLpm()
@@ -42,7 +36,10 @@ protected:
     void StartService()
     {
         m_service = std::make_unique<Program>(m_folder, "TrellanService", Arguments{});
+        Ask();
     }
+
+    void Ask() { RunProgram(m_folder, "ProductController", {"cloud"}); }
 
     void SendSources(const Arguments& names)
     {
@@ -75,7 +72,6 @@ TEST_F(ServiceProcessTest, APressedKeyMovesTheTelevision)
 TEST_F(ServiceProcessTest, PeersMayComeLaterGoAndComeBack)
 {
     StartService();
-    RunProgram(m_folder, "ProductController", {"cloud"});
     StartLpm();
     m_service->WaitForLog("KeyHandler: TRS lpmClient connected");
     m_lpm->Signal(SIGTERM);
@@ -92,7 +88,6 @@ TEST_F(ServiceProcessTest, PeersMayComeLaterGoAndComeBack)
 TEST_F(ServiceProcessTest, AFaultIsLoggedBetweenTwoBannersAndEndsTheProcess)
 {
     StartService();
-    RunProgram(m_folder, "ProductController", {"cloud"});
     m_service->Signal(SIGSEGV);
     m_service->WaitForLog("------- TrellanService Segmentation Fault Start --------");
     m_service->WaitForLog("main");
@@ -103,17 +98,15 @@ TEST_F(ServiceProcessTest, AFaultIsLoggedBetweenTwoBannersAndEndsTheProcess)
 TEST_F(ServiceProcessTest, ThereIsOnlyOne)
 {
     StartService();
-    RunProgram(m_folder, "ProductController", {"cloud"});
     Program second(m_folder, "TrellanService", {});
     EXPECT_EQ(second.WaitForEnd(), 1);
     EXPECT_NE(second.Log().find(" 1 SystemUtils: another "), std::string::npos) << second.Log();
-    RunProgram(m_folder, "ProductController", {"cloud"});
+    Ask();
 }
 
 TEST_F(ServiceProcessTest, GarbageEndsItsConnectionAndNothingElse)
 {
     StartService();
-    RunProgram(m_folder, "ProductController", {"cloud"});
     for (const std::string& garbage :
          {std::string("\xFF\xFF\xFF\xFF", 4), std::string("\0\0\0\2\xFF\xFF", 6)}) {
         const RawClient client(m_folder, "TrellanService");
@@ -126,7 +119,7 @@ TEST_F(ServiceProcessTest, GarbageEndsItsConnectionAndNothingElse)
         client.Send(std::string("\0\0\0\6\x08\x06\x10\x07\x18\x01", 10));
     }
     m_service->WaitForLog("Get the current UEI Cloud Connect status");
-    RunProgram(m_folder, "ProductController", {"cloud"});
+    Ask();
 }
 
 }  // namespace
