@@ -64,7 +64,7 @@ TEST_F(LpmServerTest, AnswersADamagedPacketWhereAnAnswerIsAwaited)
 {
     TRS_BlasterMsg_t message;
     message.set_blaster_msg(std::string("\0\1\x0b", 3));
-    LPMIpcServicePacket good = PacketOf(message);
+    LPMIpcServicePacket good = BenchClient::PacketOf(message);
     LPMIpcServicePacket nowhere = good, named = good, torn = good;
     nowhere.clear_destination();
     named.set_msg_typename("IpcCecKey_t");
