@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include "Bench.h"
+#include "lpm/DeviceRoom.pb.h"
+#include "lpm/DeviceRoomServer.h"
 
 using namespace LpmServiceMessages;
 
@@ -150,6 +152,31 @@ TEST_F(LpmServerTest, SendsToAllWhatStandardInputSays)
         bench.Say(line);
         EXPECT_EQ(bench.effects.Take(), "") << line;
     }
+}
+
+TEST(DeviceRoomServer, TellsItsStateToWhoeverAsksAndEachLineToAll)
+{
+    VirtualRuntime runtime;
+    const auto task = IL::CreateTask("room", "");
+    Lpm::DeviceRoomServer room(task.get(), [] { return "{}"; });
+    const auto watcher = IPCMessageRouterFactory::CreateRouter("watcher", task.get(), nullptr);
+    ASSERT_TRUE(room.Start());
+    const auto attempt = runtime.Net().Connect(
+        IPCDirectory::Get().Lookup("DeviceRoom").Path(), task->Queue(),
+        [watcher](const Orlu::SocketPtr& socket) { watcher->Connect(socket, [] {}); });
+    runtime.RunUntilIdle();
+    std::string said;
+    watcher->AddHandler<LpmDevices::DeviceRoomLine>(
+        LpmDevices::DEVICE_ROOM_LINE,
+        [&said](const LpmDevices::DeviceRoomLine& line, std::uint32_t) { said += line.json(); });
+    room.SendLine("line ");
+    watcher->SendRequestMessage<LpmDevices::DeviceRoomState>(
+        LpmDevices::DEVICE_ROOM_STATE, LpmDevices::DeviceRoomRequest(),
+        {[&said](const LpmDevices::DeviceRoomState& state) {
+            said += state.json();
+        }});
+    runtime.RunUntilIdle();
+    EXPECT_EQ(said, "line {}");
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include "process/Program.h"
-#include "process/RawClient.h"
 
 namespace ProcessTests {
 namespace {
@@ -29,7 +28,7 @@ protected:
         m_lpm = std::make_unique<Program>(
             m_folder, "LpmService",
             std::vector<std::string>{"--codesets", CODESET_FOLDER, "--devices", DEVICES_FILE,
-                                     "--record", m_folder.Path() + "/record"});
+                                     "--record", "/dev/stdout"});
         m_lpm->WaitForLine("ready");
     }
 
@@ -48,6 +47,20 @@ protected:
         RunProgram(m_folder, "ProductController", arguments);
     }
 
+    void StartAndSync(const Arguments& names)
+    {
+        StartLpm();
+        StartService();
+        m_service->WaitForLog("KeyHandler: TRS lpmClient connected");
+        SendSources(names);
+        m_service->WaitForLog("The codesets match, we can send keys");
+    }
+
+    static double MsOf(const std::string& line)
+    {
+        return std::stod(line.substr(line.find(' ')));
+    }
+
     TemporaryRoot m_folder;
     std::unique_ptr<Program> m_lpm;
     std::unique_ptr<Program> m_service;
@@ -55,18 +68,23 @@ protected:
 
 TEST_F(ServiceProcessTest, APressedKeyMovesTheTelevision)
 {
-    StartLpm();
-    StartService();
-    m_service->WaitForLog("KeyHandler: TRS lpmClient connected");
-    SendSources({"T2051", "S0456", "Y0812"});
-    m_service->WaitForLog("The codesets match, we can send keys");
-
+    StartAndSync({"T2051", "S0456", "Y0812"});
     const std::string answer =
         RunProgram(m_folder, "ProductController", {"key", "T2051", "orlu_TV_power"});
     EXPECT_NE(answer.find("PASS"), std::string::npos) << answer;
+    m_lpm->WaitForLine(R"("id": 80, "frame": "000701080301800000"})");
     EXPECT_NE(m_lpm->WaitForLine("\"state\"").find("television"), std::string::npos);
-    EXPECT_NE(m_folder.Read("/record").find(R"("id": 80, "frame": "000701080301800000"})"),
-              std::string::npos);
+    m_lpm->WriteLine("not JSON");
+    m_lpm->WaitForLog("A line of input is not understood");
+}
+
+TEST_F(ServiceProcessTest, TheBlasterIsNotLeftSendingWhenTheServiceIsKilled)
+{
+    StartAndSync({"T2051"});
+    const Program key(m_folder, "ProductController", {"key", "T2051", "36", "--hold", "60000"});
+    const double begun = MsOf(m_lpm->WaitForLine(R"("on": true)"));
+    m_service->Signal(SIGKILL);
+    EXPECT_LE(MsOf(m_lpm->WaitForLine(R"("on": false)")) - begun, 250.0);
 }
 
 TEST_F(ServiceProcessTest, PeersMayComeLaterGoAndComeBack)
@@ -101,24 +119,6 @@ TEST_F(ServiceProcessTest, ThereIsOnlyOne)
     Program second(m_folder, "TrellanService", {});
     EXPECT_EQ(second.WaitForEnd(), 1);
     EXPECT_NE(second.Log().find(" 1 SystemUtils: another "), std::string::npos) << second.Log();
-    Ask();
-}
-
-TEST_F(ServiceProcessTest, GarbageEndsItsConnectionAndNothingElse)
-{
-    StartService();
-    for (const std::string& garbage :
-         {std::string("\xFF\xFF\xFF\xFF", 4), std::string("\0\0\0\2\xFF\xFF", 6)}) {
-        const RawClient client(m_folder, "TrellanService");
-        client.Send(garbage);
-        client.WaitForClose();
-    }
-    {
-        // A request whose client is gone before the answer is written.
-        const RawClient client(m_folder, "TrellanService");
-        client.Send(std::string("\0\0\0\6\x08\x06\x10\x07\x18\x01", 10));
-    }
-    m_service->WaitForLog("Get the current UEI Cloud Connect status");
     Ask();
 }
 
