@@ -21,54 +21,39 @@ namespace {
 
 constexpr auto kPatience = std::chrono::seconds(30);
 
-std::array<int, 2> MakePipe()
-{
-    std::array<int, 2> ends{};
-    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-        std::abort();
-    }
-    return ends;
-}
-
-std::vector<char*> Pointers(std::vector<std::string>& texts)
-{
-    std::vector<char*> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (std::string& text : texts) {
-        pointers.push_back(text.data());
-    }
-    pointers.push_back(nullptr);
-    return pointers;
-}
-
 }  // namespace
 
 Program::Program(const TemporaryRoot& folder, const std::string& name, const Arguments& arguments)
     : m_name(name)
 {
-    const std::array<int, 2> in = MakePipe();
-    const std::array<int, 2> out = MakePipe();
-    const std::array<int, 2> err = MakePipe();
-    std::vector<std::string> argumentTexts{std::string(PROGRAM_FOLDER) + "/" + name};
-    argumentTexts.insert(argumentTexts.end(), arguments.begin(), arguments.end());
-    // No local API listens there.
-    std::vector<std::string> environmentTexts{"ORLU_ROOT=" + folder.Path(), "ORLU_PORTICO_PORT=1"};
-    const std::vector<char*> argv = Pointers(argumentTexts);
-    const std::vector<char*> envp = Pointers(environmentTexts);
+    std::array<std::array<int, 2>, 3> pipes{};
+    for (auto& ends : pipes) {
+        EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+    }
+    Arguments words{std::string(PROGRAM_FOLDER) + "/" + name};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> argv;
+    for (std::string& word : words) {
+        argv.push_back(word.data());
+    }
+    argv.push_back(nullptr);
     m_pid = fork();
     if (m_pid == 0) {
-        dup2(in[0], STDIN_FILENO);
-        dup2(out[1], STDOUT_FILENO);
-        dup2(err[1], STDERR_FILENO);
-        execve(argv[0], argv.data(), envp.data());
+        dup2(pipes[0][0], STDIN_FILENO);
+        dup2(pipes[1][1], STDOUT_FILENO);
+        dup2(pipes[2][1], STDERR_FILENO);
+        clearenv();
+        setenv("ORLU_ROOT", folder.Path().c_str(), 1);
+        setenv("ORLU_PORTICO_PORT", "1", 1);  // where nobody listens
+        execv(argv[0], argv.data());
         _exit(127);
     }
-    for (const int end : {in[0], out[1], err[1]}) {
+    for (const int end : {pipes[0][0], pipes[1][1], pipes[2][1]}) {
         close(end);
     }
-    m_in = in[1];
-    m_out.fd = out[0];
-    m_err.fd = err[0];
+    m_in = pipes[0][1];
+    m_out.fd = pipes[1][0];
+    m_err.fd = pipes[2][0];
 }
 
 Program::~Program()
@@ -97,17 +82,14 @@ std::string Program::WaitFor(Stream& stream, const std::string& part)
 
 std::optional<std::string> Program::TakeLine(Stream& stream, const std::string& part)
 {
-    for (;;) {
-        const std::size_t end = stream.all.find('\n', stream.taken);
-        if (end == std::string::npos) {
-            return std::nullopt;
-        }
-        std::string line = stream.all.substr(stream.taken, end - stream.taken);
+    for (std::size_t end = 0; (end = stream.all.find('\n', stream.taken)) != std::string::npos;) {
+        const std::string line = stream.all.substr(stream.taken, end - stream.taken);
         stream.taken = end + 1;
         if (line.find(part) != std::string::npos) {
             return line;
         }
     }
+    return std::nullopt;
 }
 
 bool Program::ReadMore(std::chrono::steady_clock::time_point deadline)
