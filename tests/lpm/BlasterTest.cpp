@@ -176,18 +176,15 @@ TEST_F(HeldBlaster, EndsAKeyWithItsCodeset)
 
 TEST(CodesetFolder, KnowsTheNumberOfAName)
 {
-    const struct {
-        const char* name;
-        int device;
-    } rows[] = {
+    const std::pair<const char*, int> rows[] = {
         {"T2051", 0x0803}, {"C0123", 0x107B}, {"H0012", 0xA00C}, {"Y5000", 0x5388},
         {"D8191", 0xFFFF}, {"H4096", -1},     {"X0001", -1},     {"t2051", -1},
         {"", -1},          {"T12a", -1},      {"T-1", -1},       {"T8192", -1},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(DeviceNumberOf(row.name),
-                  row.device < 0 ? std::nullopt : std::optional<DeviceNumber>(row.device))
-            << row.name;
+    for (const auto& [name, device] : rows) {
+        EXPECT_EQ(DeviceNumberOf(name),
+                  device < 0 ? std::nullopt : std::optional<DeviceNumber>(device))
+            << name;
     }
 }
 

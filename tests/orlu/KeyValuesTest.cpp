@@ -26,10 +26,7 @@ TEST(KeyValues, EveryNumberHasANameOfItsOwnThatLeadsBack)
 
 TEST(KeyValues, CaseAndPrefixAreFree)
 {
-    const struct {
-        const char* name;
-        std::optional<KEY_VALUE> key;
-    } rows[] = {
+    const std::pair<const char*, std::optional<KEY_VALUE>> rows[] = {
         {"ORLU_TV_POWER", IpcProtocol::ORLU_TV_POWER},
         {"tv_power", IpcProtocol::ORLU_TV_POWER},
         {"hdmi_1", IpcProtocol::HDMI_1},
@@ -37,8 +34,8 @@ TEST(KeyValues, CaseAndPrefixAreFree)
         {"ORLU_", std::nullopt},
         {"36", std::nullopt},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(IpcProtocol::KeyValueFromName(row.name), row.key) << row.name;
+    for (const auto& [name, key] : rows) {
+        EXPECT_EQ(IpcProtocol::KeyValueFromName(name), key) << name;
     }
 }
 

@@ -73,10 +73,7 @@ TEST(ProtoToMarkup, ReadsWhatIsJsonAndFitsTheMessage)
 
 TEST(ProtoToMarkup, TypesAreThoseOfTheSchema)
 {
-    const struct {
-        const char* text;
-        const char* result;
-    } rows[] = {
+    const std::pair<const char*, const char*> rows[] = {
         {R"({"devNum": 803, "safeToBlast": true, "keyMap": {"keys": [1, 4294967295]}})",
          "devNum: 803 safeToBlast: true keyMap { keys: 1 keys: 4294967295 }"},
         {R"({"devNum": "803"})", "devNum: 803"},
@@ -86,10 +83,10 @@ TEST(ProtoToMarkup, TypesAreThoseOfTheSchema)
         {R"({"ueiKeys": "AAH/"})", R"(ueiKeys: "\000\001\377")"},
         {R"({"ueiKeys": "%%"})", "! CodesetDetails: "},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.text);
+    for (const auto& [text, result] : rows) {
+        SCOPED_TRACE(text);
         CodesetConfig::CodesetDetails message;
-        EXPECT_THAT(Read(row.text, message), testing::StartsWith(row.result));
+        EXPECT_THAT(Read(text, message), testing::StartsWith(result));
     }
 }
 

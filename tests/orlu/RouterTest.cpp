@@ -215,22 +215,19 @@ TEST_F(RouterTest, AttemptsGoOnUntilTheServiceIsThereAndAfterALoss)
 
 TEST_F(RouterTest, WhatIsNoFrameEndsTheConnection)
 {
-    const struct {
-        std::string bytes;
-        const char* reason;
-    } rows[] = {
+    const std::pair<std::string, const char*> rows[] = {
         {std::string("\x00\x10\x00\x01", 4), "a frame is too long"},
         {std::string("\0\0\0\x01\x07", 5), "a frame cannot be read"},
         {std::string("\0\0\0\x02\x18\x03", 6), "a message is of no known kind"},
     };
     Serve();
-    for (const auto& row : rows) {
+    for (const auto& [bytes, reason] : rows) {
         const auto raw = Open();
-        raw->Send(IPCFrames::Encode({}) + row.bytes + IPCFrames::Encode({}));
+        raw->Send(IPCFrames::Encode({}) + bytes + IPCFrames::Encode({}));
         m_runtime.RunUntilIdle();
         EXPECT_EQ(Effects(),
                   "2 server: unexpected message, id 0, kind 0, type \"\", 0 bytes\n2 server: " +
-                      std::string(row.reason) + ", the connection ends\nserver lost\n");
+                      std::string(reason) + ", the connection ends\nserver lost\n");
         EXPECT_TRUE(m_runtime.Net().Served(kPath).empty());
     }
 }

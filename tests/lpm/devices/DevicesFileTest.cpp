@@ -33,10 +33,7 @@ TEST(DevicesFile, SaysWhatIsWrong)
     for (unsigned i = 0; i < kMaxCodes; ++i) {
         many += ",\"" + ScancodeText(Protocol::kNec, i) + "\":\"power\"";
     }
-    const struct {
-        std::string text;
-        std::string_view why;
-    } rows[] = {
+    const std::pair<std::string, std::string_view> rows[] = {
         {std::string(kGood), "accepted"},
         {With(R"(,"cec":{"0x40":"power"})", ""), "accepted"},
         {R"({"devices":[]})", "accepted"},
@@ -57,8 +54,8 @@ TEST(DevicesFile, SaysWhatIsWrong)
          R"(device 1: "0x408" in "codes" stands there twice)"},
         {two, R"(device 2: the name "tv" is taken)"},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(WhyNot(row.text), row.why) << row.text;
+    for (const auto& [text, reason] : rows) {
+        EXPECT_EQ(WhyNot(text), reason) << text;
     }
 }
 

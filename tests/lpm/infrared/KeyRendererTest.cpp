@@ -102,10 +102,7 @@ TEST(KeyRenderer, LetsTheGroupSayCarrierFramesAndLight)
 
 TEST(RenderText, SaysWhatIsWrongInOneLine)
 {
-    const struct {
-        std::string_view key;
-        std::string_view why;
-    } rows[] = {
+    const std::pair<std::string_view, std::string_view> rows[] = {
         {"nec", "'nec' is no key; PROTOCOL:SCANCODE is, such as nec:0x0408"},
         {"raw:0",
          "unknown protocol 'raw'; known are nec, necx, nec32, samsung, rc5, rc6_0, rc6_mce, "
@@ -117,9 +114,9 @@ TEST(RenderText, SaysWhatIsWrongInOneLine)
         {"nec32:4294967296", "scancode 4294967296 does not fit nec32, whose bits are 0xffffffff"},
     };
     std::string why;
-    for (const auto& row : rows) {
-        EXPECT_FALSE(RenderText(row.key, false, 0, why)) << row.key;
-        EXPECT_EQ(why, row.why);
+    for (const auto& [key, reason] : rows) {
+        EXPECT_FALSE(RenderText(key, false, 0, why)) << key;
+        EXPECT_EQ(why, reason);
     }
     EXPECT_FALSE(RenderText("nec:1", false, 1001, why));
     EXPECT_EQ(RenderText("sony12:65557", false, 0, why),
