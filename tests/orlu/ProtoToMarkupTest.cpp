@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <google/protobuf/util/json_util.h>
 #include <gtest/gtest.h>
@@ -118,20 +119,8 @@ TEST(ProtoToMarkup, ListsOfTextsAreWrittenAsProtobufWritesThem)
     google::protobuf::util::JsonPrintOptions options;
     options.preserve_proto_field_names = true;
     for (unsigned c = 1; c < 0x3000; ++c) {
-        std::string text = "a";
-        if (c < 0x80) {
-            text += static_cast<char>(c);
-        } else if (c < 0x800) {
-            text += static_cast<char>(0xC0U | (c >> 6U));
-            text += static_cast<char>(0x80U | (c & 0x3FU));
-        } else {
-            text += static_cast<char>(0xE0U | (c >> 12U));
-            text += static_cast<char>(0x80U | ((c >> 6U) & 0x3FU));
-            text += static_cast<char>(0x80U | (c & 0x3FU));
-        }
         BrandListResp_t list;
-        list.add_brandlist("Acme");
-        list.add_brandlist(text);
+        FromJson(fmt::format(R"({{"brandList": ["Acme", "a\u{:04x}"]}})", c), list);
         std::string wanted;
         ASSERT_TRUE(google::protobuf::util::MessageToJsonString(list, &wanted, options).ok());
         ASSERT_EQ(ToJson(list, true, false, false), wanted) << c;
