@@ -81,7 +81,7 @@ TEST_F(ServiceProcessTest, TheBlasterIsNotLeftSendingWhenTheServiceIsKilled)
 {
     StartBoth();
     Sync();
-    const Program key(m_folder, "ProductController", {"key", "T2051", "36", "--hold", "60000"});
+    const Program key(m_folder, "ProductController", {"key", "T2051", "hdmi_1", "--hold", "60000"});
     const auto ms = [](const std::string& line) {
         return std::stod(line.substr(line.find(' ')));
     };
