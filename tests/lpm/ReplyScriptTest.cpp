@@ -78,10 +78,8 @@ TEST(ReplyScript, BendsBothAnswersToAStore)
         const char* list;
     } rows[] = {
         {R"("status": 7)", "+0 a reply 65539 result 0\n+0 a event 83 0107\n", "020000"},
-        {R"("bulkResult": -1)", "+0 a reply 65539 result -1\n", "020000"},
         {R"("bulkResult": -3, "delayMs": 30)", "+30 a reply 65539 result -3\n", "020000"},
         {R"("silent": true)", "+0 a reply 65539 result 0\n", "0400010803"},
-        {R"("status": 8)", "+0 a reply 65539 result 0\n+0 a event 83 0108\n", "0400010803"},
         {R"("delayMs": 40)", "+0 a reply 65539 result 0\n+40 a event 83 0100\n", "0400010803"},
     };
     Bench bench;
