@@ -6,8 +6,6 @@
 
 #include <numeric>
 
-#include "infrared/RenderText.h"
-
 using namespace Lpm;
 
 namespace {
@@ -98,29 +96,6 @@ TEST(KeyRenderer, LetsTheGroupSayCarrierFramesAndLight)
     EXPECT_EQ(stored.Frame(1), (Durations{900, 20000}));
     raw.rawSequences[0].repeat.clear();
     EXPECT_EQ(Sender(raw, 0).Frame(7).size(), 4u);
-}
-
-TEST(RenderText, SaysWhatIsWrongInOneLine)
-{
-    const std::pair<std::string_view, std::string_view> rows[] = {
-        {"nec", "'nec' is no key; PROTOCOL:SCANCODE is, such as nec:0x0408"},
-        {"raw:0",
-         "unknown protocol 'raw'; known are nec, necx, nec32, samsung, rc5, rc6_0, rc6_mce, "
-         "sony12, sony15, sony20, jvc, sharp"},
-        {"nec:-1", "'-1' is no scancode; 0x0408 or 1032 is"},
-        {"nec:0x", "'0x' is no scancode; 0x0408 or 1032 is"},
-        {"rc6_mce:0x800f840c",
-         "scancode 0x800f840c does not fit rc6_mce, whose bits are 0xffff7fff"},
-        {"nec32:4294967296", "scancode 4294967296 does not fit nec32, whose bits are 0xffffffff"},
-    };
-    std::string why;
-    for (const auto& [key, reason] : rows) {
-        EXPECT_FALSE(RenderText(key, false, 0, why)) << key;
-        EXPECT_EQ(why, reason);
-    }
-    EXPECT_FALSE(RenderText("nec:1", false, 1001, why));
-    EXPECT_EQ(RenderText("sony12:65557", false, 0, why),
-              RenderText("sony12:0x010015", true, 0, why));
 }
 
 }  // namespace
