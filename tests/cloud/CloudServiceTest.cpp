@@ -2,9 +2,13 @@
 
 #include "cloud/CloudService.h"
 
+#include <thread>
+
 #include "OwnCatalogue.h"
 #include "cloud/Base64.h"
+#include "cloud/HttpServer.h"
 #include "infrared/CodesetBinary.h"
+#include "portico/Consumer.h"
 
 namespace Cloud {
 namespace {
@@ -48,7 +52,6 @@ TEST(CloudServiceTest, AnswersEachRequestByItsRow)
         {Head("discoverEdid") + R"(,"edid":"AAAA"})", 200, R"({"status":45})"},
     };
     const auto catalogue = OpenOwn();
-    ASSERT_TRUE(catalogue);
     CloudService service(*catalogue);
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.request);
@@ -129,7 +132,7 @@ TEST(CloudServiceTest, FollowsItsScriptEntryByEntry)
 
 TEST(CatalogueTest, RefusesAFileThatIsNone)
 {
-    const std::string path = BuildOwn("cut");
+    const std::string path = BuildOwn();
     ASSERT_EQ(truncate(path.c_str(), 600), 0);
     std::string why;
     EXPECT_EQ(Catalogue::Open(path, why), nullptr);
@@ -137,6 +140,44 @@ TEST(CatalogueTest, RefusesAFileThatIsNone)
     EXPECT_EQ(Catalogue::Open(OWN_SOURCE_FOLDER "/own.json", why), nullptr);
     EXPECT_EQ(why, "file is not a database");
     std::remove(path.c_str());
+}
+
+TEST(HttpServerTest, AnswersOnOneConnectionAndRefusesWhatIsNotTheProtocol)
+{
+    const auto catalogue = OpenOwn();
+    CloudService service(*catalogue);
+    boost::asio::io_context context;
+    HttpServer server(context, service);
+    std::string why;
+    const auto port = server.Listen(0, why);
+    ASSERT_TRUE(port) << why;
+    EXPECT_FALSE(HttpServer(context, service).Listen(*port, why));
+    std::thread thread([&context] { context.run(); });
+
+    const PorticoApi::Consumer vanished(*port);
+    PorticoApi::Consumer client(*port);
+    const std::string good = R"({"operation":"version","identity":"me","vector":""})";
+    const struct {
+        const char* method;
+        const char* path;
+        std::string body;
+        const char* answer;
+    } rows[] = {
+        {"POST", "/qsp/v1", good, "200 {"},
+        {"POST", "/qsp/v1", "{", "400 "},
+        {"POST", "/qsp/v2", good, "404 "},
+        {"GET", "/qsp/v1", "", "405 "},
+        {"POST", "/qsp/v1", std::string(kRequestBytes + 1, ' '), "413 "},
+    };
+    for (const auto& row : rows) {
+        EXPECT_TRUE(client.Ask(row.method, row.path, row.body).starts_with(row.answer))
+            << row.answer;
+    }
+    PorticoApi::Consumer confused(*port);
+    confused.Send("nonsense\r\n\r\n");
+    EXPECT_EQ(confused.Read().substr(0, 3), "400");
+    context.stop();
+    thread.join();
 }
 
 }  // namespace
