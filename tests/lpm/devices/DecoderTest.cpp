@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "Rendered.h"
 #include "devices/Receiver.h"
+#include "lpm/Rendered.h"
 
 namespace Lpm::Devices {
 namespace {

@@ -5,9 +5,9 @@
 
 #include <gtest/gtest.h>
 
-#include "Rendered.h"
 #include "devices/DeviceRoom.h"
 #include "devices/Json.h"
+#include "lpm/Rendered.h"
 
 namespace Lpm {
 namespace {
@@ -30,7 +30,7 @@ protected:
     void Shine(std::string_view protocol, std::uint32_t scancode, unsigned repeats = 0)
     {
         m_toggle = !m_toggle;
-        const Devices::Rendered light(protocol, scancode, m_toggle);
+        const Rendered light(protocol, scancode, m_toggle);
         auto frames = light.press;
         frames.insert(frames.end(), repeats, light.held);
         for (const auto& frame : frames) {

@@ -9,16 +9,20 @@
 
 #include "infrared/KeyRenderer.h"
 
-namespace Lpm::Devices {
+namespace Lpm {
 
 using Durations = std::vector<std::uint32_t>;
 
-/// What the blaster sends for a key: a press, then `held` for as long as the key is. Its own tests
-/// have other people's decoders judge it, so here it may judge the devices.
+/// What the blaster sends for a key: a press, then `held` for as long as the key is. LIRC's
+/// decoders judge it in its own tests, so it may judge the devices.
 struct Rendered {
     Rendered(std::string_view protocol, std::uint32_t scancode, bool toggle = false)
+        : Rendered(CodesetGroup{.protocol = FindProtocol(protocol)->id}, scancode, toggle)
     {
-        const CodesetGroup group{.protocol = FindProtocol(protocol)->id};
+    }
+
+    Rendered(const CodesetGroup& group, std::uint32_t scancode, bool toggle = false)
+    {
         const CodesetKey key{.ueiKey = 1, .group = 0, .scancode = scancode};
         std::string why;
         const auto bytes = CodesetBinary::Compose({&group, 1}, {&key, 1}, why).value();
@@ -38,4 +42,4 @@ struct Rendered {
     Durations held;
 };
 
-}  // namespace Lpm::Devices
+}  // namespace Lpm
