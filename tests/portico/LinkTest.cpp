@@ -6,7 +6,6 @@ namespace PorticoApi {
 namespace {
 
 const std::string kRegister = R"({"type":"register","id":1,"method":"PUT","path":"/own"})";
-const std::string kInterest = R"({"type":"interest","id":9,"paths":["/own","/network/status"]})";
 
 class LinkTest : public ApiFixture {
 protected:
@@ -39,33 +38,6 @@ TEST_F(LinkTest, CarriesRequestsToTheServiceAndItsAnswersBack)
         service.Send("{\"type\":\"answer\",\"id\":" + id + ",\"error\":true}\n" + error);
         EXPECT_TRUE(first.Read().starts_with(status));
     }
-}
-
-TEST_F(LinkTest, TellsOfReadinessAndNotifications)
-{
-    Service watcher(Port(), "watcher");
-    watcher.Send(kInterest);
-    watcher.Settle(R"({"type":"subscribe","id":4,"path":"/network/status"})");
-    Consumer consumer(Port());
-    {
-        Service service(Port());
-        service.Send(kRegister);
-        EXPECT_EQ(watcher.Read(), R"({"type":"ready","id":9})");
-        consumer.Ask("PUT", "/network/status", R"({"isPrimaryUp":false})");
-        EXPECT_EQ(watcher.Read(), "{\"type\":\"notify\",\"id\":4}\n{\"isPrimaryUp\":false}");
-        consumer.Ask("DELETE", "/network/status");
-        EXPECT_EQ(watcher.Read(), R"({"type":"notReady","id":9})");
-        consumer.Ask("PUT", "/network/status", "{}");
-        EXPECT_EQ(watcher.Read(), R"({"type":"ready","id":9})");
-        EXPECT_EQ(watcher.Read(), "{\"type\":\"notify\",\"id\":4}\n{}");
-    }
-    EXPECT_EQ(watcher.Read(), R"({"type":"notReady","id":9})");
-    EXPECT_EQ(consumer.Ask("PUT", "/own", "{}").substr(0, 3), "503");
-    watcher.Send(R"({"type":"withdraw","id":9})");
-    watcher.Send(
-        "{\"type\":\"request\",\"id\":5,\"method\":\"PUT\",\"path\":\"/network/status\"}\n{}");
-    EXPECT_EQ(watcher.Read(), "{\"type\":\"notify\",\"id\":4}\n{}");
-    EXPECT_EQ(watcher.Read(), "{\"type\":\"answer\",\"id\":5}\n{}");
 }
 
 TEST_F(LinkTest, TheLaterServiceServesAndNoneTakesTheProductsOwn)
@@ -105,6 +77,7 @@ TEST_F(LinkTest, WhoeverWaitsIsToldWhenTheServiceGoesOrKeepsSilent)
         service.Read();
     }
     EXPECT_EQ(consumer.Read().substr(0, 3), "503");
+    EXPECT_EQ(consumer.Ask("PUT", "/own", "{}").substr(0, 3), "503");
 }
 
 TEST_F(LinkTest, ConsumersThatLeaveBeforeTheirAnswerLeaveNothingBehind)

@@ -118,7 +118,10 @@ TEST_F(PorticoClientTest, KeepsItsRegistrationsOverALostLink)
         EXPECT_EQ(consumer.Ask("PUT", "/own", "{}").substr(0, 3), "500");
         const std::string bad = consumer.Ask("PUT", "/own", "{\"isPrimaryUp\":7}");
         EXPECT_TRUE(bad.starts_with(R"(400 {"code":0,"subcode":2005,)")) << bad;
+        consumer.Ask("DELETE", kStatus);
+        EXPECT_EQ(m_events->Next(), "notReady /network/status");
         consumer.Ask("PUT", kStatus, "{\"isPrimaryUp\":false}");
+        EXPECT_EQ(m_events->Next(), "ready /network/status");
         EXPECT_EQ(m_events->Next(), "told isPrimaryUp: false");
         Stop();
         EXPECT_EQ(m_events->Next(), "notReady /network/status");
