@@ -10,12 +10,12 @@ namespace PorticoApi {
 namespace asio = boost::asio;
 using asio::ip::tcp;
 
-Service::Service(std::uint16_t port, const std::string& name)
+Service::Service(std::uint16_t port)
 {
     m_stream.next_layer().connect({asio::ip::address_v4::loopback(), port});
     m_stream.next_layer().set_option(tcp::no_delay(true));
     m_stream.handshake("127.0.0.1:" + std::to_string(port), "/link");
-    Send(R"({"type":"hello","name":")" + name + "\"}");
+    Send(R"({"type":"hello","name":"service"})");
 }
 
 void Service::Send(const std::string& message, bool binary)

@@ -23,14 +23,6 @@ protected:
         std::filesystem::copy(STORE_FILE, m_folder.Path() + kStoreFolder);
     }
 
-    void StartLpm()
-    {
-        m_lpm = std::make_unique<Program>(m_folder, "LpmService",
-                                          Arguments{"--codesets", CODESET_FOLDER, "--devices",
-                                                    DEVICES_FILE, "--record", "/dev/stdout"});
-        m_lpm->WaitForLine("ready");
-    }
-
     void StartService()
     {
         m_service = std::make_unique<Program>(m_folder, "TrellanService", Arguments{});
@@ -39,13 +31,17 @@ protected:
 
     void StartBoth()
     {
-        StartLpm();
+        m_lpm = std::make_unique<Program>(m_folder, "LpmService",
+                                          Arguments{"--codesets", CODESET_FOLDER, "--devices",
+                                                    DEVICES_FILE, "--record", "/dev/stdout"});
+        m_lpm->WaitForLine("ready");
         StartService();
         m_service->WaitForLog("KeyHandler: TRS lpmClient connected");
     }
 
-    void Sync()
+    void StartAndSync()
     {
+        StartBoth();
         Controller({"sources", "T2051", "S0456", "Y0812"});
         m_service->WaitForLog("The codesets match, we can send keys");
     }
@@ -67,8 +63,7 @@ protected:
 
 TEST_F(ServiceProcessTest, APressedKeyMovesTheTelevision)
 {
-    StartBoth();
-    Sync();
+    StartAndSync();
     const std::string answer = Controller({"key", "T2051", "orlu_TV_power"});
     EXPECT_NE(answer.find("PASS"), std::string::npos) << answer;
     m_lpm->WaitForLine(R"("id": 80, "frame": "000701080301800000"})");
@@ -79,8 +74,7 @@ TEST_F(ServiceProcessTest, APressedKeyMovesTheTelevision)
 
 TEST_F(ServiceProcessTest, TheBlasterIsNotLeftSendingWhenTheServiceIsKilled)
 {
-    StartBoth();
-    Sync();
+    StartAndSync();
     const Program key(m_folder, "ProductController", {"key", "T2051", "hdmi_1", "--hold", "60000"});
     const auto ms = [](const std::string& line) {
         return std::stod(line.substr(line.find(' ')));
@@ -88,21 +82,6 @@ TEST_F(ServiceProcessTest, TheBlasterIsNotLeftSendingWhenTheServiceIsKilled)
     const double begun = ms(m_lpm->WaitForLine(R"("on": true)"));
     m_service->Signal(SIGKILL);
     EXPECT_LE(ms(m_lpm->WaitForLine(R"("on": false)")) - begun, 250.0);
-}
-
-TEST_F(ServiceProcessTest, PeersMayComeLaterGoAndComeBack)
-{
-    StartService();
-    StartLpm();
-    m_service->WaitForLog("KeyHandler: TRS lpmClient connected");
-    m_lpm->Signal(SIGTERM);
-    EXPECT_EQ(m_lpm->WaitForEnd(), 0);
-    m_service->WaitForLog("Connection lost");
-    StartLpm();
-    m_service->WaitForLog("KeyHandler: TRS lpmClient connected");
-    Sync();
-    Controller({"key", "T2051", "36"});
-    m_lpm->WaitForLine("television");
 }
 
 TEST_F(ServiceProcessTest, AFaultIsLoggedBetweenTwoBannersAndEndsTheProcess)
