@@ -5,7 +5,6 @@
 
 #include "orlu/IPCFrames.h"
 #include "orlu/Limits.h"
-#include "orlu/Network.h"
 
 using IPCFrames::Reader;
 
@@ -51,47 +50,6 @@ std::string ReadIn(std::size_t piece, const std::string& stream)
         read += status == Reader::Status::kMore ? "" : "!";
     }
     return read;
-}
-
-/// Keeps what is written to it.
-class KeepingSocket final : public Network::ConnectorSocket {
-public:
-    Network::AddrInfo GetPeer() const override { return Network::AddrInfo("nobody"); }
-    void Receive(OnBytes, OnClosed) override {}
-    std::uint8_t* Extend(std::size_t size) override
-    {
-        written.assign(size, '?');
-        return reinterpret_cast<std::uint8_t*>(written.data());
-    }
-    void Flush() override {}
-    void Close() override {}
-    void NotifyGone(Orlu::Work) override {}
-
-    std::string written;
-};
-
-TEST(FramesTest, MessagesAreWrittenAsTheirEnvelopesAre)
-{
-    KeepingSocket socket;
-    for (const auto& head :
-         {IPCFrames::Head{0, IPCFrames::kEvent, 0}, IPCFrames::Head{80, IPCFrames::kRequest, 1},
-          IPCFrames::Head{65541, IPCFrames::kReply, 0xFFFFFFFF}}) {
-        for (const std::size_t size : {0U, 3U, 200U, 70'000U}) {
-            SCOPED_TRACE(std::to_string(head.id) + " " + std::to_string(size));
-            const auto message = Envelope(7, IPCFrames::kEvent, std::string(size, '\0'));
-            IPCMessageEnvelope envelope = Envelope(head.id, head.kind, "");
-            envelope.set_token(head.token);
-            if (head.token == 0) {
-                envelope.clear_token();
-            }
-            envelope.set_payload_type("IPCMessageEnvelope");
-            envelope.set_payload(message.SerializeAsString());
-            ASSERT_TRUE(IPCFrames::Write(head, message, socket));
-            EXPECT_EQ(socket.written, IPCFrames::Encode(envelope));
-        }
-    }
-    const auto huge = Envelope(7, IPCFrames::kEvent, std::string(kLargest + 1, 'x'));
-    EXPECT_FALSE(IPCFrames::Write({1, IPCFrames::kEvent, 0}, huge, socket));
 }
 
 TEST(FramesTest, StreamsMayBeCutAnywhere)

@@ -157,19 +157,16 @@ TEST_F(RouterTest, ARouterMayGoInItsOwnHandler)
     EXPECT_EQ(Effects(), "+1000 connected\n");
 }
 
-TEST_F(RouterTest, DisconnectedHandlerMayHoldTheRouter)
+TEST_F(RouterTest, MessagesOfEachSizeArriveWholeButForThoseBeyondAFrame)
 {
     ServeAndConnect();
-    std::weak_ptr<IPCMessageRouterIF> held = m_client;
-    m_client->Disconnect();
-    m_runtime.Advance(1000);
-    const auto sockets = m_runtime.Net().Served(kPath);
-    ASSERT_EQ(sockets.size(), 1U);
-    m_clientListener.reset();
-    m_client->Connect(sockets[0], [router = m_client] { FAIL(); });
-    m_client->Disconnect();
-    m_client.reset();
-    EXPECT_TRUE(held.expired());
+    for (const std::size_t size : {0U, 3U, 200U, 70'000U}) {
+        const std::string text(size, 'x');
+        Ask(1, text);
+        m_runtime.RunUntilIdle();
+        EXPECT_EQ(Effects(), "asked " + text + "\nanswer " + text + "\n");
+    }
+    EXPECT_FALSE(Ask(1, std::string(Orlu::Limits::kFrameBytes, 'x')));
 }
 
 TEST_F(RouterTest, RequestsThatNobodyAnswersAreBounded)
