@@ -72,6 +72,13 @@ Figure CompareRounds(const std::string& what, const std::string& unit, int decim
     return {what, unit, decimals, Median(service), Median(floor), Median(ratios), goal};
 }
 
+Figure GrowthFigure(const std::string& what, std::uint64_t before, std::uint64_t after)
+{
+    constexpr double kMostKiB = 64;
+    const double growth = static_cast<double>(after) - static_cast<double>(before);
+    return {what, "KiB", 0, growth, {}, {}, Goal{Goal::Kind::AtMost, kMostKiB}};
+}
+
 std::string RenderTable(const std::vector<Figure>& figures)
 {
     std::vector<Row> rows = {{"What", "service", "floor", "ratio", "goal", "met"}};

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -40,6 +41,9 @@ struct Figure {
 Figure CompareRounds(const std::string& what, const std::string& unit, int decimals,
                      const std::vector<double>& service, const std::vector<double>& floor,
                      std::optional<Goal> goal = std::nullopt);
+
+/// A row for memory in KiB that should not have grown: by 64 KiB at most.
+Figure GrowthFigure(const std::string& what, std::uint64_t before, std::uint64_t after);
 
 /// The rows as a table in Markdown.
 std::string RenderTable(const std::vector<Figure>& figures);

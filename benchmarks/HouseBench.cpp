@@ -17,17 +17,29 @@ namespace Bench {
 
 namespace {
 
-using Measurement = std::vector<Figure> (*)(const Place&, const Effort&);
+struct Measurement {
+    std::string name;
+    std::vector<Figure> (*measure)(const Place&, const Effort&);
+};
 
-std::vector<Figure> MeasureAll(const Effort& effort, const std::string& nginx)
+const std::vector<Measurement> kMeasurements = {
+    {"keys", MeasureKeyRoad},       {"peers", MeasurePeers}, {"key-growth", MeasureKeyGrowth},
+    {"local-api", MeasureLocalApi}, {"syncs", MeasureSyncs}, {"sync-growth", MeasureSyncGrowth},
+    {"start", MeasureStartUp},      {"idle", MeasureIdle},
+};
+
+/// All of them if `only` is empty.
+std::vector<Figure> MeasureAll(const Effort& effort, const std::string& nginx,
+                               const std::string& lircd, const std::string& only)
 {
     const TemporaryFolder folder;
     const Place place{std::filesystem::read_symlink("/proc/self/exe").parent_path(), folder.Path(),
-                      nginx};
+                      nginx, lircd};
     std::vector<Figure> figures;
-    for (const Measurement measure :
-         {MeasureKeyRoad, MeasureLocalApi, MeasureSyncs, MeasureStartUp, MeasureIdle}) {
-        std::ranges::move(measure(place, effort), std::back_inserter(figures));
+    for (const auto& [name, measure] : kMeasurements) {
+        if (only.empty() || only == name) {
+            std::ranges::move(measure(place, effort), std::back_inserter(figures));
+        }
     }
     return figures;
 }
@@ -38,6 +50,10 @@ int Main(int argc, char** argv)
     Effort effort;
     bool check = false;
     std::string nginx;
+    std::string lircd;
+    std::string only;
+    std::vector<std::string> names;
+    std::ranges::transform(kMeasurements, std::back_inserter(names), &Measurement::name);
     app.add_option("--rounds", effort.rounds, "Rounds of each measurement")
         ->check(CLI::Range(1, 1000));
     app.add_option("--one-by-one", effort.keysOneByOne, "Keys a round, one at a time")
@@ -47,6 +63,8 @@ int Main(int argc, char** argv)
     app.add_option("--gets", effort.gets, "Requests a round to the local API")
         ->check(CLI::PositiveNumber);
     app.add_option("--nginx", nginx, "The program that is the local API's floor");
+    app.add_option("--lircd", lircd, "The program to measure keys, start and memory beside");
+    app.add_option("--only", only, "One measurement instead of all")->check(CLI::IsMember(names));
     app.add_option("--idle", effort.idle, "Idle time to watch, in s");
     app.add_option("--log-level", effort.logLevel, "The service's log level");
     app.add_flag("--check", check, "Exit with 1 if a goal is missed");
@@ -55,7 +73,7 @@ int Main(int argc, char** argv)
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : 2;
     }
-    const auto figures = MeasureAll(effort, nginx);
+    const auto figures = MeasureAll(effort, nginx, lircd, only);
     fmt::print("{}", RenderTable(figures));
     return check && !std::ranges::all_of(figures, &Figure::IsMet) ? 1 : 0;
 }

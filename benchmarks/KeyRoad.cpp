@@ -10,6 +10,7 @@ namespace Bench {
 namespace {
 
 constexpr std::size_t kWindow = 64;
+constexpr std::size_t kMillion = 1'000'000;
 
 /// What one chain gave, one value a round; times in µs.
 struct Rounds {
@@ -99,6 +100,16 @@ std::vector<Figure> MeasureKeyRoad(const Place& place, const Effort& effort)
         }
     }
     return Report(rounds[0], rounds[1], rounds[2]);
+}
+
+std::vector<Figure> MeasureKeyGrowth(const Place& place, const Effort& effort)
+{
+    Chain chain(place.roots / "growth", {place.ProgramPath("TrellanService")}, effort.logLevel);
+    chain.client.SendKeys(kMillion / 10, kWindow);
+    const auto before = chain.program.ReadMemory().dirty;
+    chain.client.SendKeys(kMillion, kWindow);
+    const auto after = chain.program.ReadMemory().dirty;
+    return {GrowthFigure("dirty memory, growth over a million keys", before, after)};
 }
 
 }  // namespace Bench

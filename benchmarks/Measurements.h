@@ -25,6 +25,9 @@ struct Effort {
 /// with an empty relay in the service's place.
 std::vector<Figure> MeasureKeyRoad(const Place& place, const Effort& effort);
 
+/// How much dirty memory a million keys leave behind.
+std::vector<Figure> MeasureKeyGrowth(const Place& place, const Effort& effort);
+
 /// From exec to a client's first connection and first answer, beside a program that has the
 /// service's libraries and only listens.
 std::vector<Figure> MeasureStartUp(const Place& place, const Effort& effort);
@@ -36,6 +39,13 @@ std::vector<Figure> MeasureLocalApi(const Place& place, const Effort& effort);
 /// A sync of twenty code sets, from the source list to the word that it is done, beside a program
 /// that posts, loads and asks for the same; and what of it store and log take.
 std::vector<Figure> MeasureSyncs(const Place& place, const Effort& effort);
+
+/// How much dirty memory a thousand syncs leave behind.
+std::vector<Figure> MeasureSyncGrowth(const Place& place, const Effort& effort);
+
+/// A key's way to its frame, the start and the memory beside lircd, which writes its pulses to a
+/// socket and is kept from sleeping. Nothing without an lircd.
+std::vector<Figure> MeasurePeers(const Place& place, const Effort& effort);
 
 /// Memory and wake-ups with a client, LpmService and the local API connected and nothing to do.
 std::vector<Figure> MeasureIdle(const Place& place, const Effort& effort);

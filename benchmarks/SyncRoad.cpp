@@ -19,6 +19,10 @@ namespace {
 
 constexpr unsigned kCodesets = 20;
 constexpr std::size_t kSyncsARound = 8;
+constexpr std::size_t kSyncsOfGrowth = 1000;
+
+/// A cloud gives a thousand code sets.
+constexpr std::size_t kSyncsACloud = 40;
 
 /// Twenty of the forty televisions that the cloud's own catalogue has of one brand.
 std::vector<std::string> Names(bool second)
@@ -88,9 +92,11 @@ private:
 /// All of the product's processes, and a second LpmService for the sync by hand, as what a blaster
 /// says goes to every client.
 struct Product {
-    Product(const Place& place, const std::filesystem::path& root, int logLevel)
-        : cloudPort(LayOut(root)),
-          cloud({place.ProgramPath("UeiCloud"), "--port", std::to_string(cloudPort)}, root, 2),
+    Product(const Place& place, const std::filesystem::path& folder, int logLevel)
+        : root(folder),
+          cloudPort(LayOut(root)),
+          cloudCommand({place.ProgramPath("UeiCloud"), "--port", std::to_string(cloudPort)}),
+          cloud(std::in_place, cloudCommand, root, 2),
           lpm({place.ProgramPath("LpmService")}, root, 2),
           apiPort(std::to_string(FreePort())),
           api({place.ProgramPath("PorticoServer"), "--port", apiPort}, root, 2),
@@ -105,19 +111,28 @@ struct Product {
         client.Sync(Names(true));
     }
 
-    static std::uint16_t LayOut(const std::filesystem::path& root)
+    static std::uint16_t LayOut(const std::filesystem::path& folder)
     {
-        LayOutRoot(root);
-        LayOutRoot(root / "second");
+        LayOutRoot(folder);
+        LayOutRoot(folder / "second");
         const auto port = FreePort();
-        std::filesystem::create_directories(root / "opt/Orlu/etc/UEI");
-        std::ofstream(root / "opt/Orlu/etc/UEI/WRLD_linux.conf")
+        std::filesystem::create_directories(folder / "opt/Orlu/etc/UEI");
+        std::ofstream(folder / "opt/Orlu/etc/UEI/WRLD_linux.conf")
             << fmt::format(R"({{"cloudUrl": "http://127.0.0.1:{}/qsp/v1"}})", port);
         return port;
     }
 
+    void RestartCloud()
+    {
+        cloud.reset();
+        cloud.emplace(cloudCommand, root, 2);
+        const HttpReader listening(cloudPort);
+    }
+
+    std::filesystem::path root;
     std::uint16_t cloudPort;
-    Program cloud;
+    std::vector<std::string> cloudCommand;
+    std::optional<Program> cloud;
     Program lpm;
     std::string apiPort;
     Program api;
@@ -170,6 +185,24 @@ std::vector<Figure> MeasureSyncs(const Place& place, const Effort& effort)
     };
     std::filesystem::remove_all(memory);
     return figures;
+}
+
+std::vector<Figure> MeasureSyncGrowth(const Place& place, const Effort& effort)
+{
+    Product product(place, place.roots / "syncs", effort.logLevel);
+    const auto sync = [&product](std::size_t times) {
+        for (std::size_t i = 0; i < times; ++i) {
+            if (i % kSyncsACloud == 0) {
+                product.RestartCloud();
+            }
+            product.client.Sync(Names(i % 2 != 0));
+        }
+    };
+    sync(kSyncsOfGrowth / 10);
+    const auto before = product.service.ReadMemory().dirty;
+    sync(kSyncsOfGrowth);
+    return {GrowthFigure("dirty memory, growth over a thousand syncs", before,
+                         product.service.ReadMemory().dirty)};
 }
 
 }  // namespace Bench

@@ -18,15 +18,14 @@
 namespace Cloud {
 
 /// Builds the small catalogue into a file, whose path it gives.
-inline std::string BuildOwn(const std::string& name)
+inline std::string BuildOwn()
 {
     const std::string folder = OWN_SOURCE_FOLDER;
-    std::string path = testing::TempDir() + name + "." + std::to_string(getpid());
+    std::string path = testing::TempDir() + "own." + std::to_string(getpid());
+    const auto text = SystemUtils::ReadFile(folder + "/own.json");
     Collection collection;
     std::string why;
-    EXPECT_TRUE(AddSource(SystemUtils::ReadFile(folder + "/own.json").value_or(""), folder,
-                          collection, why))
-        << why;
+    EXPECT_TRUE(AddSource(text.value_or(""), folder, collection, why)) << why;
     EXPECT_TRUE(WriteCatalogue(collection, path, why)) << why;
     return path;
 }
@@ -34,9 +33,10 @@ inline std::string BuildOwn(const std::string& name)
 /// The small catalogue, open; its file is gone already.
 inline std::unique_ptr<Catalogue> OpenOwn()
 {
-    const std::string path = BuildOwn("own");
+    const std::string path = BuildOwn();
     std::string why;
     auto catalogue = Catalogue::Open(path, why);
+    EXPECT_TRUE(catalogue) << why;
     std::remove(path.c_str());
     return catalogue;
 }

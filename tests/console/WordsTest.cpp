@@ -11,10 +11,7 @@ TEST(Words, StandBetweenBlanksOrInQuotes)
 {
     using List = std::vector<std::string>;
     const std::string binary("\0\x80\r", 3);
-    const struct {
-        std::string line;
-        std::optional<List> words;
-    } rows[] = {
+    const std::pair<std::string, std::optional<List>> rows[] = {
         {"", List{}},
         {" \t ", List{}},
         {"trs  get_version\t", List{"trs", "get_version"}},
@@ -24,9 +21,9 @@ TEST(Words, StandBetweenBlanksOrInQuotes)
         {"it's", std::nullopt},
         {"a \"", std::nullopt},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.line);
-        EXPECT_EQ(SplitWords(row.line), row.words);
+    for (const auto& [line, words] : rows) {
+        SCOPED_TRACE(line);
+        EXPECT_EQ(SplitWords(line), words);
     }
 }
 

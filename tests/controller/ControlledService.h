@@ -11,24 +11,25 @@
 #include "controller/Messages.h"
 #include "controller/ServiceLink.h"
 #include "orlu/Network.h"
+#include "support/Effects.h"
 
 namespace Controller {
 
 /// The service's side: notes what arrives with its time, and answers with what it got, or not.
 class Service {
 public:
-    Service() : m_task(IL::CreateTask("service", "")) {}
-
-    void Serve()
+    explicit Service(Effects& effects) : m_effects(effects)
     {
-        m_listener = IL::CreateServerListener("service", m_task.get());
         m_listener->Serve(
             IPCDirectory::Get().Lookup(kServiceName),
-            AsyncCallback<Orlu::SocketPtr>(
-                [this](const Orlu::SocketPtr& socket) { Accept(socket); }, m_task.get()));
+            {[this](const Orlu::SocketPtr& socket) { Accept(socket); }, m_task.get()});
     }
 
-    void Run(std::function<void()> work) { IL::BreakThread(std::move(work), m_task.get()); }
+    void Run(std::function<void()> work)
+    {
+        IL::BreakThread(std::move(work), m_task.get());
+        static_cast<VirtualRuntime&>(Orlu::Runtime()).RunUntilIdle();
+    }
 
     void Close()
     {
@@ -54,7 +55,6 @@ public:
 
     bool answers = true;
     int clients = 0;
-    std::function<void(std::string)> note;
 
 private:
     void Accept(const Orlu::SocketPtr& socket)
@@ -70,8 +70,8 @@ private:
 
     void Arrived(const IPCMessageEnvelope& envelope)
     {
-        note("service " + std::to_string(envelope.id()) + " " +
-             MessageLine(envelope).value_or("?"));
+        m_effects.Add("service " + std::to_string(envelope.id()) + " " +
+                      MessageLine(envelope).value_or("?"));
         if (envelope.token() == 0) {
             return;
         }
@@ -82,8 +82,10 @@ private:
         }
     }
 
-    std::shared_ptr<NotifyTargetTaskIF> m_task;
-    std::shared_ptr<APServerSocketListenerIF> m_listener;
+    Effects& m_effects;
+    std::shared_ptr<NotifyTargetTaskIF> m_task = IL::CreateTask("service", "");
+    std::shared_ptr<APServerSocketListenerIF> m_listener =
+        IL::CreateServerListener("service", m_task.get());
     IPCMessageRouterPtr m_router;
     std::vector<IPCMessageEnvelope> m_held;
 };

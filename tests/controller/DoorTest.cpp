@@ -2,8 +2,6 @@
 
 #include "controller/Door.h"
 
-#include <utility>
-
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
@@ -19,21 +17,8 @@ using namespace TrellanServiceMessages;
 
 class DoorTest : public ::testing::Test {
 protected:
-    DoorTest()
-    {
-        service.note = [this](const std::string& text) {
-            Note(text);
-        };
-    }
-
-    void Note(const std::string& text)
-    {
-        effects += fmt::format("+{} {}\n", runtime.Elapsed(), text);
-    }
-
     void Start()
     {
-        service.Serve();
         IL::BreakThread([this] { door.Start(); }, task.get());
         runtime.RunUntilIdle();
     }
@@ -41,11 +26,11 @@ protected:
     void Key(const std::string& key, bool held)
     {
         const auto body = fmt::format(R"({{"codeset":"T1","key":"{}","held":{}}})", key, held);
-        IL::BreakThread([this, body] { Note(door.Key(body).value_or("done")); }, task.get());
+        IL::BreakThread([this, body] { effects.Add(door.Key(body).value_or("done")); }, task.get());
         runtime.RunUntilIdle();
     }
 
-    std::string Take() { return std::exchange(effects, {}); }
+    std::string Take() { return effects.Take(); }
 
     static std::string Pressed(int key, const char* action)
     {
@@ -56,11 +41,11 @@ protected:
     }
 
     VirtualRuntime runtime;
-    std::string effects;
-    Service service;
+    Effects effects{runtime};
+    Service service{effects};
     std::shared_ptr<NotifyTargetTaskIF> task = IL::CreateTask("door", "");
     Door door{task.get(), [this](const std::string& path, const std::string& json) {
-                  Note(path + " " + json);
+                  effects.Add(path + " " + json);
               }};
 };
 
@@ -77,13 +62,13 @@ TEST_F(DoorTest, HoldsAKeyUntilItIsLetGoAnotherIsPressedOrItsPageHasDied)
     Key("play", false);
     Key("tv_power", false);
     Key("tv_power", false);
-    EXPECT_EQ(Take(), "+1800 done\n+1800 done\n+1800 " + Pressed(36, "END") + "+1800 done\n");
+    EXPECT_EQ(Take(), "+0 done\n+0 done\n+0 " + Pressed(36, "END") + "+0 done\n");
     Key("tv_power", true);
     Key("play", true);
-    EXPECT_EQ(Take(), "+1800 done\n+1800 " + Pressed(36, "CONTINUOUS") + "+1800 done\n+1800 " +
-                          Pressed(36, "END") + "+1800 " + Pressed(85, "CONTINUOUS"));
+    EXPECT_EQ(Take(), "+0 done\n+0 " + Pressed(36, "CONTINUOUS") + "+0 done\n+0 " +
+                          Pressed(36, "END") + "+0 " + Pressed(85, "CONTINUOUS"));
     runtime.Advance(5000);
-    EXPECT_EQ(Take(), "+2800 " + Pressed(85, "END"));
+    EXPECT_EQ(Take(), "+1000 " + Pressed(85, "END"));
 }
 
 TEST_F(DoorTest, RefusesWhatIsNoPressAndPressesWithoutAService)

@@ -13,44 +13,27 @@ namespace {
 
 TEST(ReplyScript, RefusesWhatIsNoScriptAndKeepsTheOneBefore)
 {
-    const struct {
-        const char* text;
-        const char* why;
-    } rows[] = {
-        {"{]", "* Line 1, Column 2   Missing '}' or object member name "},
-        {"[]", "not an object"},
-        {"{}", "\"replies\" is not an array"},
-        {R"({"replies": {}})", "\"replies\" is not an array"},
-        {R"({"reply": []})", "unknown member \"reply\""},
-        {R"({"replies": [7]})", "reply 0: not an object"},
-        {R"({"replies": [{"status": 7}]})", "reply 0: \"command\" is no text like \"0x22\""},
-        {R"({"replies": [{"command": "0x100"}]})", "reply 0: \"command\" is no text like \"0x22\""},
-        {R"({"replies": [{"command": "0x22"}, {"command": "0x22", "staus": 7}]})",
-         "reply 1: unknown member \"staus\""},
-        {R"({"replies": [{"command": "0x22", "status": 256}]})",
-         "reply 0: \"status\" is out of range"},
-        {R"({"replies": [{"command": "0x22", "delayMs": "20"}]})",
-         "reply 0: \"delayMs\" is not a whole number"},
-        {R"({"replies": [{"command": "0x22", "times": -1}]})",
-         "reply 0: \"times\" is out of range"},
-        {R"({"replies": [{"command": "0x22", "silent": 1}]})",
-         "reply 0: \"silent\" is not true or false"},
-        {R"({"replies": [{"command": "0x22", "bulkResult": -4}]})",
-         "reply 0: \"bulkResult\" is out of range"},
-        {R"({"replies": [{"command": "0x22", "raw": "010"}]})",
-         "reply 0: \"raw\" is no hexadecimal bytes"},
-        {"{\"replies\": []}\xff", "too long, or not UTF-8"},
+    const std::pair<const char*, const char*> rows[] = {
+        {R"("command": "0x100")", "\"command\" is no text like \"0x22\""},
+        {R"("command": "0x22", "staus": 7)", "unknown member \"staus\""},
+        {R"("command": "0x22", "delayMs": "20")", "\"delayMs\" is not a whole number"},
+        {R"("command": "0x22", "times": -1)", "\"times\" is out of range"},
+        {R"("command": "0x22", "silent": 1)", "\"silent\" is not true or false"},
+        {R"("command": "0x22", "raw": "010")", "\"raw\" is no hexadecimal bytes"},
     };
     std::string why;
     ReplyScript script;
     ASSERT_TRUE(script.Load(R"({"replies": [{"command": "0x22", "status": 7}]})", why)) << why;
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.text);
-        EXPECT_FALSE(script.Load(row.text, why));
-        EXPECT_EQ(why, row.why);
-        EXPECT_EQ(script.Take(0x22).status, 7);
+    for (const auto& [members, reason] : rows) {
+        EXPECT_FALSE(script.Load(fmt::format(R"({{"replies": [{{{}}}]}})", members), why));
+        EXPECT_EQ(why, std::string("reply 0: ") + reason);
     }
-    EXPECT_FALSE(script.Load("{\"replies\":" + std::string(100, '['), why));
+    for (const std::string& text :
+         {std::string("{}"), std::string(R"({"reply": []})"), std::string(R"({"replies": [7]})"),
+          std::string("{\"replies\": []}\xff"), "{\"replies\":" + std::string(100, '[')}) {
+        EXPECT_FALSE(script.Load(text, why)) << text;
+    }
+    EXPECT_EQ(script.Take(0x22).status, 7);
 }
 
 TEST(ReplyScript, BendsAnswersWhileItsTimesLast)
@@ -95,10 +78,8 @@ TEST(ReplyScript, BendsBothAnswersToAStore)
         const char* list;
     } rows[] = {
         {R"("status": 7)", "+0 a reply 65539 result 0\n+0 a event 83 0107\n", "020000"},
-        {R"("bulkResult": -1)", "+0 a reply 65539 result -1\n", "020000"},
         {R"("bulkResult": -3, "delayMs": 30)", "+30 a reply 65539 result -3\n", "020000"},
         {R"("silent": true)", "+0 a reply 65539 result 0\n", "0400010803"},
-        {R"("status": 8)", "+0 a reply 65539 result 0\n+0 a event 83 0108\n", "0400010803"},
         {R"("delayMs": 40)", "+0 a reply 65539 result 0\n+40 a event 83 0100\n", "0400010803"},
     };
     Bench bench;

@@ -134,10 +134,7 @@ TEST_F(FilesTest, WhatIsNoRegularFileOrTooLargeIsRefused)
     std::filesystem::create_symlink("loop", root.Path() + "/dir/loop");
     root.Write("/dir/large", std::string(Orlu::Limits::kFileBytes + 1, 'x'));
     root.Write("/dir/largest", std::string(Orlu::Limits::kFileBytes, 'x'));
-    const struct {
-        const char* path;
-        const char* log;
-    } rows[] = {
+    const std::pair<const char*, const char*> rows[] = {
         {"/dir/absent", ""},
         {"/dir/dangling", ""},
         {"/dir", "2 SystemUtils: /dir cannot be read: not a regular file\n"},
@@ -146,11 +143,9 @@ TEST_F(FilesTest, WhatIsNoRegularFileOrTooLargeIsRefused)
          "2 SystemUtils: /dir/loop cannot be read: Too many levels of symbolic links\n"},
         {"/dir/large", "2 SystemUtils: /dir/large cannot be read: too large\n"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.path);
-        capture.Take();
-        EXPECT_EQ(SystemUtils::ReadFile(row.path), std::nullopt);
-        EXPECT_EQ(capture.Lines(), row.log);
+    for (const auto& [path, log] : rows) {
+        EXPECT_EQ(SystemUtils::ReadFile(path), std::nullopt) << path;
+        EXPECT_EQ(capture.Take(), log) << path;
     }
     EXPECT_EQ(SystemUtils::ReadFile("/dir/largest")->size(), Orlu::Limits::kFileBytes);
 }
@@ -189,23 +184,20 @@ TEST_F(FilesTest, DeletingTellsTheGivenLogger)
 
 TEST_F(FilesTest, ManufacturingDataIsReadOnceAndBadDataCountsAsNone)
 {
-    const struct {
-        const char* text;
-        std::optional<std::string> type;
-    } rows[] = {
+    const std::pair<const char*, std::optional<std::string>> rows[] = {
         {R"({"productType": "eddie", "number": 5})", "eddie"},
         {R"({"productType": 5})", std::nullopt},
         {R"({"productType": "eddie")", std::nullopt},
         {R"(["productType"])", std::nullopt},
         {"", std::nullopt},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.text);
-        root.Write("/opt/Orlu/etc/MfgData.json", row.text);
+    for (const auto& [text, type] : rows) {
+        SCOPED_TRACE(text);
+        root.Write("/opt/Orlu/etc/MfgData.json", text);
         MfgData::Reload();
-        EXPECT_EQ(MfgData::Get("productType"), row.type);
+        EXPECT_EQ(MfgData::Get("productType"), type);
         root.Write("/opt/Orlu/etc/MfgData.json", R"({"productType": "later"})");
-        EXPECT_EQ(MfgData::Get("productType"), row.type);
+        EXPECT_EQ(MfgData::Get("productType"), type);
         EXPECT_EQ(MfgData::Get("number"), std::nullopt);
     }
     MfgData::Reload();

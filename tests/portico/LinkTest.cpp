@@ -6,36 +6,22 @@ namespace PorticoApi {
 namespace {
 
 const std::string kRegister = R"({"type":"register","id":1,"method":"PUT","path":"/own"})";
-const std::string kInterest = R"({"type":"interest","id":9,"paths":["/own","/network/status"]})";
 
 class LinkTest : public ApiFixture {
 protected:
     LinkTest() { Start(); }
-
-    /// Sends and waits until the server has worked off all before it.
-    static void Settle(Service& service)
-    {
-        service.Send(R"({"type":"request","id":99,"method":"GET","path":"/nothing"})");
-        EXPECT_TRUE(service.Read().starts_with(R"({"type":"answer","id":99,"error":true})"));
-    }
-    void AskFromOwn(Consumer& consumer, const std::string& body) const
-    {
-        consumer.Send("PUT /own HTTP/1.1\r\nHost: localhost:" + std::to_string(Port()) +
-                      "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
-    }
 };
 
 TEST_F(LinkTest, CarriesRequestsToTheServiceAndItsAnswersBack)
 {
     Service service(Port());
-    service.Send(kRegister);
-    Settle(service);
+    service.Settle(kRegister);
     Consumer first(Port());
     Consumer second(Port());
-    AskFromOwn(first, "{\"a\":1}");
+    first.Request("PUT", "/own", "{\"a\":1}");
     EXPECT_EQ(service.Read(),
               "{\"type\":\"request\",\"id\":1,\"method\":\"PUT\",\"path\":\"/own\"}\n{\"a\":1}");
-    AskFromOwn(second, "{\"a\":2}");
+    second.Request("PUT", "/own", "{\"a\":2}");
     EXPECT_EQ(service.Read(),
               "{\"type\":\"request\",\"id\":2,\"method\":\"PUT\",\"path\":\"/own\"}\n{\"a\":2}");
     service.Send("{\"type\":\"answer\",\"id\":2}\n{\"b\":2}");
@@ -47,7 +33,7 @@ TEST_F(LinkTest, CarriesRequestsToTheServiceAndItsAnswersBack)
     for (const auto& [error, status] :
          {std::pair{"{\"code\":409}", "409 {\"code\":409}"},
           std::pair{"{\"code\":7}", "500 {\"code\":7}"}, std::pair{"no JSON", "500 {\"guid\""}}) {
-        AskFromOwn(first, "{}");
+        first.Request("PUT", "/own", "{}");
         const auto id = service.Read().substr(23, 1);
         service.Send("{\"type\":\"answer\",\"id\":" + id + ",\"error\":true}\n" + error);
         EXPECT_TRUE(first.Read().starts_with(status));
@@ -73,47 +59,16 @@ TEST_F(LinkTest, PassesChangesOfAServicesOwnResourcesToWhoeverListens)
     EXPECT_EQ(events.ReadTo("\n\n"), "data: {\"path\":\"/own\",\"body\":null}\n\n");
 }
 
-TEST_F(LinkTest, TellsOfReadinessAndNotifications)
-{
-    Service watcher(Port(), "watcher");
-    watcher.Send(kInterest);
-    watcher.Send(R"({"type":"subscribe","id":4,"path":"/network/status"})");
-    Settle(watcher);
-    Consumer consumer(Port());
-    {
-        Service service(Port());
-        service.Send(kRegister);
-        EXPECT_EQ(watcher.Read(), R"({"type":"ready","id":9})");
-        consumer.Ask("PUT", "/network/status", R"({"isPrimaryUp":false})");
-        EXPECT_EQ(watcher.Read(), "{\"type\":\"notify\",\"id\":4}\n{\"isPrimaryUp\":false}");
-        consumer.Ask("DELETE", "/network/status");
-        EXPECT_EQ(watcher.Read(), R"({"type":"notReady","id":9})");
-        consumer.Ask("PUT", "/network/status", "{}");
-        EXPECT_EQ(watcher.Read(), R"({"type":"ready","id":9})");
-        EXPECT_EQ(watcher.Read(), "{\"type\":\"notify\",\"id\":4}\n{}");
-    }
-    EXPECT_EQ(watcher.Read(), R"({"type":"notReady","id":9})");
-    EXPECT_EQ(consumer.Ask("PUT", "/own", "{}").substr(0, 3), "503");
-    watcher.Send(R"({"type":"withdraw","id":9})");
-    watcher.Send(
-        "{\"type\":\"request\",\"id\":5,\"method\":\"PUT\",\"path\":\"/network/status\"}\n{}");
-    EXPECT_EQ(watcher.Read(), "{\"type\":\"notify\",\"id\":4}\n{}");
-    EXPECT_EQ(watcher.Read(), "{\"type\":\"answer\",\"id\":5}\n{}");
-}
-
 TEST_F(LinkTest, TheLaterServiceServesAndNoneTakesTheProductsOwn)
 {
     Service earlier(Port());
-    earlier.Send(kRegister);
-    Settle(earlier);
+    earlier.Settle(kRegister);
     Service later(Port());
     later.Send(R"({"type":"register","id":1,"method":"GET","path":"/network/status"})");
-    later.Send(kRegister);
-    earlier.Send(R"({"type":"withdraw","id":1})");
-    Settle(earlier);
-    Settle(later);
+    later.Settle(kRegister);
+    earlier.Settle(R"({"type":"withdraw","id":1})");
     Consumer consumer(Port());
-    AskFromOwn(consumer, "{}");
+    consumer.Request("PUT", "/own", "{}");
     EXPECT_TRUE(later.Read().starts_with(R"({"type":"request","id":1)"));
     EXPECT_EQ(Consumer(Port()).Ask("GET", "/network/status"), R"(200 {"isPrimaryUp":true})");
 }
@@ -126,35 +81,33 @@ TEST_F(LinkTest, WhoeverWaitsIsToldWhenTheServiceGoesOrKeepsSilent)
     Consumer consumer(Port());
     {
         Service service(Port());
-        service.Send(kRegister);
-        Settle(service);
+        service.Settle(kRegister);
         {
             Consumer gone(Port());
-            AskFromOwn(gone, "{}");
+            gone.Request("PUT", "/own", "{}");
             service.Read();
         }
-        AskFromOwn(consumer, "{}");
+        consumer.Request("PUT", "/own", "{}");
         EXPECT_EQ(consumer.Read().substr(0, 3), "504");
-        service.Send("{\"type\":\"answer\",\"id\":1}\n{}");
-        service.Send("{\"type\":\"answer\",\"id\":2}\n{}");
         service.Read();
-        Settle(service);
-        AskFromOwn(consumer, "{}");
+        service.Send("{\"type\":\"answer\",\"id\":1}\n{}");
+        service.Settle("{\"type\":\"answer\",\"id\":2}\n{}");
+        consumer.Request("PUT", "/own", "{}");
         service.Read();
     }
     EXPECT_EQ(consumer.Read().substr(0, 3), "503");
+    EXPECT_EQ(consumer.Ask("PUT", "/own", "{}").substr(0, 3), "503");
 }
 
 TEST_F(LinkTest, ConsumersThatLeaveBeforeTheirAnswerLeaveNothingBehind)
 {
     Service service(Port());
-    service.Send(kRegister);
-    Settle(service);
+    service.Settle(kRegister);
     {
         std::vector<std::unique_ptr<Consumer>> crowd;
         for (int i = 0; i < 63; ++i) {
             crowd.push_back(std::make_unique<Consumer>(Port()));
-            AskFromOwn(*crowd.back(), "{}");
+            crowd.back()->Request("PUT", "/own", "{}");
             service.Read();
         }
         EXPECT_EQ(Consumer(Port()).Ask("GET", "/network/status"), "closed");
@@ -164,17 +117,15 @@ TEST_F(LinkTest, ConsumersThatLeaveBeforeTheirAnswerLeaveNothingBehind)
         answer = Consumer(Port()).Ask("GET", "/network/status");
     }
     EXPECT_EQ(answer, R"(200 {"isPrimaryUp":true})");
-    service.Send("{\"type\":\"answer\",\"id\":1}\n{}");
-    Settle(service);
+    service.Settle("{\"type\":\"answer\",\"id\":1}\n{}");
 }
 
 TEST_F(LinkTest, CutsOffWhoeverDoesNotReadAndServesTheOthers)
 {
     Service service(Port());
-    service.Send(R"({"type":"subscribe","id":4,"path":"/system/info"})");
-    Settle(service);
+    service.Settle(R"({"type":"subscribe","id":4,"path":"/system/info"})");
     Consumer listener(Port());
-    listener.Send("GET /events HTTP/1.1\r\nHost: localhost:" + std::to_string(Port()) + "\r\n\r\n");
+    listener.Request("GET", "/events");
     listener.ReadTo("\r\n\r\n");
     Consumer consumer(Port());
     const std::string value = R"({"name":")" + std::string(60'000, 'n') + "\"}";
@@ -191,9 +142,9 @@ TEST_F(LinkTest, CutsOffWhoeverDoesNotReadAndServesTheOthers)
 
 TEST_F(LinkTest, EndsTheLinkOfAServiceThatBreaksTheProtocol)
 {
-    std::string flood;
+    std::string flood = "\"/x\"";
     for (int i = 0; i < 300; ++i) {
-        flood += (i == 0 ? "\"/x" : ",\"/x") + std::to_string(i) + "\"";
+        flood += ",\"/x" + std::to_string(i) + "\"";
     }
     for (const std::string& message :
          {std::string("garbage"), std::string("\xff"),
@@ -210,7 +161,7 @@ TEST_F(LinkTest, EndsTheLinkOfAServiceThatBreaksTheProtocol)
     }
     EXPECT_EQ(many.Read(), "closed");
     Service binary(Port());
-    binary.SendBinary(kRegister);
+    binary.Send(kRegister, true);
     EXPECT_EQ(binary.Read(), "closed");
 }
 

@@ -41,6 +41,8 @@ private:
     std::deque<std::string> m_events;
 };
 
+using Paths = PorticoClientIF::Paths;
+
 class PorticoClientTest : public ApiFixture {
 protected:
     ~PorticoClientTest() override
@@ -56,18 +58,15 @@ protected:
         m_client =
             PorticoClient::Create("tested", "localhost", Port(), "meridia", "", connected, {}, {});
     }
-    template <class Message>
-    AsyncCallback<Message> Note(const std::string& word)
+    template <class What>
+    AsyncCallback<What> Note(const std::string& word)
     {
-        return {[events = m_events, word](const Message& message) {
-                    events->Add(word + " " + message.ShortDebugString());
-                },
-                m_task.get()};
-    }
-    AsyncCallback<PorticoClientIF::Paths> NotePaths(const std::string& word)
-    {
-        return {[events = m_events, word](const PorticoClientIF::Paths& paths) {
-                    events->Add(word + " " + paths.at(0));
+        return {[events = m_events, word](const What& what) {
+                    if constexpr (std::is_same_v<What, Paths>) {
+                        events->Add(word + " " + what.at(0));
+                    } else {
+                        events->Add(word + " " + what.ShortDebugString());
+                    }
                 },
                 m_task.get()};
     }
@@ -104,7 +103,7 @@ TEST_F(PorticoClientTest, KeepsItsRegistrationsOverALostLink)
          m_task.get()},
         kLocal, 1.0, "trellan", 0);
     // The last of them: once it is answered, the others are known too.
-    m_client->RegisterEndpointsOfInterest({kStatus}, NotePaths("ready"), NotePaths("notReady"));
+    m_client->RegisterEndpointsOfInterest({kStatus}, Note<Paths>("ready"), Note<Paths>("notReady"));
     Get(kStatus);
     for (int round = 0; round < 2; ++round) {
         Start();
@@ -119,7 +118,10 @@ TEST_F(PorticoClientTest, KeepsItsRegistrationsOverALostLink)
         EXPECT_EQ(consumer.Ask("PUT", "/own", "{}").substr(0, 3), "500");
         const std::string bad = consumer.Ask("PUT", "/own", "{\"isPrimaryUp\":7}");
         EXPECT_TRUE(bad.starts_with(R"(400 {"code":0,"subcode":2005,)")) << bad;
+        consumer.Ask("DELETE", kStatus);
+        EXPECT_EQ(m_events->Next(), "notReady /network/status");
         consumer.Ask("PUT", kStatus, "{\"isPrimaryUp\":false}");
+        EXPECT_EQ(m_events->Next(), "ready /network/status");
         EXPECT_EQ(m_events->Next(), "told isPrimaryUp: false");
         Stop();
         EXPECT_EQ(m_events->Next(), "notReady /network/status");

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <chrono>
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,18 +20,17 @@ using Arguments = std::vector<std::string>;
 /// after a deadline with a failure, so that nothing hangs; killed at the end if it still runs.
 class Program {
 public:
-    Program(const TemporaryRoot& folder, const std::string& name, const Arguments& arguments,
-            const std::map<std::string, std::string>& environment = {});
+    Program(const TemporaryRoot& folder, const std::string& name, const Arguments& arguments);
     ~Program();
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
 
     /// The next line of standard output that contains `part`; lines before it are skipped. Empty,
     /// and a test failure, if none comes.
-    std::string WaitForLine(const std::string& part);
+    std::string WaitForLine(const std::string& part) { return WaitFor(m_out, part); }
 
     /// The same on standard error.
-    std::string WaitForLog(const std::string& part);
+    std::string WaitForLog(const std::string& part) { return WaitFor(m_err, part); }
 
     void WriteLine(const std::string& line) const;
     void Signal(int number) const;

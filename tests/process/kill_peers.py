@@ -174,8 +174,9 @@ class Run:
             sys.exit(f"the service has ended with {self.service.returncode}")
 
     def memory(self):
+        """KiB that are the service's own alone; what it shares depends on who else runs."""
         with open(f"/proc/{self.service.pid}/smaps_rollup", encoding="ascii") as rollup:
-            return next(int(line.split()[1]) for line in rollup if line.startswith("Pss:"))
+            return next(int(line.split()[1]) for line in rollup if line.startswith("Private_Dirty:"))
 
 
 def main():

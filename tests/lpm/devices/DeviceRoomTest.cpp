@@ -5,14 +5,16 @@
 
 #include <gtest/gtest.h>
 
-#include "Wires.h"
 #include "devices/DeviceRoom.h"
 #include "devices/Json.h"
+#include "lpm/Rendered.h"
 
 namespace Lpm {
 namespace {
 
-using Devices::Durations;
+constexpr const char* kTelevision = "television";
+constexpr const char* kBox = "set_top_box";
+constexpr const char* kDisc = "disc_player";
 
 std::string LivingRoom()
 {
@@ -24,39 +26,31 @@ std::string LivingRoom()
 /// The living room, a diode in it, and what the room said since one last looked.
 class DeviceRoomTest : public ::testing::Test {
 protected:
-    void Shine(std::uint32_t carrierHz, const Durations& frame, unsigned ms = 108)
+    /// One press of a key, held for so many repeats.
+    void Shine(std::string_view protocol, std::uint32_t scancode, unsigned repeats = 0)
     {
-        m_room->Shine({carrierHz, frame});
-        m_now += ms;
-    }
-
-    /// One press of a television key, held for so many repeats.
-    void Television(std::string_view command, unsigned repeats = 0)
-    {
-        std::string bits = "1101101000100011" + std::string(command);
-        for (const char bit : command) {
-            bits += bit == '1' ? '0' : '1';
-        }
-        Shine(38000, Devices::NecFrame(bits));
-        for (unsigned i = 0; i < repeats; ++i) {
-            Shine(38000, Devices::NecDitto());
-        }
-        m_now += 1000;
-    }
-
-    void Box(std::string_view command)
-    {
-        const std::string bits = "1110t1000000000110100" + std::string(m_toggle ? "1" : "0");
         m_toggle = !m_toggle;
-        Shine(36000, Devices::Rc6Frame(bits + "0000000" + std::string(command)));
-    }
-
-    void Disc(std::string_view command)
-    {
-        for (unsigned i = 0; i < 3; ++i) {
-            Shine(40000, Devices::SonyFrame(std::string(command) + "0101110010010"), 45);
+        const Rendered light(protocol, scancode, m_toggle);
+        auto frames = light.press;
+        frames.insert(frames.end(), repeats, light.held);
+        for (const auto& frame : frames) {
+            m_room->Shine({light.carrierHz, frame});
+            m_now += protocol == "sony20" ? 45U : 108U;
         }
         m_now += 1000;
+    }
+
+    /// Of one of the room's own devices; `code` is the last byte of its scancode.
+    void Press(const char* device, unsigned code, unsigned repeats = 0)
+    {
+        const std::string_view name = device;
+        if (name == kTelevision) {
+            Shine("necx", 0x5bc400 | code, repeats);
+        } else if (name == kBox) {
+            Shine("rc6_mce", 0x80340000 | code, repeats);
+        } else {
+            Shine("sony20", 0x1a4900 | code, repeats);
+        }
     }
 
     void Cec(std::initializer_list<unsigned> codes)
@@ -67,19 +61,20 @@ protected:
         }
     }
 
-    /// One member of a device's state, as JSON.
-    std::string State(const char* device, const char* member) const
+    /// Some members of a device's state, given and returned as JSON.
+    std::string State(const char* device, const std::string& members) const
     {
-        Json::Value all;
+        Json::Value all, some;
         std::string why;
         Devices::ParseObject(m_room->StateAsJson(), all, why);
-        return Devices::OneLine(all[device][member]);
+        EXPECT_TRUE(Devices::ParseObject(members, some, why)) << members;
+        for (const std::string& member : some.getMemberNames()) {
+            some[member] = all[device][member];
+        }
+        return Devices::OneLine(some);
     }
 
     std::string Lines() { return std::exchange(m_lines, {}); }
-
-    static constexpr std::string_view kPower = "10000000";
-    static constexpr std::string_view kVolumeUp = "01100000";
 
     std::uint64_t m_now = 1000000;
     bool m_toggle = true;
@@ -92,167 +87,79 @@ protected:
 
 TEST_F(DeviceRoomTest, SaysEachSightAndEachChangeInALine)
 {
-    Television(kPower, 1);
-    Television(kVolumeUp, 1);
-    Shine(40000, {2400, 600, 600, 10000});
+    Press(kTelevision, 0x01, 1);
+    m_room->Shine({40000, std::vector<std::uint32_t>{2400, 600, 600, 10000}});
+    Cec({0x41});
     EXPECT_EQ(Lines(),
               R"({"light":{"carrier":38000,"protocol":"necx","repeat":false,"scancode":"0x5bc401"}}
 {"cause":{"protocol":"necx","scancode":"0x5bc401"},"device":"television","state":{"channel":1,"column":0,"input":"tv","mute":false,"power":true,"row":0,"screen":"none","volume":20}}
 {"light":{"carrier":38000,"protocol":"necx","repeat":true,"scancode":"0x5bc401"}}
-{"light":{"carrier":38000,"protocol":"necx","repeat":false,"scancode":"0x5bc406"}}
-{"cause":{"protocol":"necx","scancode":"0x5bc406"},"device":"television","state":{"channel":1,"column":0,"input":"tv","mute":false,"power":true,"row":0,"screen":"none","volume":21}}
-{"light":{"carrier":38000,"protocol":"necx","repeat":true,"scancode":"0x5bc406"}}
-{"cause":{"protocol":"necx","scancode":"0x5bc406"},"device":"television","state":{"channel":1,"column":0,"input":"tv","mute":false,"power":true,"row":0,"screen":"none","volume":22}}
 {"light":{"carrier":40000,"durations":4,"protocol":"unknown"}}
+{"cause":{"cec":"0x41"},"device":"television","state":{"channel":1,"column":0,"input":"tv","mute":false,"power":true,"row":0,"screen":"none","volume":21}}
 )");
 }
 
-TEST_F(DeviceRoomTest, TakesOnlyPowerWhileOff)
+TEST_F(DeviceRoomTest, TakesNothingForeignAndOnlyPowerWhileOff)
 {
-    for (const auto* command : {"01100000", "00010000", "10001000", "11000000"}) {
-        Television(command);
+    Shine("nec", 0x0408);
+    Shine("necx", 0xc14486);
+    Shine("rc6_mce", 0x800f040c);
+    Shine("sony20", 0x1ae215);
+    for (const unsigned code : {0x06U, 0x08U, 0x11U, 0x03U}) {
+        Press(kTelevision, code);
     }
     Cec({0x41, 0x43, 0x30, 0x6c});
-    Disc("0100110");
+    Press(kDisc, 0x32);
     EXPECT_EQ(Lines().find("device"), std::string::npos);
-    Television("01000000");
-    EXPECT_EQ(State("television", "power"), "true");
-    Television("01000000");
-    EXPECT_EQ(State("television", "power"), "true") << "on stays on";
-    Television("11000000");
-    EXPECT_EQ(State("television", "power"), "false");
 }
 
-TEST_F(DeviceRoomTest, LetsEachDeviceSeeItsOwnCodesOnly)
+TEST_F(DeviceRoomTest, FollowsTheKeysOfEachDevice)
 {
-    for (const Devices::Wire& wire : Devices::Wires()) {
-        if (wire.name == "our tv" || wire.name == "our box") {
-            continue;
-        }
-        for (const Durations& frame : wire.press) {
-            Shine(Devices::InfoOf(wire.protocol).carrierHz, frame);
-        }
+    const struct {
+        const char* device;
+        unsigned code;
+        unsigned repeats;
+        const char* state;
+    } rows[] = {
+        {kTelevision, 0x02, 0, R"({"power":true})"},
+        {kTelevision, 0x02, 0, R"({"power":true})"},
+        {kTelevision, 0x06, 7, R"({"volume":28})"},
+        {kTelevision, 0x08, 3, R"({"mute":true})"},
+        {kTelevision, 0x07, 200, R"({"mute":false,"volume":0})"},
+        {kTelevision, 0x24, 2, R"({"input":"hdmi_4"})"},
+        {kTelevision, 0x20, 0, R"({"input":"tv"})"},
+        {kTelevision, 0x05, 0, R"({"channel":999})"},
+        {kTelevision, 0x04, 1, R"({"channel":2})"},
+        {kTelevision, 0x31, 0, R"({"row":0,"screen":"none"})"},
+        {kTelevision, 0x38, 0, R"({"screen":"guide"})"},
+        {kTelevision, 0x31, 2, R"({"row":3})"},
+        {kTelevision, 0x36, 0, R"({"row":0,"screen":"none"})"},
+        {kBox, 0x01, 0, R"({"power":true})"},
+        {kBox, 0x11, 0, R"({"channel":1})"},
+        {kBox, 0x10, 0, R"({"channel":10})"},
+        {kBox, 0x15, 0, R"({"channel":105})"},
+        {kBox, 0x17, 0, R"({"channel":7})"},  // a fourth digit begins a new number
+        {kBox, 0x04, 0, R"({"channel":8})"},
+        {kBox, 0x12, 0, R"({"channel":2})"},  // another key ended the number
+        {kBox, 0x10, 20, R"({"channel":20})"},
+        {kBox, 0x10, 0, R"({"channel":20})"},  // time ended it, and there is no channel 0
+        {kBox, 0x04, 0, R"({"channel":21})"},
+        {kBox, 0x11, 0, R"({"channel":1})"},
+        {kBox, 0x15, 0, R"({"channel":15})"},
+        {kBox, 0x09, 0, R"({"channel":21})"},  // the one before the whole number
+        {kBox, 0x43, 0, R"({"playing":"stopped","recording":true})"},
+        {kBox, 0x42, 0, R"({"playing":"stopped","recording":false})"},
+        {kDisc, 0x15, 0, R"({"power":true})"},
+        {kDisc, 0x39, 0, R"({"playing":"stopped"})"},  // nothing to pause
+        {kDisc, 0x16, 0, R"({"tray":"open"})"},
+        {kDisc, 0x32, 0, R"({"playing":"playing","tray":"closed"})"},
+        {kDisc, 0x39, 0, R"({"playing":"paused"})"},
+        {kDisc, 0x15, 0, R"({"playing":"stopped","power":false})"},
+    };
+    for (const auto& row : rows) {
+        Press(row.device, row.code, row.repeats);
+        EXPECT_EQ(State(row.device, row.state), row.state) << row.device << row.code;
     }
-    EXPECT_EQ(Lines().find("device"), std::string::npos);
-    Disc("1010100");
-    EXPECT_EQ(State("disc_player", "power"), "true");
-    EXPECT_EQ(State("television", "power") + State("set_top_box", "power"), "falsefalse");
-    Box("00000001");
-    EXPECT_EQ(State("set_top_box", "power"), "true");
-    EXPECT_EQ(State("television", "power"), "false");
-}
-
-TEST_F(DeviceRoomTest, StepsTheVolumeWhileHeldWithinItsRange)
-{
-    Television(kPower);
-    Television(kVolumeUp, 7);
-    EXPECT_EQ(State("television", "volume"), "28");
-    Television(kVolumeUp, 100);
-    EXPECT_EQ(State("television", "volume"), "100");
-    Television("00010000", 3);
-    EXPECT_EQ(State("television", "mute"), "true") << "a held mute key mutes once";
-    Television("11100000", 200);
-    EXPECT_EQ(State("television", "volume") + State("television", "mute"), "0false");
-}
-
-TEST_F(DeviceRoomTest, MakesChannelsOutOfDigits)
-{
-    Box("00000001");
-    Box("00010001");
-    Box("00010000");
-    Box("00010101");
-    EXPECT_EQ(State("set_top_box", "channel"), "105");
-    Box("00010111");
-    EXPECT_EQ(State("set_top_box", "channel"), "7") << "a fourth digit begins a new number";
-    Box("00000100");
-    Box("00010010");
-    EXPECT_EQ(State("set_top_box", "channel"), "2") << "another key ends the number";
-    m_now += 2001;
-    Box("00010000");
-    EXPECT_EQ(State("set_top_box", "channel"), "2") << "there is no channel 0";
-    Box("00011001");
-    EXPECT_EQ(State("set_top_box", "channel"), "9");
-    Box("00010001");
-    Box("00000101");
-    EXPECT_EQ(State("set_top_box", "channel"), "90");
-    Box("00001001");
-    EXPECT_EQ(State("set_top_box", "channel"), "91");
-    Box("00010101");
-    Box("00010101");
-    Box("00001001");
-    EXPECT_EQ(State("set_top_box", "channel"), "91") << "the one before the whole number";
-}
-
-TEST_F(DeviceRoomTest, ChoosesInputsAndGoesRoundTheChannels)
-{
-    Television(kPower);
-    Television("11000100");
-    EXPECT_EQ(State("television", "input"), "\"hdmi_3\"");
-    Television("00000100", 2);
-    Television("00000100");
-    EXPECT_EQ(State("television", "input"), "\"tv\"");
-    Television("10100000");
-    EXPECT_EQ(State("television", "channel"), "999");
-    Television("00100000", 1);
-    EXPECT_EQ(State("television", "channel"), "2");
-}
-
-TEST_F(DeviceRoomTest, OpensScreensAndMovesOnThem)
-{
-    Television(kPower);
-    Television("10001100");
-    EXPECT_EQ(State("television", "row"), "0") << "no screen, no cursor";
-    Television("00011100");
-    Television("10001100", 2);
-    Television("11001100");
-    EXPECT_EQ(State("television", "screen") + State("television", "row"), "\"guide\"3");
-    EXPECT_EQ(State("television", "column"), "1");
-    Television("01101100");
-    EXPECT_EQ(State("television", "screen") + State("television", "row"), "\"none\"0");
-}
-
-TEST_F(DeviceRoomTest, PlaysDiscs)
-{
-    Disc("1010100");
-    Disc("1001110");
-    EXPECT_EQ(State("disc_player", "playing"), "\"stopped\"") << "nothing to pause";
-    Disc("0110100");
-    EXPECT_EQ(State("disc_player", "tray"), "\"open\"");
-    Disc("0100110");
-    EXPECT_EQ(State("disc_player", "playing") + State("disc_player", "tray"),
-              "\"playing\"\"closed\"");
-    Disc("1000110");
-    Disc("1001110");
-    EXPECT_EQ(State("disc_player", "playing") + State("disc_player", "chapter"), "\"paused\"2");
-    Disc("1010100");
-    EXPECT_EQ(State("disc_player", "playing") + State("disc_player", "power"), "\"stopped\"false");
-}
-
-TEST_F(DeviceRoomTest, RecordsUntilItStops)
-{
-    Box("00000001");
-    Box("01000011");
-    Box("01000001");
-    EXPECT_EQ(State("set_top_box", "recording") + State("set_top_box", "playing"),
-              "true\"paused\"");
-    Box("01000010");
-    EXPECT_EQ(State("set_top_box", "recording") + State("set_top_box", "playing"),
-              "false\"stopped\"");
-}
-
-TEST_F(DeviceRoomTest, TakesCecKeysOnTheTelevision)
-{
-    Cec({0x40});
-    EXPECT_EQ(
-        Lines(),
-        R"({"cause":{"cec":"0x40"},"device":"television","state":{"channel":1,"column":0,"input":"tv","mute":false,"power":true,"row":0,"screen":"none","volume":20}}
-)");
-    Cec({0x41, 0x41, 0x42, 0x43, 0x24, 0x22, 0x30, 0x6d, 0xff});
-    EXPECT_EQ(State("television", "channel") + State("television", "volume"), "4321");
-    EXPECT_EQ(State("television", "mute") + State("television", "power"), "truetrue");
-    Cec({0x6c});
-    EXPECT_EQ(State("television", "power"), "false");
-    EXPECT_EQ(State("set_top_box", "power"), "false");
 }
 
 TEST_F(DeviceRoomTest, TellsAHeldCecKeyFromANewPress)
@@ -261,17 +168,15 @@ TEST_F(DeviceRoomTest, TellsAHeldCecKeyFromANewPress)
         m_room->ReceiveCecKey(0x40, true);
         m_now += wait;
     }
-    EXPECT_EQ(State("television", "power"), "true") << "one press, held";
     for (unsigned i = 0; i < 3; ++i) {
         m_room->ReceiveCecKey(0x41, true);
         m_now += 400;
     }
-    EXPECT_EQ(State("television", "volume"), "23");
-    m_room->ReceiveCecKey(0x40, true);
-    EXPECT_EQ(State("television", "power"), "false");
-    m_room->ReceiveCecKey(0, false);
-    m_room->ReceiveCecKey(0x40, true);
-    EXPECT_EQ(State("television", "power"), "true") << "released and pressed again at once";
+    EXPECT_EQ(State(kTelevision, R"({"power":0,"volume":0})"), R"({"power":true,"volume":23})");
+    Cec({0x42, 0x43, 0x24, 0x22, 0x30, 0x6d, 0xff, 0x40, 0x40});
+    EXPECT_EQ(State(kTelevision, R"({"channel":0,"mute":0,"power":0,"volume":0})"),
+              R"({"channel":43,"mute":true,"power":true,"volume":22})");
+    EXPECT_EQ(State(kBox, R"({"power":0})"), R"({"power":false})");
 }
 
 }  // namespace
