@@ -4,6 +4,8 @@
 
 #include <optional>
 
+#include <fmt/format.h>
+
 #include "blaster/BlasterFixture.h"
 #include "blaster/BlasterFrames.h"
 
@@ -47,34 +49,29 @@ protected:
         });
     }
 
-    void QueueOSM(const std::string& name)
+    /// Waits for a load; what comes of it is noted behind `name`.
+    template <class Response>
+    void Queue(const std::string& name)
     {
         Run([this, name] {
-            proxy->QueueCallback(
-                Trellan_ServiceBlasterProxy::OSMCallback([this, name](const OSMControlResp_t& r) {
-                    answers += name + " " + r.cicode() + " " + r.lastresult() + "\n";
-                }));
+            proxy->QueueCallback(Callback<Response>(
+                [this, name](const Response& response) { answers += name + Text(response); }));
         });
     }
-
-    void QueueDirectEntry(const std::string& name)
+    static std::string Text(const BulkTransferResponse& response)
     {
-        Run([this, name] {
-            proxy->QueueCallback(Trellan_ServiceBlasterProxy::DirectEntryCallback(
-                [this, name](const DirectEntryResp_t& r) {
-                    answers += name + " " + r.cicode() + " " + r.lastresult() + "\n";
-                }));
-        });
+        return " " + std::to_string(response.result()) + "\n";
     }
-
-    void QueueSourceList(const std::string& name)
+    template <class Response>
+    static std::string Text(const Response& response)
     {
-        Run([this, name] {
-            proxy->QueueCallback(Trellan_ServiceBlasterProxy::SourceListCallback(
-                [this, name](const BulkTransferResponse& r) {
-                    answers += name + " " + std::to_string(r.result()) + "\n";
-                }));
-        });
+        return " " + response.cicode() + " " + response.lastresult() + "\n";
+    }
+    void QueueSourceList(const std::string& name) { Queue<BulkTransferResponse>(name); }
+    void QueueTests()
+    {
+        Queue<OSMControlResp_t>("osm");
+        Queue<DirectEntryResp_t>("direct");
     }
 
     void BlasterDone(const std::string& hex)
@@ -90,48 +87,34 @@ protected:
 
 TEST_F(BlasterProxy, EachWishIsOneFrameUnderItsId)
 {
-    using Proxy = Trellan_ServiceBlasterProxy;
-    struct Row {
-        const char* name;
-        std::function<bool(Proxy&, const AsyncCallback<std::string>&)> wish;
-        const char* sent;
-        const char* answer;
-    };
-    const std::vector<Row> rows = {
-        {"end key", [](Proxy& p, const auto& c) { return p.SendEndKey(c); },
-         "80 request TRS_BlasterMsg_t 2 000100\n", "end key 0207\n"},
-        {"key once", [](Proxy& p, const auto& c) { return p.SendBlasterKey("C0564", 7, 0x80, c); },
-         "80 request TRS_BlasterMsg_t 2 00070112340780"
-         "0000\n",
-         "key once 0207\n"},
-        {"key on", [](Proxy& p, const auto& c) { return p.SendBlasterKey("C0564", 7, 0xFF, c); },
-         "80 request TRS_BlasterMsg_t 2 000701123407ff0000\n", "key on 0207\n"},
-        {"key unasked", [](Proxy& p, const auto& c) { return p.SendBlasterKey("C0564", 7, 0, c); },
-         "82 TRS_BlasterMsg_t 2 000701123407000000\n", "key unasked 0100\n"},
-        {"key map", [](Proxy& p, const auto& c) { return p.GetBlasterKeyMap("C0564", c); },
-         "84 TRS_BlasterMsg_t 2 0003021234\n", "key map 0207\n"},
-        {"reset", [](Proxy& p, const auto& c) { return p.ResetBlaster(c); },
-         "80 request TRS_BlasterMsg_t 2 00020901\n", "reset 0207\n"},
-        {"version", [](Proxy& p, const auto& c) { return p.SendGetVersion(c); },
-         "80 request TRS_BlasterMsg_t 2 00010b\n", "version 0207\n"},
-        {"delete", [](Proxy& p, const auto& c) { return p.DeleteCodesetFromBlaster("C0564", c); },
-         "80 request TRS_BlasterMsg_t 2 00030c1234\n", "delete 0207\n"},
-        {"list", [](Proxy& p, const auto& c) { return p.ListBlasterCodesets(c); },
-         "80 request TRS_BlasterMsg_t 2 000111\n", "list 0207\n"},
-        {"press", [](Proxy& p, const auto& c) { return p.SendCecKeyPress(36, c); },
-         "169 IpcCecKey_t 2 value 36 state 0\n", "press 434543206b65792073656e74\n"},
-        {"release", [](Proxy& p, const auto& c) { return p.SendCecKeyRelease(c); },
-         "169 IpcCecKey_t 2 value 0 state 1\n", "release 434543206b65792073656e74\n"},
-    };
     lpm.ReplyToAll("\x02\x07");
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        bool done = false;
-        Run([this, &row, &done] { done = row.wish(*proxy, Note(row.name)); });
-        EXPECT_TRUE(done);
-        EXPECT_EQ(TakeRecord(), row.sent);
-        EXPECT_EQ(TakeAnswers(), row.answer);
-    }
+    Run([this] {
+        Trellan_ServiceBlasterProxy& p = *proxy;
+        EXPECT_TRUE(p.SendEndKey(Note("end")) && p.SendBlasterKey("C0564", 7, 0x80, Note("once")) &&
+                    p.SendBlasterKey("C0564", 7, 0xFF, Note("on")) &&
+                    p.SendBlasterKey("C0564", 7, 0, Note("unasked")) &&
+                    p.GetBlasterKeyMap("C0564", Note("map")) && p.ResetBlaster(Note("reset")) &&
+                    p.SendGetVersion(Note("version")) &&
+                    p.DeleteCodesetFromBlaster("C0564", Note("delete")) &&
+                    p.ListBlasterCodesets(Note("list")) && p.SendCecKeyPress(36, Note("press")) &&
+                    p.SendCecKeyRelease(Note("release")));
+    });
+    EXPECT_EQ(TakeRecord(),
+              "80 request TRS_BlasterMsg_t 2 000100\n"
+              "80 request TRS_BlasterMsg_t 2 000701123407800000\n"
+              "80 request TRS_BlasterMsg_t 2 000701123407ff0000\n"
+              "82 TRS_BlasterMsg_t 2 000701123407000000\n"
+              "84 TRS_BlasterMsg_t 2 0003021234\n"
+              "80 request TRS_BlasterMsg_t 2 00020901\n"
+              "80 request TRS_BlasterMsg_t 2 00010b\n"
+              "80 request TRS_BlasterMsg_t 2 00030c1234\n"
+              "80 request TRS_BlasterMsg_t 2 000111\n"
+              "169 IpcCecKey_t 2 value 36 state 0\n"
+              "169 IpcCecKey_t 2 value 0 state 1\n");
+    const std::string sent = Hex("CEC key sent") + "\n";
+    EXPECT_EQ(TakeAnswers(), "unasked 0100\npress " + sent + "release " + sent +
+                                 "end 0207\nonce 0207\non 0207\nmap 0207\nreset 0207\n"
+                                 "version 0207\ndelete 0207\nlist 0207\n");
 }
 
 TEST_F(BlasterProxy, RepliesOfAnotherTypeNeverReachTheCaller)
@@ -148,8 +131,7 @@ TEST_F(BlasterProxy, ALoadWithoutAnAnswerIsGivenUpAfterThirtySeconds)
 {
     QueueSourceList("list");
     runtime.Advance(10000);
-    QueueOSM("test");
-    QueueDirectEntry("entry");
+    QueueTests();
     runtime.Advance(19999);
     EXPECT_EQ(TakeAnswers(), "");
     runtime.Advance(1);
@@ -157,7 +139,7 @@ TEST_F(BlasterProxy, ALoadWithoutAnAnswerIsGivenUpAfterThirtySeconds)
     EXPECT_TRUE(TakeLog().ends_with("2 No answer to a bulk transfer, giving it up\n"));
     QueueSourceList("next");
     runtime.Advance(10000);
-    EXPECT_EQ(TakeAnswers(), "test  LAST_RESULT_ERROR\nentry direct LAST_RESULT_ERROR\n");
+    EXPECT_EQ(TakeAnswers(), "osm  LAST_RESULT_ERROR\ndirect direct LAST_RESULT_ERROR\n");
     BlasterDone("0100");
     EXPECT_EQ(TakeAnswers(), "next 0\n");
     runtime.Advance(60000);
@@ -166,7 +148,7 @@ TEST_F(BlasterProxy, ALoadWithoutAnAnswerIsGivenUpAfterThirtySeconds)
 
 TEST_F(BlasterProxy, ALoadThatIsRefusedAnswersTheOneThatQueuedForIt)
 {
-    QueueOSM("test");
+    Queue<OSMControlResp_t>("test");
     QueueSourceList("list");
     TakeLog();
     Store("C0564", 1200);
@@ -212,24 +194,33 @@ TEST_F(BlasterProxy, NamesWithoutADeviceNumberSendNothing)
     EXPECT_EQ(TakeAnswers(), "");
 }
 
-TEST_F(BlasterProxy, AKeyMapThatNeverComesTakesNoLaterOne)
+TEST_F(BlasterProxy, KeyMapsAnswerInOrderAndOneThatNeverComesTakesNoLaterOne)
 {
     lpm.Reply(0x02, std::nullopt);
     Run([this] { proxy->GetBlasterKeyMap("T2051", Note("lost")); });
     runtime.Advance(29999);
-    Run([this] { proxy->GetBlasterKeyMap("C0564", Note("next")); });
+    Run([this] {
+        proxy->GetBlasterKeyMap("C0564", Note("next"));
+        proxy->GetBlasterKeyMap("T2051", Note("last"));
+    });
     TakeLog();
     runtime.Advance(1);
     EXPECT_EQ(TakeLog(), "2 No answer to a key map query, giving it up\n");
-    lpm.KeyMap("0100");
-    runtime.RunUntilIdle();
-    EXPECT_EQ(TakeAnswers(), "next 0100\n");
+    for (const char* map : {"03000405", "020700", "0100"}) {
+        lpm.KeyMap(map);
+        runtime.RunUntilIdle();
+    }
+    EXPECT_EQ(TakeAnswers(), "next 03000405\nlast 020700\n");
+    EXPECT_EQ(TakeLog(),
+              "4 GetKeyMap callback function exists\n4 GetKeyMap bulk transfer from LPM complete\n"
+              "4 GetKeyMap callback function exists\n4 GetKeyMap bulk transfer from LPM complete\n"
+              "4 GetKeyMap bulk transfer from LPM complete\n");
 }
 
 TEST_F(BlasterProxy, ANewLinkEndsWhatWaitedForTheLostOne)
 {
     lpm.Reply(0x02, std::nullopt);
-    QueueDirectEntry("direct");
+    Queue<DirectEntryResp_t>("direct");
     QueueSourceList("list");
     Run([this] { proxy->GetBlasterKeyMap("T2051", Note("lost")); });
     lpm.DropClients();
@@ -241,25 +232,6 @@ TEST_F(BlasterProxy, ANewLinkEndsWhatWaitedForTheLostOne)
     lpm.KeyMap("0100");
     runtime.RunUntilIdle();
     EXPECT_EQ(TakeAnswers(), "next 0\nmap 0100\n");
-}
-
-TEST_F(BlasterProxy, KeyMapsAnswerInTheOrderInWhichTheyWereAsked)
-{
-    lpm.Reply(0x02, std::nullopt);
-    Run([this] {
-        proxy->GetBlasterKeyMap("T2051", Note("first"));
-        proxy->GetBlasterKeyMap("C0564", Note("second"));
-    });
-    TakeLog();
-    for (const char* map : {"03000405", "020700", "0100"}) {
-        lpm.KeyMap(map);
-        runtime.RunUntilIdle();
-    }
-    EXPECT_EQ(TakeAnswers(), "first 03000405\nsecond 020700\n");
-    EXPECT_EQ(TakeLog(),
-              "4 GetKeyMap callback function exists\n4 GetKeyMap bulk transfer from LPM complete\n"
-              "4 GetKeyMap callback function exists\n4 GetKeyMap bulk transfer from LPM complete\n"
-              "4 GetKeyMap bulk transfer from LPM complete\n");
 }
 
 TEST_F(BlasterProxy, ALoadIsAnsweredByTheBlasterAlone)
@@ -286,8 +258,7 @@ TEST_F(BlasterProxy, ResultsGoToTheGuidedTestThenDirectEntryThenTheSourceList)
 {
     const auto queueAll = [this] {
         QueueSourceList("list");
-        QueueDirectEntry("direct");
-        QueueOSM("osm");
+        QueueTests();
         TakeLog();
     };
     queueAll();
@@ -312,30 +283,21 @@ TEST_F(BlasterProxy, ResultsGoToTheGuidedTestThenDirectEntryThenTheSourceList)
 
 TEST_F(BlasterProxy, TheLowThreeBitsOfTheStatusDecide)
 {
-    struct Row {
-        const char* reply;
-        bool good;
-        const char* digit;
-    };
-    for (const Row& row :
-         {Row{"0100", true, "0"}, Row{"0108", true, "8"}, Row{"0118", true, "8"},
-          Row{"0101", false, "1"}, Row{"0109", false, "9"}, Row{"0111", false, "1"},
-          Row{"010f", false, "f"}, Row{"01", false, "f"}, Row{"", false, "f"}}) {
-        SCOPED_TRACE(row.reply);
-        QueueOSM("osm");
-        QueueDirectEntry("direct");
+    for (const std::string reply : {"0118", "0109", "01", ""}) {
+        SCOPED_TRACE(reply);
+        const bool good = reply == "0118";
+        const std::string digit = good ? "8" : reply == "0109" ? "9" : "f";
+        QueueTests();
         TakeLog();
-        BlasterDone(row.reply);
-        const std::string digit = row.digit;
-        EXPECT_EQ(TakeLog(), "3 Bulk transfer complete status = " + digit + "\n" +
-                                 (row.good ? "3 Codeset successfully loaded in blaster\n"
-                                           : "2 Failed to load codeset in blaster, reason code " +
-                                                 digit + "\n"));
-        BlasterDone(row.reply);
-        EXPECT_EQ(TakeAnswers(), row.good ? "osm osm LAST_RESULT_CONTINUE\n"
-                                            "direct direct LAST_RESULT_SUCCESS\n"
-                                          : "osm osm LAST_RESULT_ERROR\n"
-                                            "direct direct LAST_RESULT_ERROR\n");
+        BlasterDone(reply);
+        EXPECT_EQ(TakeLog(),
+                  "3 Bulk transfer complete status = " + digit + "\n" +
+                      (good ? "3 Codeset successfully loaded in blaster\n"
+                            : "2 Failed to load codeset in blaster, reason code " + digit + "\n"));
+        BlasterDone(reply);
+        EXPECT_EQ(TakeAnswers(),
+                  good ? "osm osm LAST_RESULT_CONTINUE\ndirect direct LAST_RESULT_SUCCESS\n"
+                       : "osm osm LAST_RESULT_ERROR\ndirect direct LAST_RESULT_ERROR\n");
     }
 }
 
@@ -358,6 +320,34 @@ TEST_F(BlasterProxy, AnAnswerMayQueueTheNextLoadAndAnUnsetOneIsSkipped)
     EXPECT_EQ(TakeAnswers(), "first\n");
     BlasterDone("0100");
     EXPECT_EQ(TakeAnswers(), "last 0\n");
+}
+
+TEST(BlasterFrames, HoldTheirLengthHighByteFirst)
+{
+    const std::vector<std::uint8_t> most(BlasterFrames::kMaxStoreBytes, 0xA5);
+    const std::string frame = BlasterFrames::Store(0x1234, most);
+    EXPECT_EQ(frame.size(), 1204U);
+    EXPECT_EQ(Hex(frame.substr(0, 6)), "04b2221234a5");
+}
+
+TEST(BlasterFrames, RepliesShorterThanTheirCountGiveWhatIsThere)
+{
+    using Frames = std::pair<const char*, std::string>;
+    for (const auto& [reply, expected] :
+         {Frames{"", "ff  "}, Frames{"03", "ff  "}, Frames{"0207", "07  "},
+          Frames{"020700", "07 00 "}, Frames{"0300040506", "00 0405 1286 "},
+          Frames{"ff0004", "00 04 "}, Frames{"00000405", "00  "},
+          Frames{"060002123400", "00 02123400 4660 "}, Frames{"02000012", "00 00 "},
+          Frames{"06000212340009", "00 0212340009 4660 9 "}}) {
+        const std::string bytes = Unhex(reply);
+        const auto keys = BlasterFrames::KeysOf(bytes);
+        auto seen = fmt::format("{:02x} ", BlasterFrames::Status(bytes)) +
+                    Hex(std::string(keys.begin(), keys.end())) + " ";
+        for (const auto device : BlasterFrames::DevicesOf(bytes)) {
+            seen += std::to_string(device) + " ";
+        }
+        EXPECT_EQ(seen, expected) << reply;
+    }
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include "blaster/LpmClientIF.h"
 
 #include "blaster/BlasterFixture.h"
-#include "blaster/MockLpmClient.h"
 #include "blaster/Trellan_ServiceCecIF.h"
 #include "support/TemporaryRoot.h"
 
@@ -80,26 +79,20 @@ TEST_F(LpmClients, TimedRequestsEndExactlyOnce)
     Serve();
     Connect();
     TakeAnswers();
-    Run([this] {
+    const auto load = [this] {
         client->SendBulkDataTimed({}, NoteResult(), NoteTimeout(), 300, IPC_DEVICE_LPM);
         client->SendBulkFileTimed({}, NoteResult(), NoteTimeout(), 200, IPC_DEVICE_LPM);
-    });
+    };
+    Run(load);
     runtime.Advance(1000);
     EXPECT_EQ(TakeAnswers(), "timeout 65537\ntimeout 65539\n");
-
     lpm.AnswerLoads(BULK_TRANSFER_FILE_ERROR);
-    Run([this] {
-        client->SendBulkDataTimed({}, NoteResult(), NoteTimeout(), 300, IPC_DEVICE_LPM);
-    });
+    Run(load);
     runtime.Advance(1000);
-    EXPECT_EQ(TakeAnswers(), "result -2\n");
+    EXPECT_EQ(TakeAnswers(), "result -2\nresult -2\n");
 
     Leave();
-    Run([this] {
-        client->TRS_SendToBlasterTimeout(
-            {}, [this](const TRS_BlasterMsg_t&) { answers += "reply\n"; }, NoteTimeout(), 50,
-            IPC_DEVICE_LPM);
-    });
+    Run([this] { client->TRS_SendToBlasterTimeout({}, {}, NoteTimeout(), 50, IPC_DEVICE_LPM); });
     runtime.Advance(50);
     EXPECT_EQ(TakeAnswers(), "timeout 80\n");
 }
@@ -121,47 +114,17 @@ TEST_F(LpmClients, SendModesBareAndBulkMessagesWithoutATypeName)
               "65537 request - 2 length 0 type 0 \n");
 }
 
-TEST_F(LpmClients, TheMockCountsAsConnectedAndDoesNothing)
-{
-    Serve();
-    bool inside = false;
-    Run([this, &inside] {
-        client = std::make_shared<MockLpmClient>(task.get());
-        client->Connect([&inside](const bool& connected) { inside = connected; });
-        EXPECT_TRUE(inside);
-        EXPECT_FALSE(client->TRS_SendToBlaster(
-            {}, [this](const TRS_BlasterMsg_t&) { answers += "reply\n"; }, IPC_DEVICE_LPM));
-        client->TRS_SendKeyToBlaster({}, IPC_DEVICE_LPM);
-        client->TRS_SendBlasterKeyMapRqst({}, IPC_DEVICE_LPM);
-        client->SendCecKey({}, IPC_DEVICE_LPM);
-        client->SendBulkData({}, NoteResult(), IPC_DEVICE_LPM);
-    });
-    runtime.Advance(5000);
-    EXPECT_EQ(TakeAnswers() + TakeRecord(), "");
-    EXPECT_EQ(TakeLog(),
-              "3 MockLpmClient::Connect\n"
-              "3 MockLpmClient::TRS_SendToBlaster Not Implemented\n"
-              "3 MockLpmClient::TRS_SendKeyToBlaster Not Implemented\n"
-              "3 MockLpmClient::TRS_SendBlasterKeyMapRqst Not Implemented\n"
-              "3 MockLpmClient::SendCecKey Not Implemented\n");
-}
-
-TEST_F(LpmClients, OnlyTheWordTrueSelectsTheMock)
+TEST_F(LpmClients, OnlyTheWordTrueSelectsTheMockWhichIsConnectedAtOnce)
 {
     const TemporaryRoot root;
-    struct Row {
-        const char* data;
-        bool mock;
-    };
-    for (const Row& row : {Row{R"({"mockLPM": "true"})", true}, Row{R"({"mockLPM": "TrUe"})", true},
-                           Row{R"({"mockLPM": "1"})", false}, Row{R"({"mockLPM": ""})", false},
-                           Row{R"({"mockLPM": "true "})", false}, Row{"{}", false}}) {
-        SCOPED_TRACE(row.data);
-        root.Write("/opt/Orlu/etc/MfgData.json", row.data);
+    for (const auto& [value, mock] :
+         {std::pair{"true", true}, {"TrUe", true}, {"1", false}, {"", false}, {"true ", false}}) {
+        SCOPED_TRACE(value);
+        root.Write("/opt/Orlu/etc/MfgData.json", std::string(R"({"mockLPM": ")") + value + "\"}");
         MfgData::Reload();
-        EXPECT_EQ(IsMockLpm(), row.mock);
-        Run([this] { client = CreateLpmClient("test", task.get()); });
-        EXPECT_EQ(dynamic_cast<MockLpmClient*>(client.get()) != nullptr, row.mock);
+        EXPECT_EQ(IsMockLpm(), mock);
+        Connect();
+        EXPECT_EQ(TakeAnswers(), mock ? "connected\n" : "");
     }
 }
 

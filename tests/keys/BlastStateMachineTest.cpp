@@ -12,28 +12,30 @@ constexpr std::uint32_t kTvPower = 36;
 class BlastStateMachine : public KeyHouse {
 protected:
     BlastStateMachine() { lpm.AnswerAfter(20); }
+
+    void AllowByList()
+    {
+        root.Write("/opt/Orlu/etc/UEI/WhiteList.json",
+                   R"({"ciCodes":[{"name":"T2051","checksum":[""]}]})");
+        codesets.AddWhiteListStatus();
+    }
 };
 
-TEST_F(BlastStateMachine, HoldsAKeyInBursts)
+TEST_F(BlastStateMachine, HoldsAKeyInBurstsUntilReleaseOrALostAnswer)
 {
+    const std::string begun = "+0 answer ''\n+0 lpm 80 000701080318ff0000\n";
     Start();
-    EXPECT_EQ(Hold(kPlay, 500),
-              "+0 answer ''\n"
-              "+0 lpm 80 000701080318ff0000\n"
-              "+120 lpm 80 000100\n"
-              "+340 lpm 82 000701080318000000\n"
-              "+460 lpm 80 000100\n"
-              "+500 answer ''\n");
-}
-
-TEST_F(BlastStateMachine, EndsABurstEarlyOnRelease)
-{
-    Start();
-    EXPECT_EQ(Hold(kPlay, 55),
-              "+0 answer ''\n"
-              "+0 lpm 80 000701080318ff0000\n"
-              "+55 answer ''\n"
-              "+55 lpm 80 000100\n");
+    EXPECT_EQ(Hold(kPlay, 500), begun +
+                                    "+120 lpm 80 000100\n"
+                                    "+340 lpm 82 000701080318000000\n"
+                                    "+460 lpm 80 000100\n"
+                                    "+500 answer ''\n");
+    EXPECT_EQ(Hold(kPlay, 55), begun + "+55 answer ''\n+55 lpm 80 000100\n");
+    lpm.Reply(0x00, std::nullopt);
+    EXPECT_EQ(Hold(kPlay, 3000), begun + "+120 lpm 80 000100\n+3000 answer ''\n");
+    lpm.Leave();
+    runtime.RunUntilIdle();
+    EXPECT_EQ(Hold(kPlay, 500), "+0 answer ''\n+500 answer ''\n");
 }
 
 TEST_F(BlastStateMachine, EndsABurstBeforeTheTaskStandsStill)
@@ -58,37 +60,24 @@ TEST_F(BlastStateMachine, EndsABurstBeforeTheTaskStandsStill)
     EXPECT_EQ(effects.Take(), "");
 }
 
-TEST_F(BlastStateMachine, KeepsAKeyOnWhereThatIsSafe)
+TEST_F(BlastStateMachine, KeepsAKeyOnWhereThatIsSafeAndTakesTheNextAtOnce)
 {
-    constexpr const char* kHeld =
-        "+0 answer ''\n"
-        "+0 lpm 82 000701080318000000\n"
-        "+900 answer ''\n"
-        "+900 lpm 80 000100\n";
+    const std::string pressed = "+0 answer ''\n+0 lpm 82 000701080318000000\n";
+    const std::string held = pressed + "+900 answer ''\n+900 lpm 80 000100\n";
     Start();
     keys->m_allowContinuous = true;
-    EXPECT_EQ(Hold(kPlay, 900), kHeld);
-    keys->m_allowContinuous = false;
-    root.Write("/opt/Orlu/etc/UEI/WhiteList.json",
-               R"({"ciCodes":[{"name":"T2051","checksum":[""]}]})");
-    codesets.AddWhiteListStatus();
-    EXPECT_EQ(Hold(kPlay, 900), kHeld);
-}
-
-TEST_F(BlastStateMachine, TakesTheNextContinuousPressAtOnce)
-{
-    Start();
-    keys->m_allowContinuous = true;
-    for (int press = 0; press < 2; ++press) {
-        Press(kPlay);
-        Release();
-    }
+    EXPECT_EQ(Hold(kPlay, 900), held);
+    Press(kPlay);
+    Release();
+    EXPECT_EQ(effects.Take(), pressed + "+0 answer ''\n+0 lpm 80 000100\n");
+    Press(kPlay);
+    EXPECT_EQ(effects.Take(), pressed);
+    Release();
     runtime.Advance(1000);
-    EXPECT_EQ(effects.Take(),
-              "+0 answer ''\n+0 lpm 82 000701080318000000\n"
-              "+0 answer ''\n+0 lpm 80 000100\n"
-              "+0 answer ''\n+0 lpm 82 000701080318000000\n"
-              "+0 answer ''\n+0 lpm 80 000100\n");
+    effects.Take();
+    keys->m_allowContinuous = false;
+    AllowByList();
+    EXPECT_EQ(Hold(kPlay, 900), held);
 }
 
 // Whether a press of another key finds the machine idle tells when the last pause ended.
@@ -128,17 +117,6 @@ TEST_F(BlastStateMachine, IsBusyUntilTheKeyDelayHasPassed)
             runtime.Advance(2000);
         }
     }
-}
-
-TEST_F(BlastStateMachine, StopsRepeatsWhenAnAnswerIsLost)
-{
-    Start();
-    lpm.Reply(0x00, std::nullopt);
-    EXPECT_EQ(Hold(kPlay, 3000),
-              "+0 answer ''\n"
-              "+0 lpm 80 000701080318ff0000\n"
-              "+120 lpm 80 000100\n"
-              "+3000 answer ''\n");
 }
 
 TEST_F(BlastStateMachine, ShorterDelayShortensThePauseAndALateAnswerIsIgnored)
@@ -184,9 +162,7 @@ TEST_F(BlastStateMachine, WhitelistCountsDuringAPress)
 {
     Start();
     Press(kPlay);
-    root.Write("/opt/Orlu/etc/UEI/WhiteList.json",
-               R"({"ciCodes":[{"name":"T2051","checksum":[""]}]})");
-    codesets.AddWhiteListStatus();
+    AllowByList();
     runtime.Advance(500);
     EXPECT_EQ(effects.Take(), "+0 answer ''\n+0 lpm 80 000701080318ff0000\n");
     codesets.cacheCodesets({});
@@ -206,14 +182,6 @@ TEST_F(BlastStateMachine, StrayEventsDoNothing)
     keys->HandleBlastState(BlastEndDone, "", 255);
     Press(kTvPower);
     EXPECT_EQ(effects.Take(), "+0 answer ''\n+0 lpm 80 000701080318ff0000\n+0 answer ''\n");
-}
-
-TEST_F(BlastStateMachine, GoesOnWithoutTheLpmService)
-{
-    Start();
-    lpm.DropClients();
-    runtime.RunUntilIdle();
-    EXPECT_EQ(Hold(kPlay, 500), "+0 answer ''\n+500 answer ''\n");
 }
 
 }  // namespace

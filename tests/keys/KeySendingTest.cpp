@@ -60,18 +60,13 @@ TEST_F(KeySending, ForcedBlastIgnoresTheState)
               "3 Sending end key to LPM\n3 Sending LPM message\n3 UEI END Key Press \n");
 }
 
-TEST_F(KeySending, KeyWithoutAMeaningGoesOutAs255)
+TEST_F(KeySending, WhatHasNoMeaningOrNumberIsRecordedAllTheSame)
 {
     Start();
     Single(3);
     EXPECT_EQ(effects.Take(), "+0 lpm 80 0007010803ff800000\n+0 answer '0100'\n");
     EXPECT_NE(TakeLog().find("2 No UEI mapping for key, sending INVALID 3\n"), std::string::npos);
     EXPECT_EQ(keys->GetKeyHistory().back(), "Value: 3 Key:  ciCode: T2051 Flag: 80\n");
-}
-
-TEST_F(KeySending, NameWithoutADeviceNumberIsRecordedAndNotSent)
-{
-    Start();
     Press(85, "bad");
     runtime.Advance(130);
     EXPECT_EQ(effects.Take(), "+0 answer ''\n+120 lpm 80 000100\n");
@@ -81,42 +76,30 @@ TEST_F(KeySending, NameWithoutADeviceNumberIsRecordedAndNotSent)
 TEST_F(KeySending, HistoryKeepsTheLastFiftyKeys)
 {
     Start();
-    Single(140);
-    EXPECT_EQ(keys->GetKeyHistory().front(), "Value: 8c Key: kKey_POWER ciCode: T2051 Flag: 80\n");
-    for (int press = 0; press < 49; ++press) {
-        Single(85);
+    for (std::uint32_t press = 0; press < 51; ++press) {
+        Single(140 + press);
     }
     EXPECT_EQ(keys->GetKeyHistory().size(), 50U);
-    EXPECT_EQ(keys->GetKeyHistory().front().find("Value: 8c"), 0U);
-    Single(86);
-    EXPECT_EQ(keys->GetKeyHistory().size(), 50U);
-    EXPECT_EQ(keys->GetKeyHistory().front().find("Value: 55"), 0U);
-    EXPECT_EQ(keys->GetKeyHistory().back().find("Value: 56"), 0U);
+    EXPECT_TRUE(keys->GetKeyHistory().front().starts_with("Value: 8d"));
+    EXPECT_TRUE(keys->GetKeyHistory().back().starts_with("Value: be"));
     keys->ClearKeyHistory();
     EXPECT_TRUE(keys->GetKeyHistory().empty());
 }
 
 TEST_F(KeySending, ProductSaysWhetherKeysMayStayOn)
 {
-    struct Row {
-        const char* data;
-        bool allowed;
-    };
-    constexpr Row kRows[] = {
-        {R"({})", false},
-        {R"({"irBlasterCapability":"full"})", true},
-        {R"({"irBlasterCapability":"Full","testflagirBlasterCapability":"full"})", false},
-        {R"({"irBlasterCapability":"","productType":"other"})", false},
-        {R"({"testflagirBlasterCapability":"full"})", true},
-        {R"({"testflagirBlasterCapability":"half","productType":"other"})", false},
-        {R"({"productType":"other"})", true},
-        {R"({"productType":""})", true},
-        {R"({"productType":"marlow-tenpenny"})", false},
-    };
-    for (const Row& row : kRows) {
-        SCOPED_TRACE(row.data);
-        Start(row.data);
-        EXPECT_EQ(keys->m_allowContinuous, row.allowed);
+    using Row = std::pair<const char*, bool>;
+    for (const auto& [data, allowed] :
+         {Row{"{}", false}, Row{R"({"irBlasterCapability":"full"})", true},
+          Row{R"({"irBlasterCapability":"Full","testflagirBlasterCapability":"full"})", false},
+          Row{R"({"irBlasterCapability":"","productType":"other"})", false},
+          Row{R"({"testflagirBlasterCapability":"full"})", true},
+          Row{R"({"testflagirBlasterCapability":"half","productType":"other"})", false},
+          Row{R"({"productType":"other"})", true},
+          Row{R"({"productType":"marlow-tenpenny"})", false}}) {
+        SCOPED_TRACE(data);
+        Start(data);
+        EXPECT_EQ(keys->m_allowContinuous, allowed);
     }
 }
 
