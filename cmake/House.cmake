@@ -10,14 +10,18 @@ target_compile_options(house_options INTERFACE
 target_compile_definitions(house_options INTERFACE FMT_HEADER_ONLY
   BOOST_ASIO_NO_DEPRECATED BOOST_ERROR_CODE_HEADER_ONLY)
 
-# house_room(NAME SOURCES … DEPENDS …): a static library, one folder. Headers are included as
-# "<folder>/<Header>.h" from the folder's parent.
+# house_room(NAME [SMALL] SOURCES … DEPENDS …): a static library, one folder. Headers are included as
+# "<folder>/<Header>.h" from the folder's parent. SMALL is for a room that no key passes through: all
+# of the program's text lies in memory, so what ships of it is built for size.
 function(house_room name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+  cmake_parse_arguments(ARG "SMALL" "" "SOURCES;DEPENDS" ${ARGN})
   add_library(${name} STATIC ${ARG_SOURCES})
   get_filename_component(parent ${CMAKE_CURRENT_SOURCE_DIR} DIRECTORY)
   target_include_directories(${name} PUBLIC ${parent})
   target_link_libraries(${name} PUBLIC ${ARG_DEPENDS} PRIVATE house_options)
+  if(ARG_SMALL)
+    target_compile_options(${name} PRIVATE $<$<CONFIG:RelWithDebInfo>:-Os>)
+  endif()
 endfunction()
 
 # house_given_library(NAME FILE DEPENDS …): a library that was given on the command line of CMake, in
