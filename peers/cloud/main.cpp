@@ -24,12 +24,15 @@ int Fail(const std::string& why)
     return 1;
 }
 
-/// bin/UeiCloud has catalogue/own.sqlite beside its folder.
+/// Beside the folder bin: where it was installed, else where it was built.
 std::string OwnCatalogue()
 {
     std::error_code error;
     const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
-    return (program.parent_path().parent_path() / "catalogue" / "own.sqlite").string();
+    const auto prefix = program.parent_path().parent_path();
+    const auto own = std::filesystem::path("catalogue") / "own.sqlite";
+    const auto installed = prefix / "share" / "trellan" / own;
+    return (std::filesystem::exists(installed, error) ? installed : prefix / own).string();
 }
 
 int Serve(const Cloud::Options& options)
