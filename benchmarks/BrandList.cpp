@@ -4,12 +4,14 @@
 // place, beside the same walk and the same file made by hand. The library holds its rows in memory,
 // so that what is measured is the service.
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 
 #include <fcntl.h>
@@ -56,12 +58,17 @@ void Check(bool good, const char* what)
     }
 }
 
-void AppendRows(const char* prefix, std::string& text)
+/// The letter in which this many are reached is cut short, as the service does it.
+constexpr std::uint32_t kMostBrands = 10'000;
+
+void AppendRows(const char* prefix, std::string& text, std::uint32_t& count)
 {
     std::uint32_t total = 0;
     if (QSP_retrieve_brands_total(nullptr, "TV", prefix, 1, &total) != 0) {
         return;
     }
+    total = count < kMostBrands ? std::min(total, kMostBrands - count) : total;
+    count += total;
     for (std::uint32_t i = 0; i < total; ++i) {
         const char* name = nullptr;
         QSP_get_brand_name(nullptr, i, &name);
@@ -83,10 +90,11 @@ void ReplaceFile(const std::string& text, const std::filesystem::path& path)
 void ListByHand(const std::filesystem::path& path)
 {
     std::string text = "{\"brandList\":[";
+    std::uint32_t count = 0;
     for (const std::string_view range : {"09", "az"}) {
         for (char first = range[0]; first <= range[1]; ++first) {
             const std::array<char, 2> prefix = {first, '\0'};
-            AppendRows(prefix.data(), text);
+            AppendRows(prefix.data(), text, count);
         }
     }
     text += "]}";
@@ -112,6 +120,12 @@ double PeakKiB()
     rusage usage{};
     ::getrusage(RUSAGE_SELF, &usage);
     return static_cast<double>(usage.ru_maxrss);
+}
+
+/// The others show how it grows.
+std::optional<Goal> GoalOf(std::size_t names)
+{
+    return names == kMostBrands ? std::optional(Goal{Goal::Kind::AtMost, 1.6}) : std::nullopt;
 }
 
 std::vector<Figure> Measure(std::size_t names, std::size_t rounds)
@@ -147,7 +161,7 @@ std::vector<Figure> Measure(std::size_t names, std::size_t rounds)
     task->Stop();
     task->Queue()->Join();
     const auto what = fmt::format("brand list of {} names to file", names);
-    return {CompareRounds(what, "ms", 2, service, floor, Goal{Goal::Kind::AtMost, 1.6}),
+    return {CompareRounds(what, "ms", 2, service, floor, GoalOf(names)),
             {what + ", peak memory on top", "KiB", 0, taken, {}, {}, {}}};
 }
 

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include <google/protobuf/arena.h>
+
 #include "orlu/ProtoToMarkup.h"
 #include "orlu/SystemUtils.h"
 #include "uei/DeviceTypes.h"
@@ -48,7 +50,8 @@ bool UEIInterface::GetBrandList(const BrandListReq_t& request)
         kUEILog.Log(3, "No mapping for device type {}", request.devicetype());
         return false;
     }
-    BrandListResp_t response;
+    google::protobuf::Arena names;
+    auto& response = *google::protobuf::Arena::CreateMessage<BrandListResp_t>(&names);
     auto& brands = *response.mutable_brandlist();
     do {
         const int before = brands.size();
