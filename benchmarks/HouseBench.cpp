@@ -23,9 +23,9 @@ struct Measurement {
 };
 
 const std::vector<Measurement> kMeasurements = {
-    {"keys", MeasureKeyRoad},       {"peers", MeasurePeers}, {"key-growth", MeasureKeyGrowth},
-    {"local-api", MeasureLocalApi}, {"syncs", MeasureSyncs}, {"sync-growth", MeasureSyncGrowth},
-    {"start", MeasureStartUp},      {"idle", MeasureIdle},
+    {"keys", MeasureKeyRoad},           {"peers", MeasurePeers},   {"key-growth", MeasureKeyGrowth},
+    {"local-api", MeasureLocalApi},     {"syncs", MeasureSyncs},   {"lists", MeasureGrowingLists},
+    {"sync-growth", MeasureSyncGrowth}, {"start", MeasureStartUp}, {"idle", MeasureIdle},
 };
 
 /// All of them if `only` is empty.

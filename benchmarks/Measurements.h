@@ -40,6 +40,9 @@ std::vector<Figure> MeasureLocalApi(const Place& place, const Effort& effort);
 /// that posts, loads and asks for the same; and what of it store and log take.
 std::vector<Figure> MeasureSyncs(const Place& place, const Effort& effort);
 
+/// What a code set of a source list takes as the list grows.
+std::vector<Figure> MeasureGrowingLists(const Place& place, const Effort& effort);
+
 /// How much dirty memory a thousand syncs leave behind.
 std::vector<Figure> MeasureSyncGrowth(const Place& place, const Effort& effort);
 

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -77,8 +78,19 @@ Program::Program(const std::vector<std::string>& command, const std::filesystem:
 
 Program::~Program()
 {
-    ::kill(m_pid, SIGKILL);
-    ::waitpid(m_pid, nullptr, 0);
+    if (m_pid > 0) {
+        ::kill(m_pid, SIGKILL);
+        ::waitpid(m_pid, nullptr, 0);
+    }
+}
+
+void Program::Join()
+{
+    int status = 0;
+    ::waitpid(std::exchange(m_pid, -1), &status, 0);
+    if (status != 0) {
+        throw std::runtime_error("a program did not do its work");
+    }
 }
 
 std::chrono::nanoseconds Program::CpuTime() const

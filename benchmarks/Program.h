@@ -30,6 +30,9 @@ public:
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
 
+    /// Waits until it ends by itself. Throws `std::runtime_error` if it does not end well.
+    void Join();
+
     /// User and system time of all its threads.
     std::chrono::nanoseconds CpuTime() const;
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include <array>
 #include <fstream>
 #include <stdexcept>
 
@@ -7,7 +8,6 @@
 
 #include "ProtoBufs/Trellan_MessageIDs.pb.h"
 #include "ProtoBufs/Trellan_Service.pb.h"
-#include "benchmarks/HttpReader.h"
 #include "benchmarks/Measurements.h"
 #include "benchmarks/SyncByHand.h"
 
@@ -20,18 +20,45 @@ namespace {
 constexpr unsigned kCodesets = 20;
 constexpr std::size_t kSyncsARound = 8;
 constexpr std::size_t kSyncsOfGrowth = 1000;
+constexpr std::array kGrowingLists = {1U, 10U, 50U, 100U, 200U};
 
-/// A cloud gives a thousand code sets.
-constexpr std::size_t kSyncsACloud = 40;
+/// The cloud has so many, of which a list of two hundred leaves some.
+constexpr unsigned kTelevisions = 240;
 
-/// Twenty of the forty televisions that the cloud's own catalogue has of one brand.
-std::vector<std::string> Names(bool second)
+std::vector<std::string> Names(unsigned first, unsigned count)
 {
     std::vector<std::string> names;
-    for (unsigned i = 1; i <= kCodesets; ++i) {
-        names.push_back(fmt::format("T{}", 3000 + i + (second ? kCodesets : 0)));
+    for (unsigned i = 0; i < count; ++i) {
+        names.push_back(fmt::format("T{}", 3000 + first + i));
     }
     return names;
+}
+
+/// Two lists that share nothing, in turns.
+std::vector<std::string> InTurns(std::size_t turn)
+{
+    return Names(turn % 2 == 0 ? 0 : kCodesets, kCodesets);
+}
+
+/// Six keys for each, and no end to how many code sets are given.
+std::string MakeCatalogue(const Place& place, const std::filesystem::path& root)
+{
+    const auto source = root / "catalogue.json";
+    const std::string catalogue = root / "catalogue.sqlite";
+    std::string codesets;
+    for (unsigned i = 0; i < kTelevisions; ++i) {
+        codesets += fmt::format(
+            R"({0}{{"name": "{1}", "type": "TV", "groups": [{{"protocol": "necx", "keys": )"
+            R"({{"POWER": "0x{2:04x}12", "VOLUME_UP": "0x{2:04x}15", "VOLUME_DOWN": "0x{2:04x}16", )"
+            R"("CHANNEL_UP": "0x{2:04x}18", "CHANNEL_DOWN": "0x{2:04x}19", "MUTE": "0x{2:04x}1a"}}}}]}})",
+            i == 0 ? "" : ",", Names(i, 1)[0], 0x6b80 + i);
+    }
+    std::ofstream(source) << fmt::format(
+        R"({{"source": "bench", "licence": "Apache-2.0", "version": "Bench 1", "quota": 1000000000, )"
+        R"("codesets": [{}]}})",
+        codesets);
+    Program({place.ProgramPath("CatalogueBuilder"), catalogue, source}, root, 2).Join();
+    return catalogue;
 }
 
 /// The product controller as far as a sync needs it.
@@ -95,8 +122,9 @@ struct Product {
     Product(const Place& place, const std::filesystem::path& folder, int logLevel)
         : root(folder),
           cloudPort(LayOut(root)),
-          cloudCommand({place.ProgramPath("UeiCloud"), "--port", std::to_string(cloudPort)}),
-          cloud(std::in_place, cloudCommand, root, 2),
+          cloud({place.ProgramPath("UeiCloud"), "--port", std::to_string(cloudPort), "--catalogue",
+                 MakeCatalogue(place, root)},
+                root, 2),
           lpm({place.ProgramPath("LpmService")}, root, 2),
           apiPort(std::to_string(FreePort())),
           api({place.ProgramPath("PorticoServer"), "--port", apiPort}, root, 2),
@@ -107,8 +135,8 @@ struct Product {
     {
         client.WaitForCloud();
         byHand = std::make_unique<SyncByHand>(root / "second", cloudPort);
-        byHand->Run(Names(true));
-        client.Sync(Names(true));
+        byHand->Run(InTurns(1));
+        client.Sync(InTurns(1));
     }
 
     static std::uint16_t LayOut(const std::filesystem::path& folder)
@@ -122,17 +150,9 @@ struct Product {
         return port;
     }
 
-    void RestartCloud()
-    {
-        cloud.reset();
-        cloud.emplace(cloudCommand, root, 2);
-        const HttpReader listening(cloudPort);
-    }
-
     std::filesystem::path root;
     std::uint16_t cloudPort;
-    std::vector<std::string> cloudCommand;
-    std::optional<Program> cloud;
+    Program cloud;
     Program lpm;
     std::string apiPort;
     Program api;
@@ -161,7 +181,7 @@ Figure MeasureSyncs(const Place& place, const Effort& effort, const std::filesys
         std::vector<double> ours;
         std::vector<double> byHand;
         for (std::size_t i = 0; i < kSyncsARound; ++i) {
-            const auto names = Names(i % 2 != 0);
+            const auto names = InTurns(i);
             ours.push_back(Millis([&product, &names] { product.client.Sync(names); }));
             byHand.push_back(Millis([&product, &names] { product.byHand->Run(names); }));
         }
@@ -187,15 +207,32 @@ std::vector<Figure> MeasureSyncs(const Place& place, const Effort& effort)
     return figures;
 }
 
+std::vector<Figure> MeasureGrowingLists(const Place& place, const Effort& effort)
+{
+    Product product(place, place.roots / "lists", effort.logLevel);
+    const auto another = Names(kTelevisions - 1, 1);
+    std::vector<Figure> figures;
+    for (const unsigned count : kGrowingLists) {
+        const auto names = Names(0, count);
+        std::vector<double> service;
+        std::vector<double> floor;
+        for (std::size_t i = 0; i < effort.rounds; ++i) {
+            service.push_back(Millis([&] { product.client.Sync(names); }) / count);
+            floor.push_back(Millis([&] { product.byHand->Run(names); }) / count);
+            product.client.Sync(another);
+        }
+        figures.push_back(CompareRounds(fmt::format("a code set in a list of {}", count), "ms", 3,
+                                        service, floor));
+    }
+    return figures;
+}
+
 std::vector<Figure> MeasureSyncGrowth(const Place& place, const Effort& effort)
 {
     Product product(place, place.roots / "syncs", effort.logLevel);
     const auto sync = [&product](std::size_t times) {
         for (std::size_t i = 0; i < times; ++i) {
-            if (i % kSyncsACloud == 0) {
-                product.RestartCloud();
-            }
-            product.client.Sync(Names(i % 2 != 0));
+            product.client.Sync(InTurns(i));
         }
     };
     sync(kSyncsOfGrowth / 10);

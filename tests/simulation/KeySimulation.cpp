@@ -4,9 +4,13 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <exception>
+#include <fstream>
 #include <optional>
 #include <string>
+
+#include <unistd.h>
 
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
@@ -32,6 +36,7 @@ struct Options {
     double seconds = 0;
     bool plant = false;
     bool allowed = false;
+    bool rates = false;
 };
 
 void DropLogLine(int /*level*/, std::string_view /*logger*/, std::string_view /*text*/) {}
@@ -150,12 +155,45 @@ void PrintAllowed()
     }
 }
 
+std::uint64_t ResidentKiB()
+{
+    std::uint64_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages >> pages;
+    return pages * static_cast<std::uint64_t>(::getpagesize()) / 1024;
+}
+
+/// An hour of a key pressed again and again: what a press costs must not depend on how many came.
+void PrintRates()
+{
+    constexpr std::uint32_t kHour = 3'600'000;
+    for (const std::uint32_t rate : {1U, 2U, 5U, 10U, 20U, 50U}) {
+        KeyRun run(1, Hand::kWild);
+        const std::uint64_t memory = ResidentKiB();
+        const auto start = std::clock();
+        for (std::uint32_t ms = 0; ms < kHour; ms += 1000 / rate) {
+            run.PressOnce(kKey);
+            run.Wait(1000 / rate);
+        }
+        const double micros = 1e6 * static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+        const std::uint32_t presses = kHour / 1000 * rate;
+        std::printf("%s", fmt::format("{} a second: {} presses, on for {:.1f} % of the "
+                                      "hour, {:.2f} us a press, {} KiB more memory\n",
+                                      rate, presses, run.LitMs() / kHour * 100, micros / presses,
+                                      ResidentKiB() - memory)
+                              .c_str());
+    }
+}
+
 int Simulate(const Options& options)
 {
     DPrint::SetLevel(1);
     DPrint::SetSink(&DropLogLine);
     if (options.allowed) {
         PrintAllowed();
+        return EXIT_SUCCESS;
+    }
+    if (options.rates) {
+        PrintRates();
         return EXIT_SUCCESS;
     }
     Tally calm;
@@ -193,6 +231,7 @@ int main(int argc, char** argv)
         app.add_option("--seconds", options.seconds, "As many as fit into so many seconds");
         app.add_flag("--plant", options.plant, "See that bursts that are too long are found");
         app.add_flag("--allowed", options.allowed, "Print how long the light is on where it may");
+        app.add_flag("--rates", options.rates, "Print what a press costs at 1 to 50 a second");
         int exitCode = EXIT_SUCCESS;
         return Peers::ParseCommandLine(app, argc, argv, exitCode) ? Simulate(options) : exitCode;
     } catch (const std::exception& error) {
