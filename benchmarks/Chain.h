@@ -24,13 +24,14 @@ struct Chain {
     KeyClient client;
 };
 
-/// Where things are: the programs, a folder for the roots, and nginx and lircd; empty if there
-/// is none.
+/// Where things are: the programs, a folder for the roots, and nginx, lircd and valgrind; empty if
+/// there is none.
 struct Place {
     std::filesystem::path programs;
     std::filesystem::path roots;
     std::string nginx;
     std::string lircd;
+    std::string valgrind;
 
     std::string ProgramPath(const std::string& name) const { return programs / name; }
 };

@@ -23,18 +23,19 @@ struct Measurement {
 };
 
 const std::vector<Measurement> kMeasurements = {
-    {"keys", MeasureKeyRoad},           {"peers", MeasurePeers},   {"key-growth", MeasureKeyGrowth},
-    {"local-api", MeasureLocalApi},     {"syncs", MeasureSyncs},   {"lists", MeasureGrowingLists},
-    {"sync-growth", MeasureSyncGrowth}, {"start", MeasureStartUp}, {"idle", MeasureIdle},
+    {"keys", MeasureKeyRoad},         {"peers", MeasurePeers},
+    {"key-growth", MeasureKeyGrowth}, {"instructions", MeasureInstructions},
+    {"local-api", MeasureLocalApi},   {"syncs", MeasureSyncs},
+    {"lists", MeasureGrowingLists},   {"sync-growth", MeasureSyncGrowth},
+    {"start", MeasureStartUp},        {"idle", MeasureIdle},
 };
 
 /// All of them if `only` is empty.
-std::vector<Figure> MeasureAll(const Effort& effort, const std::string& nginx,
-                               const std::string& lircd, const std::string& only)
+std::vector<Figure> MeasureAll(const Effort& effort, Place place, const std::string& only)
 {
     const TemporaryFolder folder;
-    const Place place{std::filesystem::read_symlink("/proc/self/exe").parent_path(), folder.Path(),
-                      nginx, lircd};
+    place.programs = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    place.roots = folder.Path();
     std::vector<Figure> figures;
     for (const auto& [name, measure] : kMeasurements) {
         if (only.empty() || only == name) {
@@ -49,8 +50,7 @@ int Main(int argc, char** argv)
     CLI::App app("Measures TrellanService beside floors that do the same with nothing in them.");
     Effort effort;
     bool check = false;
-    std::string nginx;
-    std::string lircd;
+    Place place;
     std::string only;
     std::vector<std::string> names;
     std::ranges::transform(kMeasurements, std::back_inserter(names), &Measurement::name);
@@ -62,8 +62,9 @@ int Main(int argc, char** argv)
         ->check(CLI::PositiveNumber);
     app.add_option("--gets", effort.gets, "Requests a round to the local API")
         ->check(CLI::PositiveNumber);
-    app.add_option("--nginx", nginx, "The program that is the local API's floor");
-    app.add_option("--lircd", lircd, "The program to measure keys, start and memory beside");
+    app.add_option("--nginx", place.nginx, "The program that is the local API's floor");
+    app.add_option("--lircd", place.lircd, "The program to measure keys, start and memory beside");
+    app.add_option("--valgrind", place.valgrind, "The program that counts instructions");
     app.add_option("--only", only, "One measurement instead of all")->check(CLI::IsMember(names));
     app.add_option("--idle", effort.idle, "Idle time to watch, in s");
     app.add_option("--log-level", effort.logLevel, "The service's log level");
@@ -73,7 +74,7 @@ int Main(int argc, char** argv)
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : 2;
     }
-    const auto figures = MeasureAll(effort, nginx, lircd, only);
+    const auto figures = MeasureAll(effort, place, only);
     fmt::print("{}", RenderTable(figures));
     return check && !std::ranges::all_of(figures, &Figure::IsMet) ? 1 : 0;
 }

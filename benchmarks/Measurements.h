@@ -28,6 +28,10 @@ std::vector<Figure> MeasureKeyRoad(const Place& place, const Effort& effort);
 /// How much dirty memory a million keys leave behind.
 std::vector<Figure> MeasureKeyGrowth(const Place& place, const Effort& effort);
 
+/// How many instructions in user space a key and its answer take, at log levels 2 and 3, beside the
+/// empty relay. Nothing without a valgrind.
+std::vector<Figure> MeasureInstructions(const Place& place, const Effort& effort);
+
 /// From exec to a client's first connection and first answer, beside a program that has the
 /// service's libraries and only listens.
 std::vector<Figure> MeasureStartUp(const Place& place, const Effort& effort);

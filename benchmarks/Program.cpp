@@ -93,6 +93,13 @@ void Program::Join()
     }
 }
 
+void Program::Terminate()
+{
+    const pid_t pid = std::exchange(m_pid, -1);
+    ::kill(pid, SIGTERM);
+    ::waitpid(pid, nullptr, 0);
+}
+
 std::chrono::nanoseconds Program::CpuTime() const
 {
     clockid_t clock{};

@@ -33,6 +33,9 @@ public:
     /// Waits until it ends by itself. Throws `std::runtime_error` if it does not end well.
     void Join();
 
+    /// Asks it to end and waits until it has.
+    void Terminate();
+
     /// User and system time of all its threads.
     std::chrono::nanoseconds CpuTime() const;
 

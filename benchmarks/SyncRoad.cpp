@@ -8,6 +8,7 @@
 
 #include "ProtoBufs/Trellan_MessageIDs.pb.h"
 #include "ProtoBufs/Trellan_Service.pb.h"
+#include "benchmarks/HttpReader.h"
 #include "benchmarks/Measurements.h"
 #include "benchmarks/SyncByHand.h"
 
