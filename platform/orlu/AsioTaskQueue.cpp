@@ -204,9 +204,11 @@ void AsioTaskQueue::TakeForeign()
 void AsioTaskQueue::EndWakeUp()
 {
     while (!m_endOfWakeUp.empty() && !m_stopped) {
-        for (const auto& work : std::exchange(m_endOfWakeUp, {})) {
+        m_ending.swap(m_endOfWakeUp);
+        for (const auto& work : m_ending) {
             work();
         }
+        m_ending.clear();
     }
 }
 

@@ -16,6 +16,7 @@
 
 #include "orlu/AlarmList.h"
 #include "orlu/Runtime.h"
+#include "orlu/WaitAllocator.h"
 
 namespace Orlu {
 
@@ -43,6 +44,9 @@ public:
     boost::asio::io_context& Context() { return m_context; }
     bool IsStopped() const { return m_stopped; }
 
+    /// For what waits over and over on this queue.
+    WaitAllocator<void> ForWaits() { return WaitAllocator<void>(m_waitMemory); }
+
     /// Where a socket of this queue reads to, `Limits::kReadBytes` long: one for all of them, as no
     /// two read at the same time.
     std::span<std::uint8_t> ReadBuffer();
@@ -60,12 +64,14 @@ private:
     void DropAll();
 
     const std::string m_name;
+    WaitMemory m_waitMemory;
     boost::asio::io_context m_context{1};
     boost::asio::steady_timer m_timer{m_context};
     MonotonicMs m_timerDue = MonotonicMs::max();
 
     std::deque<Work> m_work;
     std::vector<Work> m_endOfWakeUp;
+    std::vector<Work> m_ending;  ///< Those of them that run now; empty else, with its memory.
     AlarmList m_alarms;
     std::unique_ptr<std::uint8_t[]> m_readBuffer;
 

@@ -92,14 +92,12 @@ private:
     Orlu::TaskQueuePtr m_queue;
 };
 
-/// Handle of a registration or a request. Dropping it leaves the registration in force.
+/// Handle of a registration or a request, for one owner. Dropping it leaves the registration in
+/// force.
 class CallbackConnection {
 public:
     CallbackConnection() = default;
-    explicit CallbackConnection(std::function<void()> disconnect)
-        : m_disconnect(std::move(disconnect))
-    {
-    }
+    explicit CallbackConnection(Orlu::Work disconnect) : m_disconnect(std::move(disconnect)) {}
 
     explicit operator bool() const { return static_cast<bool>(m_disconnect); }
 
@@ -112,5 +110,5 @@ public:
     }
 
 private:
-    std::function<void()> m_disconnect;
+    Orlu::Work m_disconnect;
 };

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 
 #include "orlu/LogLine.h"
 #include "orlu/LogOutput.h"
@@ -88,6 +89,13 @@ void DPrint::Put(int level, std::string_view text) const
     AppendText(lines.lines, m_prefix, text);
     lines.lines += '\n';
     FlushOrPromise(lines, level);
+}
+
+void DPrint::PutFormatted(int level, fmt::string_view format, fmt::format_args args) const
+{
+    fmt::memory_buffer text;
+    fmt::vformat_to(std::back_inserter(text), format, args);
+    Put(level, {text.data(), text.size()});
 }
 
 void DPrint::Flush()

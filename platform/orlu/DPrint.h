@@ -32,7 +32,7 @@ public:
     void Log(int level, fmt::format_string<Args...> format, Args&&... args) const
     {
         if (IsLog(level)) {
-            Put(level, fmt::format(format, std::forward<Args>(args)...));
+            PutFormatted(level, format, fmt::make_format_args(args...));
         }
     }
 
@@ -51,6 +51,8 @@ public:
     static void SetSink(Sink sink);
 
 private:
+    void PutFormatted(int level, fmt::string_view format, fmt::format_args args) const;
+
     static inline int s_level = 3;
     const char* m_name;
     const char* m_prefix;

@@ -155,7 +155,9 @@ Reader::Status Reader::Next(IPCMessageEnvelope& envelope)
 Reader::Status Reader::KeepRest()
 {
     if (m_kept.empty()) {
-        m_kept.assign(m_input.begin(), m_input.end());
+        if (!m_input.empty()) {
+            m_kept.assign(m_input.begin(), m_input.end());
+        }
     } else {
         m_kept.erase(0, m_kept.size() - m_input.size());
     }

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 
 #include <fmt/format.h>
@@ -73,30 +75,75 @@ unsigned Priority(int level)
     }
 }
 
-struct Time {
-    unsigned year, month, day, hour, minute, second, milli;
-};
+using Seconds = std::chrono::sys_seconds;
 
-/// By arithmetic alone: `gmtime_r` takes a lock, which a fault must not wait for.
-Time UtcNow()
+/// "2026-11-24T18:03:07." by arithmetic alone: `gmtime_r` takes a lock, which a fault must not wait
+/// for.
+void PutSecond(Head& head, Seconds second)
 {
     using namespace std::chrono;
-    const auto now = floor<milliseconds>(system_clock::now());
-    const auto today = floor<days>(now);
+    const auto today = floor<days>(second);
     const year_month_day date(today);
-    const hh_mm_ss time(now - today);
-    return {static_cast<unsigned>(static_cast<int>(date.year())),
-            static_cast<unsigned>(date.month()),
-            static_cast<unsigned>(date.day()),
-            static_cast<unsigned>(time.hours().count()),
-            static_cast<unsigned>(time.minutes().count()),
-            static_cast<unsigned>(time.seconds().count()),
-            static_cast<unsigned>(time.subseconds().count())};
+    const hh_mm_ss time(second - today);
+    head.Put(static_cast<unsigned>(static_cast<int>(date.year())), 4).Put("-");
+    head.Put(static_cast<unsigned>(date.month()), 2).Put("-");
+    head.Put(static_cast<unsigned>(date.day()), 2).Put("T");
+    head.Put(static_cast<unsigned>(time.hours().count()), 2).Put(":");
+    head.Put(static_cast<unsigned>(time.minutes().count()), 2).Put(":");
+    head.Put(static_cast<unsigned>(time.seconds().count()), 2).Put(".");
+}
+
+/// The same from memory while the second lasts.
+void PutKnownSecond(Head& head, Seconds second)
+{
+    thread_local Seconds known = Seconds::min();
+    thread_local char text[24];
+    thread_local std::size_t size = 0;
+    if (second != known) {
+        Head fresh(text, sizeof text);
+        PutSecond(fresh, second);
+        size = fresh.Size();
+        known = second;
+    }
+    head.Put({text, size});
+}
+
+void PutHead(Head& head, int level, std::string_view logger, void (*putSecond)(Head&, Seconds))
+{
+    using namespace std::chrono;
+    if (g_readBySystemd) {
+        head.Put("<").Put(Priority(level), 1).Put(">");
+    } else {
+        const auto now = floor<milliseconds>(system_clock::now());
+        const auto second = floor<seconds>(now);
+        putSecond(head, second);
+        head.Put(static_cast<unsigned>((now - second).count()), 3).Put("Z ");
+    }
+    head.Put(static_cast<unsigned>(level), 1).Put(" ").Put(logger).Put(": ");
 }
 
 bool IsPlain(char c)
 {
     return c >= 0x20 && c < 0x7F;
+}
+
+/// Where the first character is that is not plain, or the end of `text`. Eight at a time: a byte's
+/// highest bit is set, or comes to be by one more at 0x7F and by a borrow below 0x20; what is
+/// carried into the next byte comes from one that is not plain itself.
+std::size_t PlainLength(std::string_view text)
+{
+    constexpr std::uint64_t kOnes = 0x0101'0101'0101'0101;
+    std::size_t length = 0;
+    for (std::uint64_t word = 0; text.size() - length >= sizeof word; length += sizeof word) {
+        std::memcpy(&word, text.data() + length, sizeof word);
+        if (((word | (word + kOnes) | (word - 0x20 * kOnes)) & 0x80 * kOnes) != 0) {
+            break;
+        }
+    }
+    while (length < text.size() && IsPlain(text[length])) {
+        ++length;
+    }
+    return length;
 }
 
 void AppendEscape(std::string& line, char c)
@@ -128,29 +175,22 @@ bool IsUpperControl(std::string_view sequence)
 std::size_t WriteLogHead(char* buffer, std::size_t size, int level, std::string_view logger)
 {
     Head head(buffer, size);
-    if (g_readBySystemd) {
-        head.Put("<").Put(Priority(level), 1).Put(">");
-    } else {
-        const Time now = UtcNow();
-        head.Put(now.year, 4).Put("-").Put(now.month, 2).Put("-").Put(now.day, 2).Put("T");
-        head.Put(now.hour, 2).Put(":").Put(now.minute, 2).Put(":").Put(now.second, 2).Put(".");
-        head.Put(now.milli, 3).Put("Z ");
-    }
-    head.Put(static_cast<unsigned>(level), 1).Put(" ").Put(logger).Put(": ");
+    PutHead(head, level, logger, PutSecond);
     return head.Size();
 }
 
 void AppendLogHead(std::string& line, int level, std::string_view logger)
 {
-    char head[128];
-    line.append(head, WriteLogHead(head, sizeof head, level, logger));
+    char text[128];
+    Head head(text, sizeof text);
+    PutHead(head, level, logger, PutKnownSecond);
+    line.append(text, head.Size());
 }
 
 void AppendEscaped(std::string& line, std::string_view text)
 {
     while (!text.empty()) {
-        const auto plain = std::ranges::find_if_not(text, IsPlain);
-        const auto length = static_cast<std::size_t>(plain - text.begin());
+        const auto length = PlainLength(text);
         line.append(text.substr(0, length));
         text.remove_prefix(length);
         if (text.empty()) {

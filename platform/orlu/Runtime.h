@@ -8,6 +8,8 @@
 #include <memory>
 #include <string>
 
+#include "orlu/Work.h"
+
 namespace Network {
 class ConnectorSocket;
 }
@@ -16,8 +18,6 @@ class ConnectorSocket;
 /// Boost.Asio loop for each task, Unix sockets, the system's clocks. A test installs a runtime of
 /// its own before it makes the first task, and everything above runs on that unchanged.
 namespace Orlu {
-
-using Work = std::function<void()>;
 
 /// Milliseconds on the monotonic clock. All timed things use this clock.
 using MonotonicMs = std::chrono::milliseconds;

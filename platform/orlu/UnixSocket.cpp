@@ -6,6 +6,7 @@
 #include <utility>
 
 #include <sys/socket.h>
+#include <boost/asio/bind_allocator.hpp>
 
 #include "orlu/DPrint.h"
 #include "orlu/Limits.h"
@@ -49,13 +50,14 @@ void UnixSocket::Receive(OnBytes bytes, OnClosed closed)
 
 void UnixSocket::WaitReadable()
 {
+    auto readable = [weak = weak_from_this()](const boost::system::error_code& error) {
+        const auto self = weak.lock();
+        if (self && !error) {
+            self->ReadOnce();
+        }
+    };
     m_socket.async_wait(LocalSocket::wait_read,
-                        [weak = weak_from_this()](const boost::system::error_code& error) {
-                            const auto self = weak.lock();
-                            if (self && !error) {
-                                self->ReadOnce();
-                            }
-                        });
+                        boost::asio::bind_allocator(m_queue->ForWaits(), readable));
 }
 
 void UnixSocket::ReadOnce()

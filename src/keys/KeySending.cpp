@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include <fmt/compile.h>
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include <fmt/format.h>
 
 #include "blaster/Trellan_ServiceBlasterProxy.h"
 #include "keys/KeyLog.h"
@@ -65,19 +69,27 @@ void Trellan_ServiceKeyHandler::sendKey(const std::string& codeset, std::uint32_
         flag = kSinglePress;
     }
     m_blasterProxy->SendBlasterKey(codeset, static_cast<std::uint8_t>(ueiKey), flag, callback);
-    AddToHistory(codeset, orluKey, ueiKey, flag);
+    AddToHistory({codeset, orluKey, ueiKey, flag});
     kKeyLog.Log(3, "UEI Key Press: {} code set: {} Key Flag: {} corresponding Orlu key: {}", ueiKey,
                 codeset, flag, orluKey);
 }
 
-void Trellan_ServiceKeyHandler::AddToHistory(const std::string& codeset, std::uint32_t orluKey,
-                                             std::uint32_t ueiKey, std::uint8_t flag)
+void Trellan_ServiceKeyHandler::AddToHistory(SentKey key)
 {
-    m_keyHistory.push_back(fmt::format(FMT_COMPILE("Value: {:x} Key: {} ciCode: {} Flag: {:x}\n"),
-                                       orluKey, UEIKeySchemaName(ueiKey), codeset, flag));
+    m_keyHistory.push_back(std::move(key));
     if (m_keyHistory.size() > kHistoryLines) {
         m_keyHistory.pop_front();
     }
+}
+
+std::deque<std::string> Trellan_ServiceKeyHandler::GetKeyHistory() const
+{
+    std::deque<std::string> lines;
+    std::ranges::transform(m_keyHistory, std::back_inserter(lines), [](const SentKey& key) {
+        return fmt::format("Value: {:x} Key: {} ciCode: {} Flag: {:x}\n", key.orluKey,
+                           UEIKeySchemaName(key.ueiKey), key.codeset, key.flag);
+    });
+    return lines;
 }
 
 }  // namespace TrellanService

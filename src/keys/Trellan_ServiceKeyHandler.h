@@ -79,14 +79,21 @@ public:
     void SetKeyDelay(std::uint32_t keyDelay, std::uint32_t maxBlastTime);
 
     /// The last 50 keys that were sent by infrared, oldest first; each line ends in a line feed.
-    const std::deque<std::string>& GetKeyHistory() const { return m_keyHistory; }
+    std::deque<std::string> GetKeyHistory() const;
     void ClearKeyHistory() { m_keyHistory.clear(); }
 
 private:
+    /// What a line of the history is made of once somebody reads it.
+    struct SentKey {
+        std::string codeset;
+        std::uint32_t orluKey;
+        std::uint32_t ueiKey;
+        std::uint8_t flag;
+    };
+
     void sendKey(const std::string& codeset, std::uint32_t orluKey, std::uint8_t flag,
                  const StringCallback& callback);
-    void AddToHistory(const std::string& codeset, std::uint32_t orluKey, std::uint32_t ueiKey,
-                      std::uint8_t flag);
+    void AddToHistory(SentKey key);
     bool GoesByInfrared(std::string_view codeset) const;
     bool MayBlastContinuously(std::string_view codeset) const;
 
@@ -114,7 +121,7 @@ public:
 private:
     std::uint32_t m_maxBlastTime = 120;
     std::uint32_t m_keyDelay = 200;
-    std::deque<std::string> m_keyHistory;
+    std::deque<SentKey> m_keyHistory;
     const Trellan_ServiceCodesetHandler& m_codesets;
     StringCallback m_endCallback;
     StringCallback m_quietCallback;

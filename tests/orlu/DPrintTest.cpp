@@ -38,6 +38,22 @@ TEST(DPrint, NobodyForgesALine)
     }
 }
 
+TEST(DPrint, EachByteIsEscapedAloneWhereverItStands)
+{
+    const std::string around = "0123456789 ~ABCDEFGHI";
+    for (int byte = 0; byte < 256; ++byte) {
+        const std::string one(1, static_cast<char>(byte));
+        std::string escaped;
+        Orlu::AppendEscaped(escaped, one);
+        EXPECT_EQ(escaped == one, byte >= 0x20 && byte < 0x7F) << byte;
+        for (std::size_t at = 0; at <= around.size(); ++at) {
+            std::string line;
+            Orlu::AppendEscaped(line, std::string(around).insert(at, one));
+            EXPECT_EQ(line, std::string(around).insert(at, escaped)) << byte << " at " << at;
+        }
+    }
+}
+
 TEST(DPrint, TheEnvironmentPicksTheLevel)
 {
     const std::pair<const char*, const char*> rows[] = {{"1", "1"},     {"2", "12"},  {"4", "1234"},
