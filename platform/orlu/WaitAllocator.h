@@ -65,8 +65,10 @@ public:
     {
     }
 
+    // NOLINTBEGIN(readability-identifier-naming): the names that the standard gives an allocator
     T* allocate(std::size_t count) { return static_cast<T*>(m_memory->Take(count * sizeof(T))); }
     void deallocate(T* memory, std::size_t count) { m_memory->GiveBack(memory, count * sizeof(T)); }
+    // NOLINTEND(readability-identifier-naming)
 
     template <class U>
     bool operator==(const WaitAllocator<U>& other) const

@@ -17,10 +17,11 @@ public:
     Work() = default;
     Work(std::nullptr_t) {}  // NOLINT(google-explicit-constructor): empty, as with std::function
 
-    /// From an empty `std::function` an empty one.
+    /// Stands in for any callable; from an empty `std::function` an empty one.
     template <class F>
     requires(!std::is_same_v<std::decay_t<F>, Work> && std::is_invocable_v<std::decay_t<F>&>)
-        Work(F&& function)  // NOLINT(google-explicit-constructor): stands in for any callable
+        // NOLINTNEXTLINE(google-explicit-constructor,bugprone-forwarding-reference-overload)
+        Work(F&& function)
     {
         if constexpr (requires { function.target_type(); }) {
             if (!function) {
@@ -54,6 +55,7 @@ public:
 
 private:
     static constexpr std::size_t kPlaceBytes = 48;
+    static constexpr std::size_t kPlaceAlignment = alignof(void*);
 
     /// What can be done with the callable, whose type nobody else knows.
     struct Acts {
@@ -61,6 +63,11 @@ private:
         void (*move)(void* held, void* to);  ///< Leaves nothing behind.
         void (*destroy)(void* held);
     };
+
+    template <class Held>
+    static constexpr bool kFits = sizeof(Held) <= kPlaceBytes&& kPlaceAlignment % alignof(Held) ==
+                                      0 &&
+                                  std::is_nothrow_move_constructible_v<Held>;
 
     template <class Held>
     static constexpr Acts kActsOf = {
@@ -76,8 +83,7 @@ private:
     void Hold(F&& function)
     {
         using Held = std::decay_t<F>;
-        if constexpr (sizeof(Held) <= kPlaceBytes && alignof(Held) <= alignof(void*) &&
-                      std::is_nothrow_move_constructible_v<Held>) {
+        if constexpr (kFits<Held>) {
             ::new (static_cast<void*>(m_place)) Held(std::forward<F>(function));
             m_acts = &kActsOf<Held>;
         } else {
@@ -101,7 +107,7 @@ private:
     }
 
     const Acts* m_acts = nullptr;
-    alignas(void*) mutable std::byte m_place[kPlaceBytes];
+    alignas(kPlaceAlignment) mutable std::byte m_place[kPlaceBytes];
 };
 
 }  // namespace Orlu
