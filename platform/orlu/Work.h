@@ -35,7 +35,8 @@ public:
     Work& operator=(Work&& other) noexcept
     {
         if (this != &other) {
-            Clear();
+            // Goes last: what it holds may come back here.
+            const Work before = std::move(*this);
             Take(other);
         }
         return *this;
