@@ -17,7 +17,7 @@ namespace {
 
 using namespace TrellanServiceMessages;  // NOLINT(google-build-using-namespace)
 
-constexpr std::chrono::seconds kPatience{10};
+constexpr std::chrono::seconds kTimeout{10};
 
 void SetReceiveTimeout(int fd, std::chrono::microseconds timeout)
 {
@@ -29,7 +29,7 @@ void SetReceiveTimeout(int fd, std::chrono::microseconds timeout)
 
 Descriptor ConnectAsSoonAsPossible(const std::string& path)
 {
-    const auto end = Clock::now() + kPatience;
+    const auto end = Clock::now() + kTimeout;
     while (Clock::now() < end) {
         if (auto socket = ConnectTo(path)) {
             return socket;
@@ -44,7 +44,7 @@ KeyClient::KeyClient(const std::string& root)
     m_key.set_keyval(IpcProtocol::ORLU_NUMBER_5);
     m_key.set_keyaction(OrluKeyReqMessage_t::KEY_ACTION_SINGLE_PRESS);
     m_key.set_codeset("T2051");
-    SetReceiveTimeout(m_stream.Fd(), kPatience);
+    SetReceiveTimeout(m_stream.Fd(), kTimeout);
 }
 
 void KeyClient::SendSourceList()
@@ -60,13 +60,13 @@ void KeyClient::Warm(const LpmSink& sink)
 {
     // A key is dropped while the service has not reached LpmService yet.
     SetReceiveTimeout(m_stream.Fd(), std::chrono::milliseconds(50));
-    const auto end = Clock::now() + kPatience;
+    const auto end = Clock::now() + kTimeout;
     while (Clock::now() < end) {
         const auto before = sink.Arrivals();
         PutKey();
         m_stream.Flush();
         if (WaitForReply(m_lastToken) && sink.Arrivals() > before) {
-            SetReceiveTimeout(m_stream.Fd(), kPatience);
+            SetReceiveTimeout(m_stream.Fd(), kTimeout);
             return;
         }
     }

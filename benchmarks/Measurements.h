@@ -23,7 +23,7 @@ struct Effort {
 
 /// A key's way from the client through the service to LpmService and back, beside the same chain
 /// with an empty relay in the service's place.
-std::vector<Figure> MeasureKeyRoad(const Place& place, const Effort& effort);
+std::vector<Figure> MeasureKeyPath(const Place& place, const Effort& effort);
 
 /// How much dirty memory a million keys leave behind.
 std::vector<Figure> MeasureKeyGrowth(const Place& place, const Effort& effort);

@@ -1,4 +1,4 @@
-# What the house takes from Debian 12; docs/dependencies.md says what each is for.
+# What the project takes from Debian 12; docs/dependencies.md says what each is for.
 
 set(Protobuf_USE_STATIC_LIBS ON)
 find_package(Protobuf 3.21 REQUIRED)

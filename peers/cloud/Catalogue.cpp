@@ -3,8 +3,8 @@
 #include "cloud/Catalogue.h"
 
 #include "cloud/Edid.h"
-#include "cloud/Likeness.h"
 #include "cloud/Schema.h"
+#include "cloud/Similarity.h"
 
 #include <algorithm>
 #include <array>
@@ -158,7 +158,7 @@ std::vector<LikeModel> Catalogue::Models(std::string_view type, std::string_view
     auto rows = m_models.Run(type, brand);
     while (rows.Next()) {
         LikeModel model{rows.Text(0), 0};
-        model.value = Likeness(hint, model.name);
+        model.value = Similarity(hint, model.name);
         if (model.value >= threshold) {
             models.push_back(std::move(model));
         }

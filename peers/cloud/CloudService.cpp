@@ -3,7 +3,7 @@
 #include "cloud/CloudService.h"
 
 #include "cloud/Base64.h"
-#include "cloud/Members.h"
+#include "cloud/JsonMembers.h"
 #include "cloud/Schema.h"
 #include "orlu/StrictJson.h"
 
@@ -88,7 +88,7 @@ struct Operations {
     CloudService& service;
     const Json::Value& request;
     Json::Value& answer;
-    Members members = Members(request);
+    JsonMembers members = JsonMembers(request);
     Catalogue& catalogue = service.m_catalogue;
 
     Status Version()
@@ -226,7 +226,7 @@ const OperationRow* FindOperation(std::string_view name)
 
 bool HasGoodHead(const Json::Value& request)
 {
-    Members head(request);
+    JsonMembers head(request);
     head.Text("identity", 1, kIdentityBytes);
     head.Text("vector");
     return head.AreGood();

@@ -4,7 +4,7 @@
 
 #include <cstdio>
 
-#include "console/Words.h"
+#include "console/ConsoleText.h"
 #include "orlu/Limits.h"
 
 namespace OrluConsole {

@@ -36,8 +36,8 @@ constexpr const char* kFooter =
     "Exit: 0 answered or interrupted, 1 no answer (120 s), 2 usage, 3 no service (3 s) or, while\n"
     "it stays connected, no longer.";
 
-/// Words of the command line, as CLI11 fills them.
-struct Words {
+/// CommandArguments of the command line, as CLI11 fills them.
+struct CommandArguments {
     std::vector<std::string> sources;
     std::string codeset;
     std::string key;
@@ -93,71 +93,71 @@ std::string Bytes(const std::string& path)
     return bytes;
 }
 
-Command Sources(const Words& words)
+Command Sources(const CommandArguments& arguments)
 {
     SrcCiCodeMessage_t message;
-    for (const auto& name : words.sources) {
+    for (const auto& name : arguments.sources) {
         message.add_cicode(Text(name, "NAME"));
     }
     return {Mode::kTell, Say(TrellanService_MESSAGE_ID_SRC_CICODES, message), {}};
 }
 
-Command Key(const Words& words, bool hold)
+Command Key(const CommandArguments& arguments, bool hold)
 {
-    const auto key = ReadKey(words.key);
+    const auto key = ReadKey(arguments.key);
     if (!key) {
-        throw CLI::ValidationError("KEY is no product key: " + words.key);
+        throw CLI::ValidationError("KEY is no product key: " + arguments.key);
     }
     OrluKeyReqMessage_t message;
     message.set_keyval(*key);
     message.set_keyaction(hold ? OrluKeyReqMessage_t::KEY_ACTION_CONTINUOUS_PRESS
                                : OrluKeyReqMessage_t::KEY_ACTION_SINGLE_PRESS);
-    message.set_codeset(Text(words.codeset, "CODESET"));
+    message.set_codeset(Text(arguments.codeset, "CODESET"));
     return {hold ? Mode::kHold : Mode::kAsk, Say(TrellanService_MESSAGE_ID_ORLU_KEY_REQ, message),
-            std::chrono::milliseconds(words.holdMs)};
+            std::chrono::milliseconds(arguments.holdMs)};
 }
 
-Command KeyMap(const Words& words)
+Command KeyMap(const CommandArguments& arguments)
 {
     KeyMapMessage_t message;
-    message.set_cicode(Text(words.codeset, "CODESET"));
+    message.set_cicode(Text(arguments.codeset, "CODESET"));
     return {Mode::kAsk, Say(TrellanService_MESSAGE_ID_KEYMAP_REQ, message), {}};
 }
 
-Command HasKey(const Words& words)
+Command HasKey(const CommandArguments& arguments)
 {
     IsKeyInCodesetMessage_t message;
-    message.set_cicode(Text(words.codeset, "CODESET"));
-    message.set_ueikey(Number(words.key, "N", 255));
+    message.set_cicode(Text(arguments.codeset, "CODESET"));
+    message.set_ueikey(Number(arguments.key, "N", 255));
     return {Mode::kAsk, Say(TrellanService_MESSAGE_ID_IS_KEY_IN_CODESET, message), {}};
 }
 
-Command FindCec(const Words& words)
+Command FindCec(const CommandArguments& arguments)
 {
     FindCECDevice_t message;
-    message.set_vendorid(Number(words.vendor, "VENDOR", UINT32_MAX));
-    message.set_logicaladdr(Number(words.address, "ADDR", UINT32_MAX));
-    message.set_osd(Text(words.osd, "OSD"));
+    message.set_vendorid(Number(arguments.vendor, "VENDOR", UINT32_MAX));
+    message.set_logicaladdr(Number(arguments.address, "ADDR", UINT32_MAX));
+    message.set_osd(Text(arguments.osd, "OSD"));
     return {Mode::kAsk, Say(TrellanService_MESSAGE_ID_FIND_CEC_DEV_REQ, message), {}};
 }
 
-Command FindEdid(const Words& words)
+Command FindEdid(const CommandArguments& arguments)
 {
     FindEDIDDevice_t message;
-    message.set_edid(Bytes(words.file));
+    message.set_edid(Bytes(arguments.file));
     return {Mode::kAsk, Say(TrellanService_MESSAGE_ID_FIND_EDID_DEV_REQ, message), {}};
 }
 
-Command Direct(const Words& words)
+Command Direct(const CommandArguments& arguments)
 {
     DirectEntryResp_t message;
-    message.set_devicetype(Text(words.type, "TYPE"));
-    message.set_brand(Text(words.brand, "BRAND"));
-    message.set_model(Text(words.model, "MODEL"));
+    message.set_devicetype(Text(arguments.type, "TYPE"));
+    message.set_brand(Text(arguments.brand, "BRAND"));
+    message.set_model(Text(arguments.model, "MODEL"));
     return {Mode::kAsk, Say(TrellanService_MESSAGE_ID_DIRECT_ENTRY, message), {}};
 }
 
-/// The options, each with what makes its command of the words.
+/// The options, each with what makes its command of the arguments.
 class Parser {
 public:
     Parser()
@@ -171,13 +171,13 @@ public:
         AddFinds();
     }
 
-    Command Parse(std::vector<std::string> words)
+    Command Parse(std::vector<std::string> arguments)
     {
-        // CLI11 takes words from the back, and a lone dash for no command's name.
-        if (!words.empty() && words.front() == "-") {
-            words.front() = "lines";
+        // CLI11 takes arguments from the back, and a lone dash for no command's name.
+        if (!arguments.empty() && arguments.front() == "-") {
+            arguments.front() = "lines";
         }
-        m_app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+        m_app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
         if (!m_make) {
             throw CLI::ValidationError("a command is required; --help lists them");
         }
@@ -187,12 +187,12 @@ public:
     std::string Help(const CLI::CallForHelp& /*call*/) const { return m_app.help(); }
 
 private:
-    CLI::App* Add(const char* name, const char* what, Command (*make)(const Words&))
+    CLI::App* Add(const char* name, const char* what, Command (*make)(const CommandArguments&))
     {
         CLI::App* command = m_app.add_subcommand(name, what);
         command->callback([this, make] {
             m_make = [this, make] {
-                return make(m_words);
+                return make(m_arguments);
             };
         });
         return command;
@@ -200,60 +200,60 @@ private:
 
     void AddPlain()
     {
-        Add("watch", "print every event until Ctrl-C", [](const Words&) {
+        Add("watch", "print every event until Ctrl-C", [](const CommandArguments&) {
             return Command{Mode::kWatch, {}, {}};
         });
         Add("lines",
             "written \"-\": send lines \"<id> <json>\" of standard input, print all answers",
-            [](const Words&) {
+            [](const CommandArguments&) {
                 return Command{Mode::kLines, {}, {}};
             });
         Add("serve",
             "give the local API's page its keys, its state and the devices, and the service the "
             "product's sources, until Ctrl-C",
-            [](const Words&) {
+            [](const CommandArguments&) {
                 return Command{Mode::kServe, {}, {}};
             });
-        Add("cloud", "ask whether the cloud is connected", [](const Words&) {
+        Add("cloud", "ask whether the cloud is connected", [](const CommandArguments&) {
             return Command{Mode::kAsk,
                            Say(TrellanService_MESSAGE_ID_IS_CLOUD_CONNECTED, CloudConnectState_t()),
                            {}};
         });
         Add("sources", "hand over the source list; no answer, prints {\"sent\": true}", Sources)
-            ->add_option("NAME", m_words.sources, "code sets; none: an empty list");
+            ->add_option("NAME", m_arguments.sources, "code sets; none: an empty list");
     }
 
     void AddKeys()
     {
         CLI::App* key = m_app.add_subcommand("key", "press a key");
-        AddWord(key, "CODESET", m_words.codeset);
-        AddWord(key, "KEY", m_words.key);
+        AddWord(key, "CODESET", m_arguments.codeset);
+        AddWord(key, "KEY", m_arguments.key);
         const CLI::Option* hold =
-            key->add_option("--hold", m_words.holdMs, "hold it for MS, then let go")
+            key->add_option("--hold", m_arguments.holdMs, "hold it for MS, then let go")
                 ->type_name("MS")
                 ->check(CLI::Range(0, 3600000));
         key->callback([this, hold] {
             m_make = [this, held = hold->count() > 0] {
-                return Key(m_words, held);
+                return Key(m_arguments, held);
             };
         });
-        AddWord(Add("keymap", "ask for a code set's keys", KeyMap), "CODESET", m_words.codeset);
+        AddWord(Add("keymap", "ask for a code set's keys", KeyMap), "CODESET", m_arguments.codeset);
         CLI::App* hasKey = Add("has-key", "ask whether a code set has UEI key N", HasKey);
-        AddWord(hasKey, "CODESET", m_words.codeset);
-        AddWord(hasKey, "N", m_words.key);
+        AddWord(hasKey, "CODESET", m_arguments.codeset);
+        AddWord(hasKey, "N", m_arguments.key);
     }
 
     void AddFinds()
     {
         CLI::App* cec = Add("find-cec", "find a device by its CEC data", FindCec);
-        AddWord(cec, "VENDOR", m_words.vendor);
-        AddWord(cec, "ADDR", m_words.address);
-        AddWord(cec, "OSD", m_words.osd);
-        AddWord(Add("find-edid", "find a display by its EDID", FindEdid), "FILE", m_words.file);
+        AddWord(cec, "VENDOR", m_arguments.vendor);
+        AddWord(cec, "ADDR", m_arguments.address);
+        AddWord(cec, "OSD", m_arguments.osd);
+        AddWord(Add("find-edid", "find a display by its EDID", FindEdid), "FILE", m_arguments.file);
         CLI::App* direct = Add("direct", "find a code set by type, brand and model", Direct);
-        AddWord(direct, "TYPE", m_words.type);
-        AddWord(direct, "BRAND", m_words.brand);
-        AddWord(direct, "MODEL", m_words.model);
+        AddWord(direct, "TYPE", m_arguments.type);
+        AddWord(direct, "BRAND", m_arguments.brand);
+        AddWord(direct, "MODEL", m_arguments.model);
     }
 
     static void AddWord(CLI::App* command, const char* name, std::string& word)
@@ -262,7 +262,7 @@ private:
     }
 
     CLI::App m_app{"The product controller: TrellanService's client, for hands and scripts."};
-    Words m_words;
+    CommandArguments m_arguments;
     std::function<Command()> m_make;
 };
 
@@ -282,11 +282,11 @@ std::optional<std::uint8_t> ReadKey(std::string_view text)
     return IpcProtocol::KeyValueFromName(text);
 }
 
-Arguments ReadArguments(const std::vector<std::string>& words)
+Arguments ReadArguments(const std::vector<std::string>& arguments)
 {
     Parser parser;
     try {
-        return {parser.Parse(words), 0, {}, {}};
+        return {parser.Parse(arguments), 0, {}, {}};
     } catch (const CLI::CallForHelp& call) {
         return {{}, 0, parser.Help(call), {}};
     } catch (const CLI::CallForVersion& version) {

@@ -24,18 +24,21 @@ const google::protobuf::Message& Example()
 }
 
 constexpr std::array<MessageKind, 11> kKinds{{
-    {TrellanService_MESSAGE_ID_ORLU_KEY_REQ, Way::kRequest, Example<OrluKeyReqMessage_t>},
-    {TrellanService_MESSAGE_ID_SRC_CICODES, Way::kToService, Example<SrcCiCodeMessage_t>},
-    {TrellanService_MESSAGE_ID_KEYMAP_REQ, Way::kRequest, Example<KeyMapMessage_t>},
-    {TrellanService_MESSAGE_ID_STATE_CHANGED, Way::kFromService, Example<State>},
-    {TrellanService_MESSAGE_ID_IS_KEY_IN_CODESET, Way::kRequest, Example<IsKeyInCodesetMessage_t>},
-    {TrellanService_MESSAGE_ID_FIND_CEC_DEV_REQ, Way::kRequest, Example<FindCECDevice_t>},
-    {TrellanService_MESSAGE_ID_IS_CLOUD_CONNECTED, Way::kRequest, Example<CloudConnectState_t>},
-    {TrellanService_MESSAGE_ID_CLOUD_CONNECTION_CHANGED, Way::kFromService,
+    {TrellanService_MESSAGE_ID_ORLU_KEY_REQ, Direction::kRequest, Example<OrluKeyReqMessage_t>},
+    {TrellanService_MESSAGE_ID_SRC_CICODES, Direction::kToService, Example<SrcCiCodeMessage_t>},
+    {TrellanService_MESSAGE_ID_KEYMAP_REQ, Direction::kRequest, Example<KeyMapMessage_t>},
+    {TrellanService_MESSAGE_ID_STATE_CHANGED, Direction::kFromService, Example<State>},
+    {TrellanService_MESSAGE_ID_IS_KEY_IN_CODESET, Direction::kRequest,
+     Example<IsKeyInCodesetMessage_t>},
+    {TrellanService_MESSAGE_ID_FIND_CEC_DEV_REQ, Direction::kRequest, Example<FindCECDevice_t>},
+    {TrellanService_MESSAGE_ID_IS_CLOUD_CONNECTED, Direction::kRequest,
      Example<CloudConnectState_t>},
-    {TrellanService_MESSAGE_ID_DIRECT_ENTRY, Way::kRequest, Example<DirectEntryResp_t>},
-    {TrellanService_MESSAGE_ID_BLASTER_SYNC_COMPLETE, Way::kFromService, Example<BlasterSync_t>},
-    {TrellanService_MESSAGE_ID_FIND_EDID_DEV_REQ, Way::kRequest, Example<FindEDIDDevice_t>},
+    {TrellanService_MESSAGE_ID_CLOUD_CONNECTION_CHANGED, Direction::kFromService,
+     Example<CloudConnectState_t>},
+    {TrellanService_MESSAGE_ID_DIRECT_ENTRY, Direction::kRequest, Example<DirectEntryResp_t>},
+    {TrellanService_MESSAGE_ID_BLASTER_SYNC_COMPLETE, Direction::kFromService,
+     Example<BlasterSync_t>},
+    {TrellanService_MESSAGE_ID_FIND_EDID_DEV_REQ, Direction::kRequest, Example<FindEDIDDevice_t>},
 }};
 
 std::string_view Trim(std::string_view text)
@@ -79,7 +82,7 @@ std::optional<ToService> ReadLine(std::string_view line, std::string& complaint)
         complaint = "no message has the id " + std::to_string(*id);
         return {};
     }
-    if (kind->way == Way::kFromService) {
+    if (kind->direction == Direction::kFromService) {
         complaint = "the service sends id " + std::to_string(*id) + ", it does not take it";
         return {};
     }

@@ -14,7 +14,7 @@
 /// What the product controller and the service say to each other, and how a line of text says it.
 namespace Controller {
 
-enum class Way {
+enum class Direction {
     kRequest,  // to the service, which answers under the same id
     kToService,
     kFromService
@@ -23,7 +23,7 @@ enum class Way {
 /// One row of the catalogue; `example` gives an empty message of the kind.
 struct MessageKind {
     std::uint32_t id;
-    Way way;
+    Direction direction;
     const google::protobuf::Message& (*example)();
 };
 

@@ -31,7 +31,7 @@ void Relay::Accept(const Orlu::SocketPtr& socket)
     const std::weak_ptr<IPCMessageRouterIF> weak = client;
     m_clients.push_back(client);
     for (const auto& kind : MessageKinds()) {
-        if (kind.way != Way::kFromService) {
+        if (kind.direction != Direction::kFromService) {
             client->AddHandler(kind.id, IPCMessageRouterIF::EnvelopeHandler(
                                             [this, weak](const IPCMessageEnvelope& envelope) {
                                                 PassOn(weak, envelope);

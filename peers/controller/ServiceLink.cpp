@@ -23,15 +23,15 @@ ServiceLink::ServiceLink(NotifyTargetTaskIF* task, Handlers handlers)
 {
     m_retryTimer->SetTimeouts(kRetryMs, 0);
     for (const auto& kind : MessageKinds()) {
-        if (kind.way == Way::kFromService) {
+        if (kind.direction == Direction::kFromService) {
             m_router->AddHandler(kind.id, IPCMessageRouterIF::EnvelopeHandler(m_handlers.event));
         }
     }
 }
 
-void ServiceLink::Open(std::chrono::milliseconds patience)
+void ServiceLink::Open(std::chrono::milliseconds timeout)
 {
-    m_giveUp = Orlu::Runtime().Now() + patience;
+    m_giveUp = Orlu::Runtime().Now() + timeout;
     TryRelay();
 }
 

@@ -33,8 +33,8 @@ public:
 
     ServiceLink(NotifyTargetTaskIF* task, Handlers handlers);
 
-    /// Tries for `patience`; then `opened` or `unreachable` is called, once. Again after `lost`.
-    void Open(std::chrono::milliseconds patience);
+    /// Tries for `timeout`; then `opened` or `unreachable` is called, once. Again after `lost`.
+    void Open(std::chrono::milliseconds timeout);
 
     /// No handler is called after this.
     void Close();

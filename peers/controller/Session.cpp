@@ -28,7 +28,7 @@ Session::Session(NotifyTargetTaskIF* task, Command command, Output output)
 
 void Session::Start()
 {
-    m_link.Open(kConnectPatience);
+    m_link.Open(kConnectTimeout);
 }
 
 bool Session::Stays() const
@@ -122,7 +122,7 @@ void Session::Line(const std::string& text)
     const auto message = ReadLine(text, complaint);
     if (!message) {
         m_output.complaint("line " + std::to_string(m_lineNumber) + ": " + complaint);
-    } else if (FindKind(message->id)->way == Way::kRequest) {
+    } else if (FindKind(message->id)->direction == Direction::kRequest) {
         Ask(*message);
     } else {
         Tell(*message);
@@ -145,7 +145,7 @@ void Session::Hold()
 void Session::HoldEnded()
 {
     if (!m_link.Router()->IsConnected()) {
-        m_link.Open(kConnectPatience);
+        m_link.Open(kConnectTimeout);
         return;
     }
     LetGo();
@@ -194,10 +194,10 @@ void Session::AskedAll()
 {
     // From here on, and not from the first question: lines may come for hours.
     m_askedAll = true;
-    m_answerTimer->SetTimeouts(static_cast<std::uint32_t>(kAnswerPatience.count()), 0);
+    m_answerTimer->SetTimeouts(static_cast<std::uint32_t>(kAnswerTimeout.count()), 0);
     m_answerTimer->Start([this] {
         m_output.complaint("no answer within " +
-                           std::to_string(kAnswerPatience / std::chrono::seconds(1)) + " seconds");
+                           std::to_string(kAnswerTimeout / std::chrono::seconds(1)) + " seconds");
         End(kNoAnswer);
     });
     EndIfAnswered();

@@ -17,8 +17,8 @@ namespace Controller {
 
 /// How long the service may take to accept the connection, and for an answer; a guided lookup in
 /// the cloud takes up to 55 s.
-inline constexpr std::chrono::milliseconds kConnectPatience{3000};
-inline constexpr std::chrono::milliseconds kAnswerPatience{120000};
+inline constexpr std::chrono::milliseconds kConnectTimeout{3000};
+inline constexpr std::chrono::milliseconds kAnswerTimeout{120000};
 
 /// One command from the connection to its end. On one task.
 class Session {
@@ -61,7 +61,7 @@ private:
     void Ask(const ToService& question);
     void Tell(const ToService& message);
     void Answer(const IPCMessageEnvelope& reply);
-    /// No further question follows: ends with the last answer, or once patience has run out.
+    /// No further question follows: ends with the last answer, or once timeout has run out.
     void AskedAll();
     void EndIfAnswered();
     /// Once; the connection is closed behind all that was sent.

@@ -11,7 +11,7 @@
 
 #include <unistd.h>
 
-#include "controller/LocalApi.h"
+#include "controller/PageResources.h"
 #include "controller/Session.h"
 #include "orlu/Process.h"
 
@@ -82,11 +82,11 @@ int Serve()
 {
     Orlu::PrepareProcess();
     const auto task = IL::CreateTask("ProductControllerThread", "");
-    std::unique_ptr<Controller::LocalApi> api;
+    std::unique_ptr<Controller::PageResources> api;
     IL::BreakThread(
         [&api, &task] {
-            api = std::make_unique<Controller::LocalApi>(task.get(), Controller::LocalApiPort(),
-                                                         [] { Orlu::SayReady(); });
+            api = std::make_unique<Controller::PageResources>(
+                task.get(), Controller::LocalApiPort(), [] { Orlu::SayReady(); });
             api->Start();
         },
         task.get());

@@ -29,7 +29,7 @@ public:
     Blaster(NotifyTargetTaskIF* task, Transmitter::OnChange change);
 
     /// `sink` is not owned.
-    void AddSink(LightSinkIF* sink) { m_transmitter.AddSink(sink); }
+    void AddSink(FrameSinkIF* sink) { m_transmitter.AddSink(sink); }
 
     /// Carries out one frame and gives the reply. Answers whatever bytes come.
     std::string Execute(Bytes frame, ConnectionId from);

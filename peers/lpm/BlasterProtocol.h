@@ -38,7 +38,7 @@ enum class Command : std::uint8_t {
 enum class Status : std::uint8_t {
     kOk = 0,
     kMalformedFrame = 1,   ///< the length does not fit the frame or the command
-    kUnknownCommand = 2,   ///< no such command, or not on this road
+    kUnknownCommand = 2,   ///< no such command, or not under this message id
     kBadArgument = 3,      ///< a flag or a fixed byte that the command does not know
     kNoSuchCodeset = 4,    ///< no code set of that device number is held
     kNoSuchKey = 5,        ///< the code set has no such key, 255 included

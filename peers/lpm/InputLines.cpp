@@ -23,7 +23,7 @@ std::optional<IpcCecMessage_t> ParseCec(const Json::Value& value, std::string& w
     if (!HasOnly(value, {"addr", "data", "length"}, why)) {
         return std::nullopt;
     }
-    Members members(value);
+    JsonMembers members(value);
     IpcCecMessage_t message;
     if (const auto address = members.Integer("addr", 0, kMaximumUnsigned)) {
         message.set_addr(static_cast<std::uint32_t>(*address));
@@ -60,7 +60,7 @@ bool InputLines::Act(const Json::Value& line, std::string& why)
     if (!HasOnly(line, {"cec", "event65541", "event83", "replies"}, why)) {
         return false;
     }
-    Members members(line);
+    JsonMembers members(line);
     const auto keyMap = members.Hex("event65541");
     const auto stored = members.Hex("event83");
     std::optional<IpcCecMessage_t> cec;

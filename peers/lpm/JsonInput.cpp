@@ -51,8 +51,8 @@ bool HasOnly(const Json::Value& value, std::initializer_list<std::string_view> n
     return true;
 }
 
-std::optional<std::int64_t> Members::Integer(const char* name, std::int64_t lowest,
-                                             std::int64_t highest)
+std::optional<std::int64_t> JsonMembers::Integer(const char* name, std::int64_t lowest,
+                                                 std::int64_t highest)
 {
     const Json::Value* value = Take(name, &Json::Value::isInt64, "a whole number");
     if (value == nullptr) {
@@ -66,13 +66,13 @@ std::optional<std::int64_t> Members::Integer(const char* name, std::int64_t lowe
     return number;
 }
 
-std::optional<bool> Members::Bool(const char* name)
+std::optional<bool> JsonMembers::Bool(const char* name)
 {
     const Json::Value* value = Take(name, &Json::Value::isBool, "true or false");
     return value != nullptr ? std::optional(value->asBool()) : std::nullopt;
 }
 
-std::optional<std::string> Members::Hex(const char* name)
+std::optional<std::string> JsonMembers::Hex(const char* name)
 {
     const Json::Value* value = Take(name, &Json::Value::isString, "a text");
     if (value == nullptr) {
@@ -85,13 +85,13 @@ std::optional<std::string> Members::Hex(const char* name)
     return bytes;
 }
 
-const Json::Value* Members::Array(const char* name)
+const Json::Value* JsonMembers::Array(const char* name)
 {
     return Take(name, &Json::Value::isArray, "an array");
 }
 
-const Json::Value* Members::Take(const char* name, bool (Json::Value::*is)() const,
-                                 const char* kind)
+const Json::Value* JsonMembers::Take(const char* name, bool (Json::Value::*is)() const,
+                                     const char* kind)
 {
     if (!m_object.isMember(name)) {
         return nullptr;
@@ -104,7 +104,7 @@ const Json::Value* Members::Take(const char* name, bool (Json::Value::*is)() con
     return &value;
 }
 
-void Members::Fail(const char* name, const std::string& what)
+void JsonMembers::Fail(const char* name, const std::string& what)
 {
     if (m_why.empty()) {
         m_why = std::string("\"") + name + "\" is " + what;

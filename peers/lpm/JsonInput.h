@@ -22,9 +22,9 @@ bool HasOnly(const Json::Value& value, std::initializer_list<std::string_view> n
 
 /// Takes members out of one object. A member that is absent gives nothing; one of another type or
 /// out of its range gives nothing and the first such reason stays in `Why`.
-class Members {
+class JsonMembers {
 public:
-    explicit Members(const Json::Value& object) : m_object(object) {}
+    explicit JsonMembers(const Json::Value& object) : m_object(object) {}
 
     std::optional<std::int64_t> Integer(const char* name, std::int64_t lowest,
                                         std::int64_t highest);

@@ -57,7 +57,7 @@ LircEmitter::~LircEmitter()
     close(m_fd);
 }
 
-void LircEmitter::Shine(const LightFrame& frame)
+void LircEmitter::HandleFrame(const InfraredFrame& frame)
 {
     if (m_waiting >= kMaximumWaiting) {
         kLog.Log(2, "A frame is dropped: {} still wait", m_waiting.load());

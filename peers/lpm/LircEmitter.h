@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "infrared/Light.h"
+#include "infrared/InfraredFrame.h"
 #include "orlu/Task.h"
 
 namespace Lpm {
@@ -17,7 +17,7 @@ namespace Lpm {
 /// shines, so frames are copied to a task of its own and written there one by one, in order: the
 /// blaster's task is never held up. Frames that come faster than they can shine are dropped with a
 /// log line.
-class LircEmitter : public LightSinkIF {
+class LircEmitter : public FrameSinkIF {
 public:
     /// Empty, with the reason in `why`, if the device cannot be had or cannot send pulses.
     static std::unique_ptr<LircEmitter> Open(const std::string& device, std::string& why);
@@ -27,7 +27,7 @@ public:
     LircEmitter(const LircEmitter&) = delete;
     LircEmitter& operator=(const LircEmitter&) = delete;
 
-    void Shine(const LightFrame& frame) override;
+    void HandleFrame(const InfraredFrame& frame) override;
 
 private:
     explicit LircEmitter(int fd);

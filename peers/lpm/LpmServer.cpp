@@ -63,7 +63,7 @@ LpmServer::LpmServer(NotifyTargetTaskIF* task, Blaster& blaster, ReplyScript& sc
       m_cec(cec),
       m_recorder(recorder),
       m_listener(IL::CreateServerListener(kServiceName, task)),
-      m_later(task)
+      m_delayed(task)
 {
 }
 
@@ -216,7 +216,7 @@ void LpmServer::TransferStore(ConnectionId client, const std::string& frame, std
     const ScriptedReply scripted = TakeScripted(frame);
     const auto result = static_cast<BulkTransferResult>(scripted.bulkResult.value_or(0));
     if (result != BULK_TRANSFER_SUCCESS) {
-        m_later.Run(scripted.delay, [this, client, token, result] {
+        m_delayed.Run(scripted.delay, [this, client, token, result] {
             ReplyBulk(client, BULK_TRANSFER_DATA_REQUEST, token, result);
         });
         return;
@@ -242,10 +242,10 @@ void LpmServer::Answer(const std::string& frame, const ScriptedReply& scripted, 
     if (scripted.silent) {
         return;
     }
-    m_later.Run(scripted.delay,
-                [send = std::move(send), reply = scripted.Reply(std::move(reply))]() mutable {
-                    send(std::move(reply));
-                });
+    m_delayed.Run(scripted.delay,
+                  [send = std::move(send), reply = scripted.Reply(std::move(reply))]() mutable {
+                      send(std::move(reply));
+                  });
 }
 
 void LpmServer::Reply(ConnectionId client, std::uint32_t id,

@@ -11,7 +11,7 @@
 #include "ProtoBufs/LpmServiceMessages.pb.h"
 #include "lpm/Blaster.h"
 #include "lpm/CecRemote.h"
-#include "lpm/Later.h"
+#include "lpm/DelayedWork.h"
 #include "lpm/Recorder.h"
 #include "lpm/ReplyScript.h"
 #include "orlu/IPCMessageRouter.h"
@@ -70,7 +70,7 @@ private:
     std::shared_ptr<APServerSocketListenerIF> m_listener;
     std::map<ConnectionId, IPCMessageRouterPtr> m_clients;
     ConnectionId m_lastClient = 0;
-    Later m_later;
+    DelayedWork m_delayed;
 };
 
 }  // namespace Lpm

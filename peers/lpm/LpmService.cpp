@@ -47,15 +47,15 @@ bool Fail(const std::string& what, std::string& why)
 
 }  // namespace
 
-/// The bus on which the devices of the room hang.
+/// The CEC bus of the virtual devices.
 class LpmService::SimulatedCecBus : public CecBusIF {
 public:
     explicit SimulatedCecBus(LpmService& service) : m_service(service) {}
 
     void SendUserControl(std::uint8_t userControl, bool pressed) override
     {
-        if (m_service.m_room) {
-            m_service.m_room->ReceiveCecKey(userControl, pressed);
+        if (m_service.m_devices) {
+            m_service.m_devices->ReceiveCecKey(userControl, pressed);
         }
     }
 
@@ -67,7 +67,7 @@ LpmService::LpmService(NotifyTargetTaskIF* task)
     : m_task(task),
       m_cecBus(std::make_unique<SimulatedCecBus>(*this)),
       m_blaster(task, [this](DeviceNumber device, std::uint8_t key, bool on) {
-          HandleLight(device, key, on);
+          HandleSending(device, key, on);
       })
 {
 }
@@ -108,23 +108,24 @@ bool LpmService::OpenFiles(const Options& options, std::string& why)
             return Fail(options.script, why);
         }
     }
-    return options.devices.empty() || OpenRoom(options.devices, why) || Fail(options.devices, why);
+    return options.devices.empty() || OpenDevices(options.devices, why) ||
+           Fail(options.devices, why);
 }
 
-bool LpmService::OpenRoom(const std::string& path, std::string& why)
+bool LpmService::OpenDevices(const std::string& path, std::string& why)
 {
     const auto text = ReadInputFile(path, why);
     if (!text) {
         return false;
     }
-    m_room = DeviceRoom::Load(
-        *text, [this](const std::string& line) { HandleRoomLine(line); }, why);
-    if (!m_room) {
+    m_devices = VirtualDevices::Load(
+        *text, [this](const std::string& line) { HandleDeviceLine(line); }, why);
+    if (!m_devices) {
         return false;
     }
-    m_blaster.AddSink(m_room.get());
-    m_roomServer = std::make_unique<DeviceRoomServer>(
-        m_task, [room = m_room.get()] { return room->StateAsJson(); });
+    m_blaster.AddSink(m_devices.get());
+    m_deviceServer = std::make_unique<DeviceRoomServer>(
+        m_task, [devices = m_devices.get()] { return devices->StateAsJson(); });
     return true;
 }
 
@@ -152,7 +153,7 @@ bool LpmService::OpenDevices(const Options& options, std::string& why)
 
 bool LpmService::Start()
 {
-    return m_server->Start() && (!m_roomServer || m_roomServer->Start());
+    return m_server->Start() && (!m_deviceServer || m_deviceServer->Start());
 }
 
 void LpmService::HandleLine(const std::string& line)
@@ -160,18 +161,18 @@ void LpmService::HandleLine(const std::string& line)
     m_input->HandleLine(line);
 }
 
-void LpmService::HandleLight(DeviceNumber device, std::uint8_t key, bool on)
+void LpmService::HandleSending(DeviceNumber device, std::uint8_t key, bool on)
 {
     if (m_recorder) {
         m_recorder->Light(device, key, on);
     }
 }
 
-void LpmService::HandleRoomLine(const std::string& line)
+void LpmService::HandleDeviceLine(const std::string& line)
 {
     PrintLine(line);
-    if (m_roomServer) {
-        m_roomServer->SendLine(line);
+    if (m_deviceServer) {
+        m_deviceServer->SendLine(line);
     }
 }
 

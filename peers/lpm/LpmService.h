@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "devices/DeviceRoom.h"
+#include "devices/VirtualDevices.h"
 #include "lpm/Blaster.h"
 #include "lpm/CecBusIF.h"
 #include "lpm/CecRemote.h"
@@ -46,15 +46,15 @@ private:
     explicit LpmService(NotifyTargetTaskIF* task);
 
     bool OpenFiles(const Options& options, std::string& why);
-    bool OpenRoom(const std::string& path, std::string& why);
+    bool OpenDevices(const std::string& path, std::string& why);
     bool OpenDevices(const Options& options, std::string& why);
-    void HandleLight(DeviceNumber device, std::uint8_t key, bool on);
-    void HandleRoomLine(const std::string& line);
+    void HandleSending(DeviceNumber device, std::uint8_t key, bool on);
+    void HandleDeviceLine(const std::string& line);
 
     NotifyTargetTaskIF* m_task;
     std::unique_ptr<Recorder> m_recorder;
-    std::unique_ptr<DeviceRoom> m_room;
-    std::unique_ptr<DeviceRoomServer> m_roomServer;
+    std::unique_ptr<VirtualDevices> m_devices;
+    std::unique_ptr<DeviceRoomServer> m_deviceServer;
     std::unique_ptr<LircEmitter> m_emitter;
     std::unique_ptr<CecBusIF> m_cecBus;
     ReplyScript m_script;

@@ -96,7 +96,7 @@ std::optional<ReplyScript::Entry> ReplyScript::ParseEntry(const Json::Value& val
         why = "\"command\" is no text like \"0x22\"";
         return std::nullopt;
     }
-    Members members(value);
+    JsonMembers members(value);
     Entry entry;
     entry.command = *command;
     entry.times =

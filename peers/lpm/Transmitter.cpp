@@ -32,7 +32,7 @@ void Transmitter::Press(DeviceNumber device, std::shared_ptr<const CodesetBinary
 {
     // The key before was accepted, so its receiver gets a whole press; the diode sends in order.
     while (m_run && m_run->shone < m_run->renderer.MinimumFrames()) {
-        ShineNext();
+        SendNextFrame();
     }
     Finish();
     m_run = std::make_unique<Run>(device, std::move(codeset), key, toggle);
@@ -60,11 +60,11 @@ void Transmitter::Abort()
 }
 
 /// Gives the dark at the end of the frame.
-microseconds Transmitter::ShineNext()
+microseconds Transmitter::SendNextFrame()
 {
-    const LightFrame frame = m_run->renderer.Frame(m_run->shone++);
-    for (LightSinkIF* sink : m_sinks) {
-        sink->Shine(frame);
+    const InfraredFrame frame = m_run->renderer.Frame(m_run->shone++);
+    for (FrameSinkIF* sink : m_sinks) {
+        sink->HandleFrame(frame);
     }
     const auto& durations = frame.durationsUs;
     m_run->due +=
@@ -78,7 +78,7 @@ void Transmitter::HandleDue()
     if (now - m_run->due > kMaximumLateness) {
         m_run->due = now;
     }
-    const microseconds dark = ShineNext();
+    const microseconds dark = SendNextFrame();
     const bool last = m_run->once && m_run->shone >= m_run->renderer.MinimumFrames();
     if (!last) {
         ArmAt(m_run->due, &Transmitter::HandleDue);

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "infrared/CodesetBinary.h"
+#include "infrared/InfraredFrame.h"
 #include "infrared/KeyRenderer.h"
-#include "infrared/Light.h"
 #include "lpm/BlasterProtocol.h"
 #include "orlu/Task.h"
 
@@ -28,7 +28,7 @@ public:
     Transmitter(NotifyTargetTaskIF* task, OnChange change);
 
     /// `sink` is not owned.
-    void AddSink(LightSinkIF* sink) { m_sinks.push_back(sink); }
+    void AddSink(FrameSinkIF* sink) { m_sinks.push_back(sink); }
 
     /// Sends `key` of `codeset`, in place of a key that is being sent. `once`: the frames that a
     /// press needs, otherwise until `End`.
@@ -59,7 +59,7 @@ private:
         std::chrono::microseconds due{};  ///< on the monotonic clock: when the last of them ends
     };
 
-    std::chrono::microseconds ShineNext();
+    std::chrono::microseconds SendNextFrame();
     void HandleDue();
     void ArmAt(std::chrono::microseconds due, void (Transmitter::*step)());
     void Finish();
@@ -67,7 +67,7 @@ private:
 
     OnChange m_change;
     std::unique_ptr<Orlu::AlarmIF> m_alarm;
-    std::vector<LightSinkIF*> m_sinks;
+    std::vector<FrameSinkIF*> m_sinks;
     std::unique_ptr<Run> m_run;
 };
 

@@ -7,6 +7,7 @@
 #include "orlu/SystemUtils.h"
 #include "portico/EventStream.h"
 #include "portico/LinkSession.h"
+#include "portico/OriginCheck.h"
 #include "portico/PublishedFiles.h"
 #include "portico/Resources.h"
 #include "portico/WebFolder.h"
@@ -54,11 +55,11 @@ bool IsJson(std::string_view type)
 
 class HttpSession : public std::enable_shared_from_this<HttpSession> {
 public:
-    HttpSession(Socket socket, Share share, const Site& site)
+    HttpSession(Socket socket, Share share, const ConnectionContext& context)
         : m_socket(std::move(socket)),
           m_timer(m_socket.get_executor()),
           m_share(std::move(share)),
-          m_site(site)
+          m_context(context)
     {
         beast::error_code ignored;
         m_socket.non_blocking(true, ignored);
@@ -69,7 +70,7 @@ public:
         m_parser.emplace();
         m_parser->header_limit(Orlu::Limits::kHeadBytes);
         m_parser->body_limit(Orlu::Limits::kBodyBytes);
-        ExpiresAfter(m_site.patience.request);
+        ExpiresAfter(m_context.timeouts.request);
         http::async_read_header(m_socket, m_buffer, *m_parser,
                                 [self = shared_from_this()](beast::error_code error, std::size_t) {
                                     self->OnHead(error);
@@ -104,8 +105,8 @@ private:
         const auto& request = Request();
         const auto origin = request.find(http::field::origin);
         return request.count(http::field::host) == 1 &&
-               IsOurHost(request[http::field::host], m_site.port) &&
-               (origin == request.end() || IsOurOrigin(origin->value(), m_site.port));
+               IsOurHost(request[http::field::host], m_context.port) &&
+               (origin == request.end() || IsOurOrigin(origin->value(), m_context.port));
     }
 
     /// A client may keep its body back until it is asked for it.
@@ -142,11 +143,11 @@ private:
         } else if (path == kEventsPath || path == kLinkPath) {
             OnEvents(path);
         } else if (path.starts_with(kFilesPath)) {
-            SendFile(m_site.files.Find(path.substr(kFilesPath.size())));
-        } else if (m_site.resources.IsKnown(path)) {
+            SendFile(m_context.files.Find(path.substr(kFilesPath.size())));
+        } else if (m_context.resources.IsKnown(path)) {
             Ask(std::string(method), path);
         } else {
-            SendFile(m_site.web.Find(path));
+            SendFile(m_context.web.Find(path));
         }
     }
 
@@ -157,7 +158,7 @@ private:
             return;
         }
         ExpiresNever();
-        ServeLink(std::move(m_socket), m_parser->release(), m_share, m_site);
+        ServeLink(std::move(m_socket), m_parser->release(), m_share, m_context);
     }
 
     void OnEvents(const std::string& path)
@@ -168,7 +169,7 @@ private:
             SendNotAllowed();
         } else {
             ExpiresNever();
-            m_site.events.Add(std::move(m_socket), m_share);
+            m_context.events.Add(std::move(m_socket), m_share);
         }
     }
 
@@ -192,7 +193,7 @@ private:
             });
         m_reply = reply;
         static const std::string kNoBody;
-        m_site.resources.Request(method, path, hasBody ? Request().body() : kNoBody, reply);
+        m_context.resources.Request(method, path, hasBody ? Request().body() : kNoBody, reply);
     }
 
     /// While the answer is awaited, also the end of the consumer is. Most answers come before that
@@ -282,7 +283,7 @@ private:
         }
         m_response.append(m_keep ? "Connection: keep-alive\r\n\r\n" : "Connection: close\r\n\r\n");
         m_response.append(body);
-        ExpiresAfter(m_site.patience.request);
+        ExpiresAfter(m_context.timeouts.request);
         Write();
     }
 
@@ -317,7 +318,7 @@ private:
     {
         beast::error_code ignored;
         m_socket.shutdown(Socket::shutdown_send, ignored);
-        ExpiresAfter(m_site.patience.farewell);
+        ExpiresAfter(m_context.timeouts.farewell);
         Discard();
     }
 
@@ -379,7 +380,7 @@ private:
     Socket m_socket;
     asio::steady_timer m_timer;
     const Share m_share;
-    const Site& m_site;
+    const ConnectionContext& m_context;
     beast::flat_buffer m_buffer;
     std::optional<http::request_parser<http::string_body>> m_parser;
     http::response<http::empty_body> m_continue;
@@ -397,9 +398,9 @@ private:
 
 }  // namespace
 
-void ServeConnection(Socket socket, const Share& share, const Site& site)
+void ServeConnection(Socket socket, const Share& share, const ConnectionContext& context)
 {
-    std::make_shared<HttpSession>(std::move(socket), share, site)->ReadHead();
+    std::make_shared<HttpSession>(std::move(socket), share, context)->ReadHead();
 }
 
 }  // namespace PorticoApi

@@ -5,9 +5,9 @@
 #include "orlu/DPrint.h"
 #include "orlu/Limits.h"
 #include "orlu/StrictJson.h"
+#include "portico/ConnectionContext.h"
 #include "portico/LinkMessage.h"
 #include "portico/Resources.h"
-#include "portico/Site.h"
 
 #include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
@@ -34,15 +34,15 @@ constexpr DPrint kLog("PorticoServer");
 
 class LinkSession : public std::enable_shared_from_this<LinkSession> {
 public:
-    LinkSession(Socket socket, HttpRequest request, Share share, const Site& site)
+    LinkSession(Socket socket, HttpRequest request, Share share, const ConnectionContext& context)
         : m_stream(std::move(socket)),
           m_timer(m_stream.get_executor()),
           m_request(std::move(request)),
           m_share(std::move(share)),
-          m_resources(site.resources),
-          m_patience(site.patience)
+          m_resources(context.resources),
+          m_timeouts(context.timeouts)
     {
-        m_stream.set_option({m_patience.request, websocket::stream_base::none(), false});
+        m_stream.set_option({m_timeouts.request, websocket::stream_base::none(), false});
         m_stream.read_message_max(Limits::kFrameBytes);
         m_stream.text(true);
     }
@@ -169,7 +169,7 @@ private:
             return;
         }
         const auto id = ++m_lastId;
-        m_pending.emplace(id, Pending{reply, Clock::now() + m_patience.answer});
+        m_pending.emplace(id, Pending{reply, Clock::now() + m_timeouts.answer});
         reply->OnDrop([weak = weak_from_this(), id] {
             if (const auto self = weak.lock()) {
                 self->m_pending.erase(id);
@@ -314,7 +314,7 @@ private:
         m_isTimed = false;
         while (!m_pending.empty() && m_pending.begin()->second.due <= Clock::now()) {
             const auto late = m_pending.extract(m_pending.begin());
-            kLog.Log(2, "{}: no answer in {} ms", m_name, m_patience.answer.count());
+            kLog.Log(2, "{}: no answer in {} ms", m_name, m_timeouts.answer.count());
             late.mapped().reply->Give(Failure(504, "the resource's service does not answer"));
         }
         if (!m_pending.empty()) {
@@ -333,7 +333,7 @@ private:
     const HttpRequest m_request;
     const Share m_share;
     Resources& m_resources;
-    const Patience m_patience;
+    const Timeouts m_timeouts;
     std::string m_name;  ///< Empty until hello.
     std::string m_why;
     beast::flat_buffer m_buffer;
@@ -348,9 +348,10 @@ private:
 
 }  // namespace
 
-void ServeLink(Socket socket, HttpRequest request, const Share& share, const Site& site)
+void ServeLink(Socket socket, HttpRequest request, const Share& share,
+               const ConnectionContext& context)
 {
-    std::make_shared<LinkSession>(std::move(socket), std::move(request), share, site)->Accept();
+    std::make_shared<LinkSession>(std::move(socket), std::move(request), share, context)->Accept();
 }
 
 }  // namespace PorticoApi

@@ -41,25 +41,25 @@ std::optional<std::uint16_t> Listener::Listen(std::uint16_t port, std::string& w
     return chosen;
 }
 
-boost::system::error_code Listener::Open(Entrance& entrance, const Protocol::endpoint& endpoint)
+boost::system::error_code Listener::Open(Acceptor& acceptor, const Protocol::endpoint& endpoint)
 {
     boost::system::error_code error;
-    entrance.acceptor.open(endpoint.protocol(), error);
+    acceptor.acceptor.open(endpoint.protocol(), error);
     if (!error && endpoint.address().is_v6()) {
-        entrance.acceptor.set_option(asio::ip::v6_only(true), error);
+        acceptor.acceptor.set_option(asio::ip::v6_only(true), error);
     }
     if (!error) {
-        entrance.acceptor.set_option(asio::socket_base::reuse_address(true), error);
+        acceptor.acceptor.set_option(asio::socket_base::reuse_address(true), error);
     }
     if (!error) {
-        entrance.acceptor.bind(endpoint, error);
+        acceptor.acceptor.bind(endpoint, error);
     }
     if (!error) {
-        entrance.acceptor.listen(asio::socket_base::max_listen_connections, error);
+        acceptor.acceptor.listen(asio::socket_base::max_listen_connections, error);
     }
     if (error) {
         boost::system::error_code ignored;
-        entrance.acceptor.close(ignored);
+        acceptor.acceptor.close(ignored);
     }
     return error;
 }
@@ -72,25 +72,25 @@ void Listener::Start()
     }
 }
 
-void Listener::Accept(Entrance& entrance)
+void Listener::Accept(Acceptor& acceptor)
 {
-    entrance.acceptor.async_accept(
-        [this, &entrance](boost::system::error_code error, Socket socket) {
+    acceptor.acceptor.async_accept(
+        [this, &acceptor](boost::system::error_code error, Socket socket) {
             if (error == asio::error::operation_aborted) {
                 return;
             }
             if (error) {
                 // Out of descriptors, for example: asking again at once would only burn time.
-                entrance.pause.expires_after(kAcceptPause);
-                entrance.pause.async_wait([this, &entrance](boost::system::error_code stopped) {
+                acceptor.pause.expires_after(kAcceptPause);
+                acceptor.pause.async_wait([this, &acceptor](boost::system::error_code stopped) {
                     if (!stopped) {
-                        Accept(entrance);
+                        Accept(acceptor);
                     }
                 });
                 return;
             }
             Admit(std::move(socket));
-            Accept(entrance);
+            Accept(acceptor);
         });
 }
 

@@ -38,19 +38,19 @@ public:
     void Start();
 
 private:
-    struct Entrance {
-        explicit Entrance(boost::asio::io_context& context) : acceptor(context), pause(context) {}
+    struct Acceptor {
+        explicit Acceptor(boost::asio::io_context& context) : acceptor(context), pause(context) {}
         boost::asio::basic_socket_acceptor<Protocol, boost::asio::io_context::executor_type>
             acceptor;
         boost::asio::steady_timer pause;
     };
 
-    static boost::system::error_code Open(Entrance& entrance, const Protocol::endpoint& endpoint);
-    void Accept(Entrance& entrance);
+    static boost::system::error_code Open(Acceptor& acceptor, const Protocol::endpoint& endpoint);
+    void Accept(Acceptor& acceptor);
     void Admit(Socket socket);
 
-    Entrance m_four;
-    Entrance m_six;
+    Acceptor m_four;
+    Acceptor m_six;
     const Accepted m_accepted;
     const Share m_connections = std::make_shared<int>(0);
     bool m_isFull = false;

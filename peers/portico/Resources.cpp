@@ -13,7 +13,7 @@ bool Resources::Serve(const std::string& method, const std::string& path, Handle
                       Owner owner, std::uint64_t id)
 {
     const auto known = m_routes.find(path);
-    if (known == m_routes.end() ? !MakeRoom() : known->second.isOwn) {
+    if (known == m_routes.end() ? !EvictUnused() : known->second.isOwn) {
         return false;
     }
     Route& route = m_routes[path];
@@ -37,7 +37,7 @@ void Resources::SetReady(const std::string& path, bool isReady)
 }
 
 /// The paths of those who have left are the first to be forgotten.
-bool Resources::MakeRoom()
+bool Resources::EvictUnused()
 {
     if (m_routes.size() < Orlu::Limits::kKnownPaths) {
         return true;

@@ -82,7 +82,7 @@ private:
     };
 
     static std::string Allowed(const Route& route);
-    bool MakeRoom();
+    bool EvictUnused();
     bool IsReady(const Paths& paths) const;
     void UpdateInterests();
     template <class Match>

@@ -12,14 +12,14 @@
 namespace PorticoApi {
 
 Server::Server(boost::asio::io_context& context, const Options& options, const std::string& root,
-               const Patience& patience)
+               const Timeouts& timeouts)
     : m_options(options),
       m_files(context),
       m_web(options.web),
       m_product(m_resources, m_files, m_log, root),
-      m_site{m_resources, m_events, m_files, m_web, patience, 0},
+      m_context{m_resources, m_events, m_files, m_web, timeouts, 0},
       m_listener(context, [this](Socket socket, const Share& share) {
-          ServeConnection(std::move(socket), share, m_site);
+          ServeConnection(std::move(socket), share, m_context);
       })
 {
 }
@@ -30,7 +30,7 @@ std::optional<std::uint16_t> Server::Start(std::string& why)
     if (!port) {
         return std::nullopt;
     }
-    m_site.port = *port;
+    m_context.port = *port;
     m_product.PutUp(*port);
     m_product.PutUpDataCollection();
     if (!m_options.resources.empty() && !ReadValues(why)) {

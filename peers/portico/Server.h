@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "portico/ConnectionContext.h"
 #include "portico/EventLog.h"
 #include "portico/EventStream.h"
 #include "portico/Listener.h"
@@ -9,7 +10,6 @@
 #include "portico/Product.h"
 #include "portico/PublishedFiles.h"
 #include "portico/Resources.h"
-#include "portico/Site.h"
 #include "portico/WebFolder.h"
 
 #include <boost/asio/io_context.hpp>
@@ -24,7 +24,7 @@ class Server {
 public:
     /// `root` is put in front of the product's own paths, not of those in `options`.
     Server(boost::asio::io_context& context, const Options& options, const std::string& root,
-           const Patience& patience);
+           const Timeouts& timeouts);
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
@@ -41,7 +41,7 @@ private:
     EventLog m_log;
     WebFolder m_web;
     Product m_product;
-    Site m_site;
+    ConnectionContext m_context;
     Listener m_listener;
 };
 

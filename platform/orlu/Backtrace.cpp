@@ -16,8 +16,8 @@
 #include <unistd.h>
 #include <unwind.h>
 
+#include "orlu/ExecutableSymbols.h"
 #include "orlu/LogLine.h"
-#include "orlu/OwnSymbols.h"
 
 namespace {
 
@@ -30,7 +30,7 @@ constexpr std::size_t kStackBytes = 256 * 1024;
 void (*g_handler)(int) = nullptr;
 
 /// The mangled name of a frame's function; null if it has none.
-const char* NameOf(const Orlu::OwnSymbols& symbols, std::uintptr_t frame)
+const char* NameOf(const Orlu::ExecutableSymbols& symbols, std::uintptr_t frame)
 {
     // Behind the call, which may be the last instruction of its function.
     const std::uintptr_t call = frame - 1;
@@ -102,7 +102,10 @@ void WriteAll(const char* text, std::size_t size)
 /// One line in a fixed buffer; what does not fit is cut.
 class FaultLine {
 public:
-    explicit FaultLine(const char* logger) : m_size(Orlu::WriteLogHead(m_text, kRoom, 1, logger)) {}
+    explicit FaultLine(const char* logger)
+        : m_size(Orlu::WriteLogHead(m_text, kCapacity, 1, logger))
+    {
+    }
     ~FaultLine()
     {
         m_text[m_size] = '\n';
@@ -113,7 +116,7 @@ public:
 
     void Append(std::string_view text)
     {
-        const std::size_t size = std::min(text.size(), kRoom - m_size);
+        const std::size_t size = std::min(text.size(), kCapacity - m_size);
         std::copy_n(text.data(), size, m_text + m_size);
         m_size += size;
     }
@@ -140,8 +143,8 @@ public:
     }
 
 private:
-    static constexpr std::size_t kRoom = 1023;
-    char m_text[kRoom + 1];
+    static constexpr std::size_t kCapacity = 1023;
+    char m_text[kCapacity + 1];
     std::size_t m_size;
 };
 
@@ -193,7 +196,7 @@ std::vector<std::string> backtrace()
 {
     Frames frames;
     _Unwind_Backtrace(AddFrame, &frames);
-    const Orlu::OwnSymbols symbols;
+    const Orlu::ExecutableSymbols symbols;
     std::vector<std::string> names;
     // Without this function itself.
     for (int i = 1; i < frames.count; ++i) {
@@ -237,7 +240,7 @@ void FaultBacktrace(const char* logger)
 {
     Frames frames;
     _Unwind_Backtrace(AddFrame, &frames);
-    const OwnSymbols symbols;
+    const ExecutableSymbols symbols;
     for (int i = 1; i < frames.count; ++i) {
         const char* name = NameOf(symbols, frames.at[i]);
         FaultLine(logger).AppendName(name ? name : "<unresolved>");

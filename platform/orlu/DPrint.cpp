@@ -23,14 +23,14 @@ constexpr std::string_view kLevels[] = {"1", "2", "3", "4", "6"};
 }();
 
 /// As much as gathers before it is written although the wake-up goes on.
-constexpr std::size_t kGatheredBytes = 16 * 1024;
+constexpr std::size_t kPendingBytes = 16 * 1024;
 
 /// The lines of this thread that have not been written yet.
-struct Gathered {
-    Gathered() = default;
-    ~Gathered() { Flush(); }
-    Gathered(const Gathered&) = delete;
-    Gathered& operator=(const Gathered&) = delete;
+struct PendingLines {
+    PendingLines() = default;
+    ~PendingLines() { Flush(); }
+    PendingLines(const PendingLines&) = delete;
+    PendingLines& operator=(const PendingLines&) = delete;
 
     void Flush()
     {
@@ -46,16 +46,16 @@ struct Gathered {
     Orlu::TaskQueueIF* promisedBy = nullptr;
 };
 
-Gathered& Lines()
+PendingLines& Lines()
 {
-    thread_local Gathered lines;
+    thread_local PendingLines lines;
     return lines;
 }
 
-void FlushOrPromise(Gathered& lines, int level)
+void FlushOrPromise(PendingLines& lines, int level)
 {
     Orlu::TaskQueueIF* queue = Orlu::CurrentTaskQueue();
-    if (!queue || level <= 1 || lines.lines.size() >= kGatheredBytes) {
+    if (!queue || level <= 1 || lines.lines.size() >= kPendingBytes) {
         lines.Flush();
     } else if (lines.promisedBy != queue) {
         lines.promisedBy = queue;
@@ -84,7 +84,7 @@ void DPrint::Put(int level, std::string_view text) const
         g_sink(level, m_name, line);
         return;
     }
-    Gathered& lines = Lines();
+    PendingLines& lines = Lines();
     Orlu::AppendLogHead(lines.lines, level, m_name);
     AppendText(lines.lines, m_prefix, text);
     lines.lines += '\n';

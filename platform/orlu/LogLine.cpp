@@ -35,12 +35,15 @@ const bool g_readBySystemd = IsReadBySystemd();
 /// line's cost would be a general formatter's work on its seven small numbers.
 class Head {
 public:
-    Head(char* buffer, std::size_t room) : m_begin(buffer), m_at(buffer), m_end(buffer + room) {}
+    Head(char* buffer, std::size_t capacity)
+        : m_begin(buffer), m_at(buffer), m_end(buffer + capacity)
+    {
+    }
 
     Head& Put(std::string_view text)
     {
-        const auto room = static_cast<std::size_t>(m_end - m_at);
-        m_at = std::copy_n(text.data(), std::min(text.size(), room), m_at);
+        const auto capacity = static_cast<std::size_t>(m_end - m_at);
+        m_at = std::copy_n(text.data(), std::min(text.size(), capacity), m_at);
         return *this;
     }
 

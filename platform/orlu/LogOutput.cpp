@@ -23,8 +23,8 @@ namespace {
 
 constexpr std::size_t kRestBytes = 64 * 1024;
 
-/// How long a reader may take to make room, once; after that nobody waits for him any more.
-constexpr int kPatienceMs = 10;
+/// How long a full pipe may block one write. After the first timeout no write waits any more.
+constexpr int kWriteTimeoutMs = 10;
 
 }  // namespace
 
@@ -128,7 +128,7 @@ long LogOutput::WriteSome()
 bool LogOutput::WaitOnce() const
 {
     pollfd poll{m_fd, POLLOUT, 0};
-    return !m_stuck && ::poll(&poll, 1, kPatienceMs) == 1;
+    return !m_stuck && ::poll(&poll, 1, kWriteTimeoutMs) == 1;
 }
 
 }  // namespace Orlu

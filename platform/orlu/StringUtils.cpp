@@ -12,11 +12,11 @@ namespace Orlu {
 namespace {
 
 /// One row for each range of first bytes; the second byte's range shuts out the bad forms.
-struct Lead {
+struct FirstByteRow {
     unsigned char first, last, length, secondMin, secondMax;
 };
 
-constexpr Lead kLeads[] = {
+constexpr FirstByteRow kFirstBytes[] = {
     {0x00, 0x7F, 1, 0x00, 0x00}, {0xC2, 0xDF, 2, 0x80, 0xBF}, {0xE0, 0xE0, 3, 0xA0, 0xBF},
     {0xE1, 0xEC, 3, 0x80, 0xBF}, {0xED, 0xED, 3, 0x80, 0x9F}, {0xEE, 0xEF, 3, 0x80, 0xBF},
     {0xF0, 0xF0, 4, 0x90, 0xBF}, {0xF1, 0xF3, 4, 0x80, 0xBF}, {0xF4, 0xF4, 4, 0x80, 0x8F},
@@ -35,18 +35,18 @@ std::size_t Utf8SequenceLength(std::string_view text)
     if (text.empty()) {
         return 0;
     }
-    for (const Lead& lead : kLeads) {
-        if (!IsWithin(text[0], lead.first, lead.last)) {
+    for (const FirstByteRow& row : kFirstBytes) {
+        if (!IsWithin(text[0], row.first, row.last)) {
             continue;
         }
-        if (lead.length == 1) {
+        if (row.length == 1) {
             return 1;
         }
-        const bool good = text.size() >= lead.length &&
-                          IsWithin(text[1], lead.secondMin, lead.secondMax) &&
-                          std::all_of(text.begin() + 2, text.begin() + lead.length,
+        const bool good = text.size() >= row.length &&
+                          IsWithin(text[1], row.secondMin, row.secondMax) &&
+                          std::all_of(text.begin() + 2, text.begin() + row.length,
                                       [](char byte) { return IsWithin(byte, 0x80, 0xBF); });
-        return good ? lead.length : 0;
+        return good ? row.length : 0;
     }
     return 0;
 }

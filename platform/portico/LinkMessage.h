@@ -47,7 +47,7 @@ bool IsResourcePath(std::string_view path);
 std::string WriteLinkMessage(const LinkMessage& message);
 
 /// Nothing, and the reason in `why`, for anything that is no such message: a member is missing, is
-/// of another type or no path. Members of no meaning are ignored, the body is not looked at.
+/// of another type or no path. JsonMembers of no meaning are ignored, the body is not looked at.
 std::optional<LinkMessage> ReadLinkMessage(std::string_view text, std::string& why);
 
 }  // namespace Portico

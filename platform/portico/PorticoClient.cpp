@@ -102,25 +102,25 @@ public:
 
 protected:
     CallbackConnection RegisterText(Portico::Method method, const std::string& path,
-                                    const Serve& serve, const Terms& terms) override
+                                    const Serve& serve, const RegistrationOptions& options) override
     {
         ServiceLink::Registration registration;
         registration.message.type = LinkMessage::Type::kRegister;
         registration.message.method = NameOf(method);
         registration.message.path = path;
         registration.serve = serve;
-        return CheckPath(path) ? Add(std::move(registration), terms.queue) : CallbackConnection();
+        return CheckPath(path) ? Add(std::move(registration), options.queue) : CallbackConnection();
     }
 
     CallbackConnection RegisterNotificationText(
         const std::string& path, const std::function<void(const std::string& json)>& notify,
-        const Terms& terms) override
+        const RegistrationOptions& options) override
     {
         ServiceLink::Registration registration;
         registration.message.type = LinkMessage::Type::kSubscribe;
         registration.message.path = path;
         registration.notify = notify;
-        return CheckPath(path) ? Add(std::move(registration), terms.queue) : CallbackConnection();
+        return CheckPath(path) ? Add(std::move(registration), options.queue) : CallbackConnection();
     }
 
     CallbackConnection SendText(Portico::Method method, const std::string& path,

@@ -100,7 +100,7 @@ public:
                                 const AsyncCallback<Portico::Error>& error, double version);
 
 protected:
-    struct Terms {
+    struct RegistrationOptions {
         Portico::EndpointScope scope = Portico::EndpointScope::kLocal;
         double version = 1.0;
         std::string label;
@@ -116,10 +116,11 @@ protected:
 
     // What a link has to carry.
     virtual CallbackConnection RegisterText(Portico::Method method, const std::string& path,
-                                            const Serve& serve, const Terms& terms) = 0;
+                                            const Serve& serve,
+                                            const RegistrationOptions& options) = 0;
     virtual CallbackConnection RegisterNotificationText(
         const std::string& path, const std::function<void(const std::string& json)>& notify,
-        const Terms& terms) = 0;
+        const RegistrationOptions& options) = 0;
     virtual CallbackConnection SendText(Portico::Method method, const std::string& path,
                                         const std::string& body, const Respond& respond,
                                         double version) = 0;
@@ -139,7 +140,7 @@ private:
     template <class Request, class Answer>
     CallbackConnection RegisterBody(Portico::Method method, const std::string& path,
                                     const BodyHandler<Request, Answer>& handler,
-                                    const Terms& terms);
+                                    const RegistrationOptions& options);
     template <class Answer>
     static Respond OnText(const AsyncCallback<Answer>& success,
                           const AsyncCallback<Portico::Error>& error);
@@ -162,7 +163,7 @@ CallbackConnection PorticoClientIF::RegisterGet(const std::string& path,
 template <class Request, class Answer>
 CallbackConnection PorticoClientIF::RegisterBody(Portico::Method method, const std::string& path,
                                                  const BodyHandler<Request, Answer>& handler,
-                                                 const Terms& terms)
+                                                 const RegistrationOptions& options)
 {
     auto serve = [handler](const std::string& body, const Respond& respond) {
         Request request;
@@ -178,7 +179,7 @@ CallbackConnection PorticoClientIF::RegisterBody(Portico::Method method, const s
             request, [respond](const Answer& answer) { RespondWith(respond, answer); },
             [respond](const Portico::Error& error) { RespondError(respond, error); });
     };
-    return RegisterText(method, path, serve, terms);
+    return RegisterText(method, path, serve, options);
 }
 
 template <class Message>

@@ -4,6 +4,7 @@
 #include "core/ServerLog.h"
 #include "core/Trellan_Server.h"
 #include "keys/Trellan_ServiceKeyHandler.h"
+#include "uei/UEIInterface.h"
 
 namespace TrellanService {
 
@@ -130,7 +131,7 @@ void Trellan_Server::RequestHandler_FindCECDeviceReq(const FindCECDevice_t& mess
         return;
     }
     kServerLog.Log(3, "Received Find CEC device req for {}", message.osd());
-    m_neighbours.DeviceLookup().FindCECDevice(message, ReplyLater<FindCECDevice_t>(id, token));
+    m_neighbours.Engine().FindCECDevice(message, ReplyLater<FindCECDevice_t>(id, token));
 }
 
 void Trellan_Server::RequestHandler_FindEDIDDeviceReq(const FindEDIDDevice_t& message,
@@ -145,7 +146,7 @@ void Trellan_Server::RequestHandler_FindEDIDDeviceReq(const FindEDIDDevice_t& me
         return;
     }
     kServerLog.Put(3, "Received Find EDID device req for TV");
-    m_neighbours.DeviceLookup().FindEDIDDevice(message, ReplyLater<FindEDIDDevice_t>(id, token));
+    m_neighbours.Engine().FindEDIDDevice(message, ReplyLater<FindEDIDDevice_t>(id, token));
 }
 
 void Trellan_Server::RequestHandler_DirectEntryReq(const DirectEntryResp_t& message,
@@ -164,8 +165,8 @@ void Trellan_Server::RequestHandler_DirectEntryReq(const DirectEntryResp_t& mess
     request.set_devicetype(message.devicetype());
     request.set_brand(message.brand());
     request.set_model(message.model());
-    m_neighbours.DeviceLookup().DirectEntryBrandModel(request, false,
-                                                      ReplyLater<DirectEntryResp_t>(id, token));
+    m_neighbours.Engine().DirectEntryBrandModel(request, false,
+                                                ReplyLater<DirectEntryResp_t>(id, token));
 }
 
 void Trellan_Server::RequestHandler_CloudConnectStateReq(std::uint32_t token)

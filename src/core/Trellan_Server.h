@@ -21,24 +21,7 @@ class Trellan_ServiceCecIF;
 class Trellan_ServiceCodesetHandler;
 class Trellan_ServiceCommandLine;
 class Trellan_ServiceKeyHandler;
-
-/// Looks devices up in the vendor's cloud. Called on the server task, and only while the cloud
-/// counts as connected; each callback is called once, with the answer to give.
-class DeviceLookupIF {
-public:
-    virtual ~DeviceLookupIF() = default;
-
-    virtual void FindCECDevice(
-        const TrellanServiceMessages::FindCECDevice_t& request,
-        const AsyncCallback<TrellanServiceMessages::FindCECDevice_t>& callback) = 0;
-    virtual void FindEDIDDevice(
-        const TrellanServiceMessages::FindEDIDDevice_t& request,
-        const AsyncCallback<TrellanServiceMessages::FindEDIDDevice_t>& callback) = 0;
-    /// `load`: also into the blaster.
-    virtual void DirectEntryBrandModel(
-        const TrellanServiceMessages::DirectEntryReq_t& request, bool load,
-        const AsyncCallback<TrellanServiceMessages::DirectEntryResp_t>& callback) = 0;
-};
+class UEIInterface;
 
 /// The neighbours of the server task, each built at its first use.
 class ServerNeighboursIF {
@@ -49,12 +32,12 @@ public:
     virtual Trellan_ServiceBlasterProxy& BlasterProxy(NotifyTargetTaskIF* task) = 0;
     virtual Trellan_ServiceCecIF& CecIF(Trellan_Server* server) = 0;
     virtual Trellan_ServiceCommandLine& CommandLine() = 0;
-    virtual DeviceLookupIF& DeviceLookup() = 0;
+    virtual UEIInterface& Engine() = 0;
 };
 
-/// The one task of the service and the product controller's door to it. Serves one client, the last
-/// one to connect: another connection closes the one before it. Single instance, built on the first
-/// thread; everything else runs on its own thread.
+/// The one task of the service, and the side that the product controller talks to. Serves one
+/// client, the last one to connect: another connection closes the one before it. Single instance,
+/// built on the first thread; everything else runs on its own thread.
 class Trellan_Server : public APTask {
 public:
     /// The instance; built at the first call. The address is not kept: the IPC directory has it.

@@ -6,7 +6,7 @@
 
 namespace TrellanService {
 
-/// The one logger of this room's sources.
+/// The one logger of this module's sources.
 inline constexpr DPrint kManagerLog("Trellan_ServiceManager");
 
 }  // namespace TrellanService

@@ -38,7 +38,7 @@ public:
     virtual void EndBurst() = 0;
 };
 
-/// The one door to the UEI library: its start, its session and posts, the download of code sets,
+/// The only user of the UEI library: its start, its session and posts, the download of code sets,
 /// the catalogue, the guided test, direct entry and discovery. On the server task, which every call
 /// of the library blocks, for as long as its posts take. Building one touches nothing; neither the
 /// library nor the session is ended with it.

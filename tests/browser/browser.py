@@ -18,13 +18,13 @@ sys.path.insert(0, str(SOURCE / "tests/process"))
 from product import Product  # noqa: E402  the path is set here
 
 WEB = ["--web", str(SOURCE / "web")]
-PATIENCE_SECONDS = 20
+TIMEOUT_SECONDS = 20
 OPTIONS = ["--headless=new", "--no-sandbox", "--disable-gpu", "--disable-background-networking",
            "--disable-component-update", "--disable-sync", "--disable-dev-shm-usage",
            "--window-size=1280,1000"]
 
 
-class House:
+class System:
     """The product of a test: cloud, blaster and devices, local API, service, controller."""
 
     def __init__(self, binaries):
@@ -50,7 +50,7 @@ class House:
         threading.Thread(target=lambda: collections.deque(program.stdout, 0), daemon=True).start()
 
     def ask(self, method, path, body=None):
-        connection = http.client.HTTPConnection("localhost", self.port, timeout=PATIENCE_SECONDS)
+        connection = http.client.HTTPConnection("localhost", self.port, timeout=TIMEOUT_SECONDS)
         connection.request(method, path, None if body is None else json.dumps(body),
                            {} if body is None else {"Content-Type": "application/json"})
         return json.loads(connection.getresponse().read())
@@ -86,7 +86,7 @@ class Page:
         self.driver.get(f"{self.address}/#/{view}")
 
     def until(self, what, condition):
-        return WebDriverWait(self.driver, PATIENCE_SECONDS, 0.05).until(condition, what)
+        return WebDriverWait(self.driver, TIMEOUT_SECONDS, 0.05).until(condition, what)
 
     def find(self, css, text=""):
         """The first visible element with this text, once it is there."""

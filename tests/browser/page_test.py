@@ -13,7 +13,7 @@ from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.expected_conditions import staleness_of
 
-from browser import House, Page
+from browser import Page, System
 
 BINARIES = sys.argv[1]
 IMAGES = pathlib.Path(sys.argv[2]) if len(sys.argv) > 2 else None
@@ -24,9 +24,9 @@ SOURCE = {"sourceName": "Aurora Television", "sourceAccountName": "TV", "status"
 class PageTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        cls.house = House(BINARIES)
-        cls.addClassCleanup(cls.house.end)
-        cls.page = Page(cls.house.port)
+        cls.system = System(BINARIES)
+        cls.addClassCleanup(cls.system.end)
+        cls.page = Page(cls.system.port)
         cls.addClassCleanup(cls.page.end)
 
     def tearDown(self):
@@ -42,13 +42,13 @@ class PageTest(unittest.TestCase):
         return self.page.until(what, lambda _: condition())
 
     def remote(self):
-        self.house.ask("PUT", "/system/sources", {"sources": [SOURCE]})
+        self.system.ask("PUT", "/system/sources", {"sources": [SOURCE]})
         self.page.open("remote/T2051")
         self.page.says("Connected")
         return self.page.find("[data-key=volume_up]")
 
     def test_1_sets_a_television_up_by_clicking(self):
-        page, house = self.page, self.house
+        page, system = self.page, self.system
         page.open()
         page.says("Connected")
         self.look("home")
@@ -56,19 +56,19 @@ class PageTest(unittest.TestCase):
         page.find(".brands button", "Aurora")
         self.look("brands")
         page.click(".brands button", "Aurora")
-        before, tried = house.television(), 0
+        before, tried = system.television(), 0
         page.click("button", "Send the first key")
         while page.find(".yes, .remote").get_attribute("class") != "remote":
             tried += 1
-            self.until("no light", lambda: house.presses() == tried)
-            after, question = house.television(), page.find(".yes")
+            self.until("no light", lambda: system.presses() == tried)
+            after, question = system.television(), page.find(".yes")
             if tried == 2:
                 self.look("question")
             page.click(".yes" if after != before else ".no")
             before = after
             page.until("the question stays", staleness_of(question))
         self.assertLessEqual(page.clicks, 3 + tried)
-        self.assertEqual(house.ask("GET", "/system/sources")["sources"], [SOURCE])
+        self.assertEqual(system.ask("GET", "/system/sources")["sources"], [SOURCE])
 
     def test_2_sets_a_box_up_by_brand_and_model(self):
         page = self.page
@@ -88,11 +88,11 @@ class PageTest(unittest.TestCase):
         self.assertIn("/remote/S0456", page.driver.current_url)
 
     def test_3_holds_keys_by_pointer_and_keyboard_and_lets_go_when_it_dies(self):
-        page, volume = self.page, lambda: self.house.television()["volume"]
+        page, volume = self.page, lambda: self.system.television()["volume"]
         key = self.remote()
-        if not self.house.television()["power"]:
+        if not self.system.television()["power"]:
             page.click("[data-key=tv_power]")
-            self.until("it stays off", lambda: self.house.television()["power"])
+            self.until("it stays off", lambda: self.system.television()["power"])
         for press, release in ((lambda on: on.click_and_hold(key), lambda on: on.release()),
                                (lambda on: on.key_down(Keys.SPACE), lambda on: on.key_up(Keys.SPACE))):
             first = volume()
@@ -104,9 +104,9 @@ class PageTest(unittest.TestCase):
         self.look("remote")
         key = page.find("[data-key=channel_preset_up]")
         ActionChains(page.driver).click_and_hold(key).perform()
-        self.until("no light", lambda: self.house.television()["channel"] > 1)
+        self.until("no light", lambda: self.system.television()["channel"] > 1)
         page.driver.get("about:blank")
-        self.still(lambda: self.house.television()["channel"])
+        self.still(lambda: self.system.television()["channel"])
 
     def still(self, value):
         """The value once it has been the same for a while."""
@@ -115,27 +115,27 @@ class PageTest(unittest.TestCase):
         return seen[-1]
 
     def test_4_says_what_is_missing_and_recovers(self):
-        page, product = self.page, self.house.product
+        page, product = self.page, self.system.product
         self.remote()
-        self.house.ask("PUT", "/network/status", {"isPrimaryUp": False})
+        self.system.ask("PUT", "/network/status", {"isPrimaryUp": False})
         page.says("The cloud is not connected")
         self.look("trouble")
         page.open("brand/DEVICE_TYPE_TV")
         page.find(".error", "It needs the cloud")
-        self.house.ask("PUT", "/network/status", {"isPrimaryUp": True})
+        self.system.ask("PUT", "/network/status", {"isPrimaryUp": True})
         page.says("Connected")
         page.find(".brands button", "Aurora")
         product.kill("ProductController")
         page.says("controller is away")
-        self.house.serve()
+        self.system.serve()
         page.says("Connected")
         product.kill("TrellanService")
         page.says("The service has gone")
-        self.house.drain(product.start("TrellanService", ORLU_PORTICO_PORT=str(self.house.port)))
+        self.system.drain(product.start("TrellanService", ORLU_PORTICO_PORT=str(self.system.port)))
         page.says("Connected")
         product.kill("PorticoServer")
         page.says("The product does not answer")
-        self.house.start_api()
+        self.system.start_api()
         page.says("Connected")
 
 

@@ -59,7 +59,7 @@ private:
     std::unique_ptr<Orlu::TransportHandle> m_attempt;
 };
 
-std::vector<std::string> Words(const std::string& line)
+std::vector<std::string> SplitWords(const std::string& line)
 {
     std::istringstream stream(line);
     return {std::istream_iterator<std::string>(stream), {}};
@@ -91,7 +91,7 @@ protected:
         m_world.runtime.RunUntilIdle();
         return m_console->answers + m_world.effects.Take();
     }
-    std::string Type(const std::string& line) { return Type(Words(line)); }
+    std::string Type(const std::string& line) { return Type(SplitWords(line)); }
 
     struct Row {
         const char* line;
@@ -173,8 +173,8 @@ TEST_F(Commands, KeepTheKeyDelayFromHarmingTheBlaster)
 TEST_F(Commands, ReachTheBlasterWhateverTheSendKeyState)
 {
     m_world.root.Write(kStore, kTwoCodesets);
-    m_world.house.CodesetHandler().InitCodesetMap();
-    m_world.house.CodesetHandler().SetSendKeyState(SendKeyOSM);
+    m_world.service.CodesetHandler().InitCodesetMap();
+    m_world.service.CodesetHandler().SetSendKeyState(SendKeyOSM);
     Run();
     EXPECT_EQ(Type("trs send_key 26 T2051"), "KNOWN: Key sent.\n+0 lpm 82 000701080319000000\n");
     m_world.runtime.Advance(500);
@@ -185,7 +185,7 @@ TEST_F(Commands, ReachTheBlasterWhateverTheSendKeyState)
     EXPECT_EQ(Type("trs send_key 26"), "KNOWN: Key sent.\n");
     EXPECT_EQ(Type("trs send_key 26 T2051 0"), "KNOWN: Send key status 0x00\n");
 
-    m_world.house.CodesetHandler().SetSendKeyState(SendKeyReady);
+    m_world.service.CodesetHandler().SetSendKeyState(SendKeyReady);
     m_world.lpm.ReplyToAll("\x01\x07");
     EXPECT_EQ(Type("trs send_key 0x1a T2051 0"),
               "KNOWN: Send key status 0x07\n+0 lpm 80 000701080319800000\n");
@@ -243,7 +243,7 @@ TEST_F(Commands, LoadCodesets)
 TEST_F(Commands, ShowWhatIsConfigured)
 {
     m_world.root.Write(kStore, kTwoCodesets);
-    m_world.house.CodesetHandler().InitCodesetMap();
+    m_world.service.CodesetHandler().InitCodesetMap();
     Run();
     EXPECT_EQ(Type("trs get_src_cfg"),
               "KNOWN: ============\nciCode: S0456\n\tdevNum: 0x31c8\n"
@@ -295,7 +295,7 @@ TEST_F(Commands, FailInsteadOfWaitingForAnAnswerThatCannotCome)
     m_world.lpm.Leave();
     Run();
     EXPECT_EQ(Type("trs list_codesets"), "KNOWN: Command failed\n");
-    m_world.house.Server().Stop();
+    m_world.service.Server().Stop();
     for (const char* line : {"trs get_version", "trs key_delay", "trs get_src_list"}) {
         EXPECT_EQ(Type(line), "KNOWN: Command failed\n");
     }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "codesets/CodesetHouse.h"
+#include "codesets/CodesetFixture.h"
 
 namespace TrellanService {
 namespace {
@@ -10,7 +10,7 @@ using namespace LpmServiceMessages;
 constexpr const char* kDone = "\x01\0";
 
 /// A sync under way over S0456 and T2051, its reset sent.
-class BlasterSyncTest : public CodesetHouse {
+class BlasterSyncTest : public CodesetFixture {
 protected:
     void Begin(const std::vector<std::string>& names)
     {

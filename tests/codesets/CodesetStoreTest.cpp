@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "CodesetHouse.h"
+#include "CodesetFixture.h"
 #include "orlu/Files.h"
 #include "support/FaultyFiles.h"
 
@@ -20,7 +20,7 @@ std::string Replaced(std::string text, const std::string& from, const std::strin
     return text.replace(text.find(from), from.size(), to);
 }
 
-class CodesetStore : public CodesetHouse {
+class CodesetStore : public CodesetFixture {
 protected:
     // A file in the place of another one makes some disks wait.
     void Remove() { std::filesystem::remove(root.Path() + kStorePath); }

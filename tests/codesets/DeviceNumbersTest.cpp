@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "CodesetHouse.h"
+#include "CodesetFixture.h"
 #include "codesets/AmbiguousKeyMap.h"
 
 using TrellanService::ReadBlasterKeyMap;
@@ -8,7 +8,7 @@ using TrellanService::Trellan_ServiceCodesetHandler;
 
 namespace {
 
-class DeviceNumbers : public CodesetHouse {};
+class DeviceNumbers : public CodesetFixture {};
 
 TEST_F(DeviceNumbers, FollowClassAndNumber)
 {

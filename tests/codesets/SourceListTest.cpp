@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "CodesetHouse.h"
+#include "CodesetFixture.h"
 
 using namespace TrellanService;
 
@@ -10,7 +10,7 @@ constexpr const char* kStored =
     R"({"codesets":[{"name":"T2051","details":{"devNum":2051,"ambiguousKeyBitMap":1,)"
     R"("checksum":"c","safeToBlast":true,"keyMap":{"keys":[19]}}}]})";
 
-class SourceList : public CodesetHouse {
+class SourceList : public CodesetFixture {
 protected:
     void Handle(const std::vector<std::string>& names) { handler->HandlePCSourceList(List(names)); }
     std::string Names() const

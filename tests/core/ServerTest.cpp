@@ -139,15 +139,15 @@ TEST_F(ServerTest, AnotherClientTakesTheFirstOnesPlace)
 
     m_world.TakeLog();
     m_world.runtime.Advance(100);
-    m_world.house.Server().NotifyState(TrellanService_STATE_COMPLETE_CALLED);
+    m_world.service.Server().NotifyState(TrellanService_STATE_COMPLETE_CALLED);
     EXPECT_EQ(Effects(),
               "+100 second event 3 {\"State\":\"TrellanService_STATE_COMPLETE_CALLED\"}\n");
     EXPECT_EQ(m_world.TakeLog(), "2 TrellanServer: Trellan_Server is not connected\n");
 
     second.Disconnect();
     Run();
-    m_world.house.Server().NotifyState(TrellanService_STATE_CANCEL_CALLED);
-    m_world.house.Server().NotifyBlasterSyncComplete(true);
+    m_world.service.Server().NotifyState(TrellanService_STATE_CANCEL_CALLED);
+    m_world.service.Server().NotifyBlasterSyncComplete(true);
     EXPECT_EQ(m_world.TakeLog(),
               "3 TrellanServer: the client connection has been disconnected.\n"
               "2 TrellanServer: Trellan_Server is not connected\n"
@@ -156,7 +156,7 @@ TEST_F(ServerTest, AnotherClientTakesTheFirstOnesPlace)
 
 TEST_F(ServerTest, CloudCountsAsConnectedASecondLaterAndAsLostAtOnce)
 {
-    Trellan_Server& server = m_world.house.Server();
+    Trellan_Server& server = m_world.service.Server();
     server.setCloudConnected(true);
     m_world.runtime.Advance(999);
     m_client->Request(TrellanService_MESSAGE_ID_IS_CLOUD_CONNECTED, CloudConnectState_t());
@@ -177,10 +177,10 @@ TEST_F(ServerTest, CloudDoesNotCountWhileTheBlasterWaitsForASyncThatCannotBegin)
 {
     m_world.qsp.results["get_lookup_session"] = 12;
     SendSources({"T2051", "S0456"});
-    m_world.house.Server().setCloudConnected(true);
+    m_world.service.Server().setCloudConnected(true);
     m_world.runtime.Advance(2000);
     EXPECT_EQ(Effects(), "+1000 qsp get_lookup_session  2\n+2000 qsp get_lookup_session  2\n");
-    EXPECT_FALSE(m_world.house.Server().IsCloudConnected());
+    EXPECT_FALSE(m_world.service.Server().IsCloudConnected());
 }
 
 }  // namespace

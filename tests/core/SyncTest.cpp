@@ -44,7 +44,7 @@ protected:
         return m_world.effects.Take();
     }
 
-    SendKeyState State() { return m_world.house.CodesetHandler().GetSendKeyState(); }
+    SendKeyState State() { return m_world.service.CodesetHandler().GetSendKeyState(); }
 
     World m_world;
     std::optional<ScriptedClient> m_client;

@@ -59,12 +59,12 @@ TEST_F(DirectEntry, AnswersWhenTheBlasterHasTheCodeset)
               "\"brand\":\"Acme\",\"model\":\"A1\",\"ciCode\":\"T0001\","
               "\"lastResult\":\"LAST_RESULT_SUCCESS\"}\n");
     EXPECT_EQ(KeyState(), SendKeyStartup);
-    EXPECT_TRUE(m_world.house.Engine().IsOSMActive());
+    EXPECT_TRUE(m_world.service.Engine().IsOSMActive());
 
     Advance(300000 - 21);
-    EXPECT_TRUE(m_world.house.Engine().IsOSMActive());
+    EXPECT_TRUE(m_world.service.Engine().IsOSMActive());
     EXPECT_EQ(Advance(1), "+1 client event 9 {\"syncState\":false}\n+1 lpm 80 00020901\n");
-    EXPECT_FALSE(m_world.house.Engine().IsOSMActive());
+    EXPECT_FALSE(m_world.service.Engine().IsOSMActive());
     EXPECT_EQ(Advance(20), "+20 client event 9 {\"syncState\":true}\n");
 }
 
@@ -75,7 +75,7 @@ TEST_F(DirectEntry, AModelThatIsNotKnownIsTheEnginesToRefuse)
                     .ends_with("+0 answer PUT /remote/integration/directEntry "
                                "{\"deviceType\":\"\",\"brand\":\"Acme\",\"model\":\"B2\","
                                "\"ciCode\":\"\",\"lastResult\":\"LAST_RESULT_ERROR\"}\n"));
-    EXPECT_FALSE(m_world.house.Engine().IsOSMActive());
+    EXPECT_FALSE(m_world.service.Engine().IsOSMActive());
 }
 
 }  // namespace

@@ -74,7 +74,7 @@ protected:
         return text;
     }
 
-    SendKeyState KeyState() { return m_world.house.CodesetHandler().GetSendKeyState(); }
+    SendKeyState KeyState() { return m_world.service.CodesetHandler().GetSendKeyState(); }
 
     World m_world;
     std::optional<ScriptedClient> m_client;

@@ -123,7 +123,7 @@ TEST_F(Readiness, ErrorsAreLoggedAndNotRetried)
               "3 HandleNetworkCapabilityNotReady\n"
               "3 HandleNetworkModuleReady: networkModuleReady=0\n"
               "3 HandleNetworkStatus: N/w status- (isPrimaryUp: true\\n)\n");
-    EXPECT_EQ(m_world.house.Manager().StagingDirectory(), "");
+    EXPECT_EQ(m_world.service.Manager().StagingDirectory(), "");
 }
 
 }  // namespace

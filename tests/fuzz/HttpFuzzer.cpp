@@ -9,12 +9,12 @@
 #include <unistd.h>
 
 #include "orlu/DPrint.h"
+#include "portico/ConnectionContext.h"
 #include "portico/EventLog.h"
 #include "portico/EventStream.h"
 #include "portico/HttpSession.h"
 #include "portico/Product.h"
 #include "portico/PublishedFiles.h"
-#include "portico/Site.h"
 #include "portico/WebFolder.h"
 #include "support/TemporaryRoot.h"
 
@@ -49,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const WebFolder web(root.Path());
     EventLog log;
     Product product(resources, files, log, root.Path());
-    const Site site{resources, events, files, web, {}, kPort};
+    const ConnectionContext context{resources, events, files, web, {}, kPort};
     product.PutUp(kPort);
     resources.SetListener(
         [&events](const std::string& path, const std::string& json) { events.Tell(path, json); });
@@ -57,7 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (socketpair(AF_UNIX, SOCK_STREAM, 0, pair.data()) != 0) {
         return 0;
     }
-    ServeConnection(Socket(context, Protocol::v4(), pair[0]), std::make_shared<int>(0), site);
+    ServeConnection(Socket(context, Protocol::v4(), pair[0]), std::make_shared<int>(0), context);
     const std::size_t half = size == 0 ? 0 : data[0] % size;
     for (const auto& [from, to] : {std::pair(std::size_t{0}, half), std::pair(half, size)}) {
         send(pair[1], data + from, to - from, MSG_DONTWAIT | MSG_NOSIGNAL);

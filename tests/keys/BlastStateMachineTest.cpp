@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "KeyHouse.h"
+#include "KeyFixture.h"
 
 using namespace TrellanService;
 
@@ -9,7 +9,7 @@ namespace {
 constexpr std::uint32_t kPlay = 85;  // UEI key 24, 0x18
 constexpr std::uint32_t kTvPower = 36;
 
-class BlastStateMachine : public KeyHouse {
+class BlastStateMachine : public KeyFixture {
 protected:
     BlastStateMachine() { lpm.AnswerAfter(20); }
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "KeyHouse.h"
+#include "KeyFixture.h"
 
 using namespace TrellanService;
 
 namespace {
 
-class KeySending : public KeyHouse {};
+class KeySending : public KeyFixture {};
 
 TEST_F(KeySending, SinglePressIsAnsweredByTheBlaster)
 {

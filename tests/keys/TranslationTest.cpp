@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "KeyHouse.h"
+#include "KeyFixture.h"
 
 #include <algorithm>
 
@@ -90,7 +90,7 @@ TEST(UEIKeyNames, FollowTheSchemaButForOne)
     }
 }
 
-class Translation : public KeyHouse {};
+class Translation : public KeyFixture {};
 
 TEST_F(Translation, ReadsTheCodesetsKeys)
 {

@@ -5,7 +5,7 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include "Bench.h"
+#include "LpmFixture.h"
 
 using namespace Lpm;
 
@@ -20,9 +20,9 @@ std::string StoreFrame(std::string_view device = "1234")
 /// A blaster that holds the test's code set as 0x1234.
 class HeldBlaster : public testing::Test {
 protected:
-    HeldBlaster() { bench.Hold(0x1234); }
+    HeldBlaster() { fixture.Hold(0x1234); }
 
-    Bench bench;
+    LpmFixture fixture;
 };
 
 TEST(Blaster, AnswersEveryFrame)
@@ -60,10 +60,10 @@ TEST(Blaster, AnswersEveryFrame)
         {"reset of another kind", "00020902", "0103"},
         {"reset", "00020901", "0100"},
     };
-    Bench bench;
+    LpmFixture fixture;
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        EXPECT_EQ(bench.Execute(row.frame), row.reply);
+        EXPECT_EQ(fixture.Execute(row.frame), row.reply);
     }
 }
 
@@ -73,30 +73,30 @@ TEST_F(HeldBlaster, RefusesEachDamagedStoreAndKeepsWhatItHolds)
     for (std::size_t i = 0; i < good.size(); ++i) {
         SCOPED_TRACE(i);
         const std::string cut = ToHex(good.substr(0, i));
-        EXPECT_EQ(bench.Execute(cut), "0101");
+        EXPECT_EQ(fixture.Execute(cut), "0101");
         std::string whole = good.substr(0, std::max<std::size_t>(i, 5));
         whole[0] = static_cast<char>((whole.size() - 2) >> 8);
         whole[1] = static_cast<char>(whole.size() - 2);
-        EXPECT_EQ(bench.Execute(ToHex(whole)), "0106");
+        EXPECT_EQ(fixture.Execute(ToHex(whole)), "0106");
         std::string damaged = good;
         damaged[i] = static_cast<char>(damaged[i] ^ 0x10);
-        EXPECT_EQ(bench.Execute(ToHex(damaged)), i < 2    ? "0101"
-                                                 : i == 2 ? "0102"
-                                                 : i < 5  ? "0100"
-                                                          : "0106");
-        EXPECT_EQ(bench.Execute("0003021234"), "0400010809");
+        EXPECT_EQ(fixture.Execute(ToHex(damaged)), i < 2    ? "0101"
+                                                   : i == 2 ? "0102"
+                                                   : i < 5  ? "0100"
+                                                            : "0106");
+        EXPECT_EQ(fixture.Execute("0003021234"), "0400010809");
     }
 }
 
 TEST(Blaster, HoldsNoMoreThanItsPlacesAndListsWhatFits)
 {
-    Bench bench;
+    LpmFixture fixture;
     for (unsigned device = 0; device < Blaster::kMaximumCodesets; ++device) {
-        ASSERT_EQ(bench.Execute(StoreFrame(fmt::format("{:04x}", device))), "0100");
+        ASSERT_EQ(fixture.Execute(StoreFrame(fmt::format("{:04x}", device))), "0100");
     }
-    EXPECT_EQ(bench.Execute(StoreFrame("1000")), "0107");
-    EXPECT_EQ(bench.Execute(StoreFrame("0000")), "0100");
-    const std::string list = bench.Execute("000111");
+    EXPECT_EQ(fixture.Execute(StoreFrame("1000")), "0107");
+    EXPECT_EQ(fixture.Execute(StoreFrame("0000")), "0100");
+    const std::string list = fixture.Execute("000111");
     EXPECT_EQ(list.substr(0, 14), "fe007e00000001");
     EXPECT_EQ(list.size(), 510U);
 }
@@ -123,22 +123,22 @@ TEST_F(HeldBlaster, SendsFramesAtTheirTimes)
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        bench.effects.Take();
-        EXPECT_EQ(bench.Execute(row.key), "0100");
-        bench.runtime.Advance(row.heldMs);
-        EXPECT_EQ(bench.Execute("000100"), "0100");
-        bench.runtime.Advance(1000);
-        EXPECT_EQ(bench.effects.Take(), row.effects);
+        fixture.effects.Take();
+        EXPECT_EQ(fixture.Execute(row.key), "0100");
+        fixture.runtime.Advance(row.heldMs);
+        EXPECT_EQ(fixture.Execute("000100"), "0100");
+        fixture.runtime.Advance(1000);
+        EXPECT_EQ(fixture.effects.Take(), row.effects);
     }
 }
 
 TEST_F(HeldBlaster, PutsTheNextKeyInPlaceOfTheOneBefore)
 {
-    bench.Execute("000701123408000000");
-    bench.runtime.Advance(10);
-    bench.Execute("000701123401800000");
-    bench.runtime.Advance(1000);
-    EXPECT_EQ(bench.effects.Take(),
+    fixture.Execute("000701123408000000");
+    fixture.runtime.Advance(10);
+    fixture.Execute("000701123401800000");
+    fixture.runtime.Advance(1000);
+    EXPECT_EQ(fixture.effects.Take(),
               "+0 ir 1234 8 on\n+0 light 45000\n"
               "+10 light 45000\n+10 light 45000\n+10 ir 1234 8 off\n"
               "+10 ir 1234 1 on\n+10 light 108000\n+79 ir 1234 1 off\n");
@@ -149,13 +149,13 @@ TEST_F(HeldBlaster, EndsAKeyWithItsCodeset)
     for (const std::string& end :
          {std::string("00030c1234"), std::string("00020901"), StoreFrame()}) {
         SCOPED_TRACE(end);
-        bench.Hold(0x1234);
-        bench.Execute("000701123401000000");
-        bench.runtime.Advance(50);
-        bench.effects.Take();
-        EXPECT_EQ(bench.Execute(end), "0100");
-        bench.runtime.Advance(1000);
-        EXPECT_EQ(bench.effects.Take(), "+0 ir 1234 1 off\n");
+        fixture.Hold(0x1234);
+        fixture.Execute("000701123401000000");
+        fixture.runtime.Advance(50);
+        fixture.effects.Take();
+        EXPECT_EQ(fixture.Execute(end), "0100");
+        fixture.runtime.Advance(1000);
+        EXPECT_EQ(fixture.effects.Take(), "+0 ir 1234 1 off\n");
     }
 }
 

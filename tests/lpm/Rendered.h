@@ -29,7 +29,7 @@ struct Rendered {
         const CodesetBinary codeset = CodesetBinary::Parse(bytes, why).value();
         KeyRenderer renderer(codeset, key, toggle);
         for (unsigned i = 0; i <= renderer.MinimumFrames(); ++i) {
-            const LightFrame frame = renderer.Frame(i);
+            const InfraredFrame frame = renderer.Frame(i);
             carrierHz = frame.carrierHz;
             press.emplace_back(frame.durationsUs.begin(), frame.durationsUs.end());
         }

@@ -5,7 +5,7 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include "Bench.h"
+#include "LpmFixture.h"
 
 using namespace Lpm;
 
@@ -38,17 +38,17 @@ TEST(ReplyScript, RefusesWhatIsNoScriptAndKeepsTheOneBefore)
 
 TEST(ReplyScript, BendsAnswersWhileItsTimesLast)
 {
-    Bench bench;
-    bench.Hold(0x0803);
-    BenchClient client(bench, "a");
-    bench.Say(R"({"replies": [
+    LpmFixture fixture;
+    fixture.Hold(0x0803);
+    LpmTestClient client(fixture, "a");
+    fixture.Say(R"({"replies": [
         {"command": "0x01", "status": 7, "times": 1},
         {"command": "0x0b", "delayMs": 20, "times": 1},
         {"command": "0x0b", "silent": true, "times": 1},
         {"command": "0x02", "raw": "0107"},
         {"command": "0x00", "status": 9},
         {"command": "0x0c", "status": 8}]})");
-    bench.effects.Take();
+    fixture.effects.Take();
     client.Send(80, "000701080301800000");
     client.Send(80, "000701080301000000");
     client.Send(80, "000100");
@@ -56,10 +56,10 @@ TEST(ReplyScript, BendsAnswersWhileItsTimesLast)
         client.Send(80, "00010b");
     }
     client.Send(84, "0003020803");
-    bench.runtime.Advance(200);
+    fixture.runtime.Advance(200);
     client.Send(80, "00030c0803");
     client.Send(80, "000111");
-    EXPECT_EQ(bench.effects.Take(),
+    EXPECT_EQ(fixture.effects.Take(),
               "+0 a reply 80 0107\n"
               "+0 ir 0803 1 on\n+0 light 108000\n+0 a reply 80 0100\n"
               "+0 ir 0803 1 off\n+0 a reply 80 0109\n"
@@ -82,19 +82,19 @@ TEST(ReplyScript, BendsBothAnswersToAStore)
         {R"("silent": true)", "+0 a reply 65539 result 0\n", "0400010803"},
         {R"("delayMs": 40)", "+0 a reply 65539 result 0\n+40 a event 83 0100\n", "0400010803"},
     };
-    Bench bench;
-    BenchClient client(bench, "a");
+    LpmFixture fixture;
+    LpmTestClient client(fixture, "a");
     const std::string data = TestCodeset();
     const std::string frame = fmt::format("{:04x}220803{}", data.size() / 2 + 3, data);
     for (const auto& row : rows) {
         SCOPED_TRACE(row.reply);
-        bench.Execute("00020901");
-        bench.Say(fmt::format(R"({{"replies": [{{"command": "0x22", {}}}]}})", row.reply));
-        bench.effects.Take();
+        fixture.Execute("00020901");
+        fixture.Say(fmt::format(R"({{"replies": [{{"command": "0x22", {}}}]}})", row.reply));
+        fixture.effects.Take();
         client.Transfer(frame);
-        bench.runtime.Advance(100);
-        EXPECT_EQ(bench.effects.Take(), row.effects);
-        EXPECT_EQ(bench.Execute("000111"), row.list);
+        fixture.runtime.Advance(100);
+        EXPECT_EQ(fixture.effects.Take(), row.effects);
+        EXPECT_EQ(fixture.Execute("000111"), row.list);
     }
 }
 

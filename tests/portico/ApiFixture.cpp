@@ -45,7 +45,7 @@ void ApiFixture::Start()
 {
     unsetenv("ORLU_ROOT");
     m_context = std::make_unique<asio::io_context>(1);
-    m_server = std::make_unique<Server>(*m_context, m_options, m_root.Path(), m_patience);
+    m_server = std::make_unique<Server>(*m_context, m_options, m_root.Path(), m_timeouts);
     std::string why;
     const auto port = m_server->Start(why);
     ASSERT_TRUE(port) << why;

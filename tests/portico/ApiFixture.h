@@ -47,7 +47,7 @@ protected:
 
     TemporaryRoot m_root;
     Options m_options{0, {}, {}, {}};
-    Patience m_patience;
+    Timeouts m_timeouts;
 
 private:
     std::unique_ptr<boost::asio::io_context> m_context;

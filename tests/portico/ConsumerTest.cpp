@@ -167,7 +167,7 @@ TEST_F(ConsumerTest, PublishesAFileThatMayGoAtOnce)
 
 TEST_F(ConsumerTest, ClosesTheConnectionOfWhoeverStandsStill)
 {
-    m_patience.request = std::chrono::milliseconds(100);
+    m_timeouts.request = std::chrono::milliseconds(100);
     Start();
     Consumer half(Port());
     half.Send("GET /system/in");

@@ -76,7 +76,7 @@ TEST_F(LinkTest, TheLaterServiceServesAndNoneTakesTheProductsOwn)
 TEST_F(LinkTest, WhoeverWaitsIsToldWhenTheServiceGoesOrKeepsSilent)
 {
     Stop();
-    m_patience.answer = std::chrono::milliseconds(50);
+    m_timeouts.answer = std::chrono::milliseconds(50);
     Start();
     Consumer consumer(Port());
     {

@@ -19,7 +19,7 @@ namespace ProcessTests {
 
 namespace {
 
-constexpr auto kPatience = std::chrono::seconds(30);
+constexpr auto kTimeout = std::chrono::seconds(30);
 
 }  // namespace
 
@@ -69,7 +69,7 @@ Program::~Program()
 
 std::string Program::WaitFor(Stream& stream, const std::string& part)
 {
-    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    const auto deadline = std::chrono::steady_clock::now() + kTimeout;
     do {
         if (const auto line = TakeLine(stream, part)) {
             return *line;
@@ -131,7 +131,7 @@ void Program::Signal(int number) const
 int Program::WaitForEnd()
 {
     close(std::exchange(m_in, -1));
-    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    const auto deadline = std::chrono::steady_clock::now() + kTimeout;
     while (ReadMore(deadline)) {
     }
     if (m_out.fd >= 0 || m_err.fd >= 0) {

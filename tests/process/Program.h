@@ -16,8 +16,8 @@ namespace ProcessTests {
 /// Words behind a program's name.
 using Arguments = std::vector<std::string>;
 
-/// One of the house's real programs, started with a product folder as its root. Waiting for it ends
-/// after a deadline with a failure, so that nothing hangs; killed at the end if it still runs.
+/// One of the project's real programs, started with a product folder as its root. Waiting for it
+/// ends after a deadline with a failure, so that nothing hangs; killed at the end if it still runs.
 class Program {
 public:
     Program(const TemporaryRoot& folder, const std::string& name, const Arguments& arguments);

@@ -29,7 +29,7 @@ TemporaryRoot& WithManufacturingData(TemporaryRoot& root)
 KeyRun::KeyRun(std::uint64_t seed, Hand hand)
     : m_random(seed),
       m_hand(hand),
-      m_judge(kLongestMs),
+      m_checker(kLongestMs),
       m_keys(&m_proxy, (WithManufacturingData(m_root), m_codesets), m_task.get())
 {
     TrellanServiceMessages::SrcCiCodeMessage_t list;
@@ -53,23 +53,23 @@ double KeyRun::Now() const
 void KeyRun::Wait(std::uint32_t ms)
 {
     m_runtime.Advance(ms);
-    m_judge.CheckAt(Now());
+    m_checker.CheckAt(Now());
 }
 
 std::string KeyRun::Play()
 {
-    for (auto count = 4 + Draw(20); count > 0 && m_judge.Fault().empty(); --count) {
+    for (auto count = 4 + Draw(20); count > 0 && m_checker.Fault().empty(); --count) {
         ++m_acts;
         m_hand == Hand::kCalm ? PressAsOneHand() : ActAtRandom();
     }
     Rest();
-    if (!m_judge.Fault().empty()) {
-        return m_judge.Fault();
+    if (!m_checker.Fault().empty()) {
+        return m_checker.Fault();
     }
-    if (m_judge.IsOn()) {
+    if (m_checker.IsOn()) {
         return "all is released, and the light is on";
     }
-    const auto& seen = m_judge.Seen();
+    const auto& seen = m_checker.Seen();
     if (m_hand == Hand::kCalm && seen.shortestPause < kShortestPauseMs) {
         return fmt::format("a pause of {} ms", seen.shortestPause);
     }
@@ -85,7 +85,7 @@ void KeyRun::Rest()
     m_lpm.Stall(false);
     m_lpm.LoadCodesets(CODESET_FOLDER);
     m_lpm.Follow(R"({"replies": []})");
-    m_judge.PermitNone(Now());
+    m_checker.PermitNone(Now());
     m_keys.m_allowContinuous = false;
     Wait(kRestMs);
     Release();
@@ -206,7 +206,7 @@ void KeyRun::ChangeLpm()
 void KeyRun::ChangePermission()
 {
     m_keys.m_allowContinuous = Draw(2) == 0;
-    m_keys.m_allowContinuous ? m_judge.PermitAll() : m_judge.PermitNone(Now());
+    m_keys.m_allowContinuous ? m_checker.PermitAll() : m_checker.PermitNone(Now());
 }
 
 void KeyRun::DelayAnswers(std::uint32_t ms)

@@ -36,9 +36,9 @@ public:
     /// Plays one schedule. Gives the rule that it broke; empty: none.
     std::string Play();
 
-    const LightJudge::Figures& Seen() const { return m_judge.Seen(); }
+    const BlastChecker::Figures& Seen() const { return m_checker.Seen(); }
     /// For how long the light was on, by whatever key.
-    double LitMs() const { return m_judge.Seen().litMs + m_judge.OnFor(Now()); }
+    double LitMs() const { return m_checker.Seen().litMs + m_checker.OnFor(Now()); }
     std::uint64_t Acts() const { return m_acts; }
 
     // One by one.
@@ -73,8 +73,8 @@ private:
     const Hand m_hand;
     TemporaryRoot m_root;
     VirtualRuntime m_runtime;
-    LightJudge m_judge;
-    SimulatedLpm m_lpm{m_runtime, m_judge};
+    BlastChecker m_checker;
+    SimulatedLpm m_lpm{m_runtime, m_checker};
     std::shared_ptr<NotifyTargetTaskIF> m_task = IL::CreateTask("server", "");
     NoSync m_sync;
     TrellanService::Trellan_ServiceCodesetHandler m_codesets{*this, m_sync};

@@ -23,9 +23,9 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using Simulation::BlastChecker;
 using Simulation::Hand;
 using Simulation::KeyRun;
-using Simulation::LightJudge;
 
 /// How many schedules a run plays, one after the other, before the next seed begins anew.
 constexpr std::uint64_t kSchedulesOfARun = 500;
@@ -44,7 +44,7 @@ void DropLogLine(int /*level*/, std::string_view /*logger*/, std::string_view /*
 struct Tally {
     std::uint64_t schedules = 0;
     std::uint64_t acts = 0;
-    LightJudge::Figures seen;
+    BlastChecker::Figures seen;
 
     void Add(const KeyRun& run)
     {

@@ -50,23 +50,23 @@ int SimulatedCloud::Post(std::string_view body, std::string& answer)
     if (onStandstill) {
         onStandstill();
     }
-    const auto weather = m_weather;
-    const auto delay = weather == Weather::kSlow   ? Draw(kTimeOutMs + 10'000)
-                       : weather == Weather::kDown ? Draw(kConnectMs)
-                                                   : Draw(40);
+    const auto condition = m_condition;
+    const auto delay = condition == Condition::kSlow   ? Draw(kTimeOutMs + 10'000)
+                       : condition == Condition::kDown ? Draw(kConnectMs)
+                                                       : Draw(40);
     m_runtime.Advance(std::min(delay, kTimeOutMs));
     m_posting = false;
-    if (weather == Weather::kDown) {
+    if (condition == Condition::kDown) {
         return kUnreachable;
     }
-    if (weather == Weather::kFailing) {
+    if (condition == Condition::kFailing) {
         return kStatus;
     }
     if (delay > kTimeOutMs) {
         return kTimedOut;
     }
     answer = m_service.Answer(body).body;
-    if (weather == Weather::kGarbled) {
+    if (condition == Condition::kGarbled) {
         answer.resize(Draw(static_cast<std::uint32_t>(answer.size()) + 1));
     }
     return 0;

@@ -14,11 +14,11 @@
 namespace Simulation {
 
 /// The real cloud over the small catalogue, reached without a network: it stands in libcurl's
-/// place. A post blocks the task that makes it for as long as the weather says, while all others
+/// place. A post blocks the task that makes it for as long as the condition says, while all others
 /// run.
 class SimulatedCloud {
 public:
-    enum class Weather { kFair, kDown, kSlow, kFailing, kGarbled };
+    enum class Condition { kFair, kDown, kSlow, kFailing, kGarbled };
 
     /// Builds the catalogue, from the files of this machine: before any root folder is set.
     static void BuildCatalogue();
@@ -28,7 +28,7 @@ public:
     SimulatedCloud(const SimulatedCloud&) = delete;
     SimulatedCloud& operator=(const SimulatedCloud&) = delete;
 
-    void Become(Weather weather) { m_weather = weather; }
+    void Become(Condition condition) { m_condition = condition; }
     bool IsPosting() const { return m_posting; }
     std::uint64_t Posts() const { return m_posts; }
 
@@ -46,7 +46,7 @@ private:
     VirtualRuntime& m_runtime;
     std::mt19937_64& m_random;
     Cloud::CloudService m_service;
-    Weather m_weather = Weather::kFair;
+    Condition m_condition = Condition::kFair;
     bool m_posting = false;
     std::uint64_t m_posts = 0;
 };

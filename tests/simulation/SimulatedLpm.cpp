@@ -8,12 +8,12 @@
 
 namespace Simulation {
 
-SimulatedLpm::SimulatedLpm(VirtualRuntime& runtime, LightJudge& judge)
+SimulatedLpm::SimulatedLpm(VirtualRuntime& runtime, BlastChecker& judge)
     : m_runtime(runtime),
-      m_judge(judge),
+      m_checker(judge),
       m_recorder([&runtime] { return std::chrono::microseconds(runtime.Now()); },
                  [this](std::string_view line) {
-                     m_judge.ReadLine(line);
+                     m_checker.ReadLine(line);
                      return true;
                  })
 {
@@ -77,7 +77,7 @@ void SimulatedLpm::Stall(bool stalled)
     }
     m_stalled = stalled;
     m_troubled = true;
-    m_judge.Disregard(stalled);
+    m_checker.Disregard(stalled);
     for (const auto& socket : m_runtime.Net().Served(SocketPath())) {
         socket->Stall(stalled);
     }

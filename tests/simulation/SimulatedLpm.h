@@ -6,7 +6,7 @@
 #include <string>
 
 #include "lpm/LpmServer.h"
-#include "simulation/LightJudge.h"
+#include "simulation/BlastChecker.h"
 #include "support/VirtualRuntime.h"
 
 namespace Simulation {
@@ -14,7 +14,7 @@ namespace Simulation {
 /// The real LpmService with its blaster, on a task of its own, and the judge who reads its record.
 class SimulatedLpm : private Lpm::CecBusIF {
 public:
-    SimulatedLpm(VirtualRuntime& runtime, LightJudge& judge);
+    SimulatedLpm(VirtualRuntime& runtime, BlastChecker& judge);
     ~SimulatedLpm() override;
     SimulatedLpm(const SimulatedLpm&) = delete;
     SimulatedLpm& operator=(const SimulatedLpm&) = delete;
@@ -50,7 +50,7 @@ private:
     std::string SocketPath() const;
 
     VirtualRuntime& m_runtime;
-    LightJudge& m_judge;
+    BlastChecker& m_checker;
     Lpm::Recorder m_recorder;
     Lpm::ReplyScript m_script;
     std::shared_ptr<NotifyTargetTaskIF> m_task;

@@ -143,12 +143,12 @@ void ScriptedLpm::Frame(const IPCMessageRouterPtr& router, const IPCMessageEnvel
         return;
     }
     if (envelope.id() == IPC_BLASTER_KEY_MAP_RQST) {
-        Later([this, map = Hex(*reply)] { KeyMap(map); });
+        Defer([this, map = Hex(*reply)] { KeyMap(map); });
         return;
     }
     TRS_BlasterMsg_t message;
     message.set_blaster_msg(*reply);
-    Later([this, router, message, envelope] { Reply(router, envelope, message); });
+    Defer([this, router, message, envelope] { Reply(router, envelope, message); });
 }
 
 void ScriptedLpm::Load(const IPCMessageRouterPtr& router, const IPCMessageEnvelope& envelope,
@@ -157,7 +157,7 @@ void ScriptedLpm::Load(const IPCMessageRouterPtr& router, const IPCMessageEnvelo
     if (!m_bulkResult) {
         return;
     }
-    Later([this, router, envelope, reply = ReplyTo(load.data()), result = *m_bulkResult] {
+    Defer([this, router, envelope, reply = ReplyTo(load.data()), result = *m_bulkResult] {
         BulkTransferResponse response;
         response.set_result(result);
         Reply(router, envelope, response);
@@ -208,7 +208,7 @@ void ScriptedLpm::DropClients()
     m_routers.clear();
 }
 
-void ScriptedLpm::Later(std::function<void()> work)
+void ScriptedLpm::Defer(std::function<void()> work)
 {
     if (m_delayMs == 0) {
         work();

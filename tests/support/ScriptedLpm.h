@@ -71,7 +71,7 @@ private:
     void Reply(const IPCMessageRouterPtr& router, const IPCMessageEnvelope& request,
                const google::protobuf::Message& message);
     std::optional<std::string> ReplyTo(const std::string& frame) const;
-    void Later(std::function<void()> work);
+    void Defer(std::function<void()> work);
 
     Effects& m_effects;
     std::shared_ptr<NotifyTargetTaskIF> m_task;

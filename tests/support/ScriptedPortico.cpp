@@ -35,14 +35,14 @@ public:
 
 protected:
     CallbackConnection RegisterText(Portico::Method method, const std::string& path,
-                                    const Serve& serve, const Terms&) override
+                                    const Serve& serve, const RegistrationOptions&) override
     {
         m_api.m_registrations += Name(method, path) + "\n";
         m_api.m_endpoints[Name(method, path)] = serve;
         return {};
     }
     CallbackConnection RegisterNotificationText(const std::string& path, const Text& notify,
-                                                const Terms&) override
+                                                const RegistrationOptions&) override
     {
         m_api.m_registrations += "notification " + path + "\n";
         m_api.m_notifications[path] = notify;

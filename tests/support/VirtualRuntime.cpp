@@ -21,7 +21,7 @@ constexpr MonotonicMs kStart{1'000'000};
 constexpr std::chrono::seconds kWallClockStart{1'700'000'000};
 
 /// Longer than anything that a test waits for.
-constexpr MonotonicMs kPatience = std::chrono::hours(1);
+constexpr MonotonicMs kTimeout = std::chrono::hours(1);
 
 /// More works without a pause than any test has: two pieces of work post each other for ever.
 constexpr std::size_t kWorksInOneGo = 10'000'000;
@@ -53,7 +53,7 @@ public:
     template <class Done>
     void RunUntil(Done done, const char* what)
     {
-        const auto limit = now + kPatience;
+        const auto limit = now + kTimeout;
         while (!done()) {
             if (!RunOne() && !RunNextAlarm(limit)) {
                 throw std::runtime_error(what);

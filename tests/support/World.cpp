@@ -15,13 +15,13 @@ World::World() : effects(runtime), lpm(effects), qsp(effects), portico(effects)
 
 World::~World()
 {
-    house.Server().Stop();
+    service.Server().Stop();
 }
 
 void World::Start()
 {
-    house.Manager().CreateAllTasks();
-    house.Manager().StartAllTasks();
+    service.Manager().CreateAllTasks();
+    service.Manager().StartAllTasks();
     runtime.RunUntilIdle();
     effects.Take();
 }

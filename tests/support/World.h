@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "core/House.h"
+#include "core/CompositionRoot.h"
 #include "support/Effects.h"
 #include "support/LogCapture.h"
 #include "support/ScriptedLpm.h"
@@ -14,8 +14,8 @@
 #include "support/TemporaryRoot.h"
 #include "support/VirtualRuntime.h"
 
-/// The whole service under virtual time: its own house, a root folder of its own, and in the place
-/// of each peer one that does as the test says. What happens is recorded in `effects`.
+/// The whole service under virtual time: its own instances, a root folder of its own, and in the
+/// place of each peer one that does as the test says. What happens is recorded in `effects`.
 class World {
 public:
     World();
@@ -42,5 +42,5 @@ public:
     ScriptedLpm lpm;
     ScriptedQsp qsp;
     ScriptedPortico portico;
-    TrellanService::House house;
+    TrellanService::CompositionRoot service;
 };

@@ -4,7 +4,7 @@ import {kindOf, kinds} from "./devices.js";
 import {element} from "./dom.js";
 import {holds} from "./hold.js";
 import {brandView, modelView, testView} from "./setup.js";
-import "./room.js";
+import "./panel.js";
 
 const view = document.getElementById("view");
 const status = document.getElementById("status");

@@ -133,7 +133,7 @@ private:
         return weights;
     }
 
-    std::string CodesetOf(const Collection::Known& known) const
+    std::string CodesetOf(const Collection::AnnouncedDevice& known) const
     {
         if (!known.codeset.empty()) {
             return known.codeset;

@@ -41,7 +41,7 @@ struct Collection {
     };
 
     /// A device that announces itself.
-    struct Known {
+    struct AnnouncedDevice {
         std::string type;
         std::string brand;
         std::string codeset;  ///< empty: the brand's commonest, if it has any
@@ -61,8 +61,8 @@ struct Collection {
     std::map<std::pair<char, std::string>, std::size_t> byBinary;
     std::map<std::pair<std::string, std::string>, Brand> brands;  ///< by type and small name
     /// By vendor, name on the bus, role; and by manufacturer, monitor.
-    std::map<std::tuple<std::uint32_t, std::string, std::string>, Known> cec;
-    std::map<std::pair<std::string, std::string>, Known> edid;
+    std::map<std::tuple<std::uint32_t, std::string, std::string>, AnnouncedDevice> cec;
+    std::map<std::pair<std::string, std::string>, AnnouncedDevice> edid;
 };
 
 /// ASCII letters only, as the catalogue compares.

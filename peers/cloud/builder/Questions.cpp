@@ -51,7 +51,7 @@ const Keys& KeysOf(std::string_view type)
 std::int64_t Light(const Lpm::CodesetBinary& codeset, const Lpm::CodesetKey& key)
 {
     Lpm::KeyRenderer renderer(codeset, key, false);
-    const Lpm::LightFrame frame = renderer.Frame(0);
+    const Lpm::InfraredFrame frame = renderer.Frame(0);
     std::string text = std::to_string(frame.carrierHz);
     for (const std::uint32_t duration : frame.durationsUs) {
         text += ' ' + std::to_string(duration);

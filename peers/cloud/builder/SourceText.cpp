@@ -194,11 +194,11 @@ private:
         }
     }
 
-    Collection::Known ReadKnown(const Json::Value& object)
+    Collection::AnnouncedDevice ReadAnnouncedDevice(const Json::Value& object)
     {
-        Collection::Known known{.type = Text(object, "type"),
-                                .brand = Text(object, "brand"),
-                                .codeset = Text(object, "codeset", true)};
+        Collection::AnnouncedDevice known{.type = Text(object, "type"),
+                                          .brand = Text(object, "brand"),
+                                          .codeset = Text(object, "codeset", true)};
         if (!known.codeset.empty() && !m_collection.byName.contains(known.codeset)) {
             Fault(fmt::format("{}: there is no {}", known.brand, known.codeset));
         }
@@ -221,7 +221,7 @@ private:
         }
         m_collection.cec.try_emplace(
             {vendor, SmallLetters(Text(object, "osd", true)), Text(object, "role", true)},
-            ReadKnown(object));
+            ReadAnnouncedDevice(object));
     }
 
     void ReadEdid(const Json::Value& object)
@@ -231,7 +231,7 @@ private:
         }
         m_collection.edid.try_emplace(
             {Text(object, "manufacturer"), SmallLetters(Text(object, "monitor", true))},
-            ReadKnown(object));
+            ReadAnnouncedDevice(object));
     }
 
     const std::string& m_folder;

@@ -15,7 +15,7 @@ constexpr Microseconds kSlack = std::chrono::milliseconds(100);
 
 }  // namespace
 
-std::vector<Burst> SplitFrame(const LightFrame& frame, Microseconds begin)
+std::vector<Burst> SplitFrame(const InfraredFrame& frame, Microseconds begin)
 {
     std::vector<Burst> bursts;
     std::size_t first = 0;

@@ -8,7 +8,7 @@
 #include <span>
 #include <vector>
 
-#include "infrared/Light.h"
+#include "infrared/InfraredFrame.h"
 
 namespace Lpm::Devices {
 
@@ -24,7 +24,7 @@ struct Burst {
 
 /// The bursts of a frame whose light begins at that time. Light that no long pause ends is left
 /// out: its end was not seen. The bursts refer to the frame's durations.
-std::vector<Burst> SplitFrame(const LightFrame& frame, Microseconds begin);
+std::vector<Burst> SplitFrame(const InfraredFrame& frame, Microseconds begin);
 
 /// Whether a duration is what it should be, give or take a quarter.
 bool IsAbout(std::uint32_t duration, std::uint32_t expected);

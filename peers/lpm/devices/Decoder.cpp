@@ -9,7 +9,7 @@ Reading ReadWholeCode(HeldKey& held, const Burst& burst, Protocol protocol, std:
 {
     const bool repeat = held.IsHeldAt(burst, scancode, toggle.value_or(false));
     held.Remember(scancode, toggle.value_or(false), burst);
-    return {true, LightCode{protocol, scancode, toggle, repeat}};
+    return {true, InfraredCode{protocol, scancode, toggle, repeat}};
 }
 
 std::unique_ptr<DecoderIF> MakeDecoder(Protocol protocol)

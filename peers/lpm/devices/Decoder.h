@@ -14,7 +14,7 @@ namespace Lpm::Devices {
 /// protocols take several bursts for one press.
 struct Reading {
     bool mine = false;
-    std::optional<LightCode> code{};
+    std::optional<InfraredCode> code{};
 };
 
 /// Reads the bursts of one protocol, one behind the other.

@@ -10,7 +10,7 @@ namespace Lpm::Devices {
 
 namespace {
 
-Json::Value CauseOf(const LightCode& code)
+Json::Value CauseOf(const InfraredCode& code)
 {
     Json::Value cause;
     cause["protocol"] = std::string(InfoOf(code.protocol).name);
@@ -27,10 +27,10 @@ Device::Device(DeviceDescription description)
 {
 }
 
-std::vector<Device::Change> Device::Look(const LightFrame& frame, Microseconds begin)
+std::vector<Device::Change> Device::Receive(const InfraredFrame& frame, Microseconds begin)
 {
     std::vector<Change> changes;
-    for (const LightCode& code : m_receiver.Look(frame, begin).codes) {
+    for (const InfraredCode& code : m_receiver.Receive(frame, begin).codes) {
         const auto key = m_description.codes.find(code.scancode);
         if (key != m_description.codes.end() && Apply(*key->second, code.repeat, begin)) {
             changes.push_back({CauseOf(code), m_state.AsJson()});

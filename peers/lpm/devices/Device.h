@@ -36,7 +36,7 @@ public:
     Json::Value StateAsJson() const { return m_state.AsJson(); }
 
     /// One change for each code in the light that changed the state.
-    std::vector<Change> Look(const LightFrame& frame, Microseconds begin);
+    std::vector<Change> Receive(const InfraredFrame& frame, Microseconds begin);
 
     /// Empty if nothing changed.
     std::optional<Change> ReceiveCecKey(std::uint8_t userControl, bool repeat, Microseconds now);

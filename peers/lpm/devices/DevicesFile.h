@@ -11,7 +11,7 @@
 
 namespace Lpm::Devices {
 
-/// Devices in one room; each looks at each piece of light.
+/// The devices of a file; each receives each frame.
 inline constexpr std::size_t kMaxDevices = 16;
 
 /// Codes of one device; a remote control has a good hundred keys.

@@ -63,13 +63,13 @@ public:
     Reading Read(const Burst& burst) override;
 
 private:
-    static LightCode CodeOf(const Bytes& bytes);
+    static InfraredCode CodeOf(const Bytes& bytes);
 
     Protocol m_variant;
     HeldKey m_held;
 };
 
-LightCode NecDecoder::CodeOf(const Bytes& bytes)
+InfraredCode NecDecoder::CodeOf(const Bytes& bytes)
 {
     const auto& [first, second, third, fourth] = bytes;
     if (!AreInverse(third, fourth)) {
@@ -93,7 +93,7 @@ Reading NecDecoder::Read(const Burst& burst)
     if (!bytes) {
         return {};
     }
-    const LightCode code = CodeOf(*bytes);
+    const InfraredCode code = CodeOf(*bytes);
     m_held.Forget();
     if (code.protocol != m_variant) {
         return {};

@@ -44,7 +44,7 @@ std::optional<Protocol> ProtocolByName(std::string_view name);
 std::string ScancodeText(Protocol protocol, std::uint32_t scancode);
 
 /// One sight of a key, in the Linux kernel's scancode convention.
-struct LightCode {
+struct InfraredCode {
     Protocol protocol;
     std::uint32_t scancode;
     std::optional<bool> toggle;  ///< empty: the protocol has none

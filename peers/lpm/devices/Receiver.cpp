@@ -19,20 +19,20 @@ bool Passes(std::uint32_t carrierHz, Protocol protocol)
 
 Receiver::Receiver(Protocol protocol) : m_protocol(protocol), m_decoder(MakeDecoder(protocol)) {}
 
-Receiver::Sight Receiver::Look(const LightFrame& frame, Microseconds begin)
+Receiver::Reception Receiver::Receive(const InfraredFrame& frame, Microseconds begin)
 {
-    Sight sight;
+    Reception reception;
     if (!Passes(frame.carrierHz, m_protocol)) {
-        return sight;
+        return reception;
     }
     for (const Burst& burst : SplitFrame(frame, begin)) {
         const Reading reading = m_decoder->Read(burst);
-        sight.known |= reading.mine;
+        reception.isOfProtocol |= reading.mine;
         if (reading.code) {
-            sight.codes.push_back(*reading.code);
+            reception.codes.push_back(*reading.code);
         }
     }
-    return sight;
+    return reception;
 }
 
 }  // namespace Lpm::Devices

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "devices/Decoder.h"
-#include "infrared/Light.h"
+#include "infrared/InfraredFrame.h"
 
 namespace Lpm::Devices {
 
@@ -14,15 +14,15 @@ namespace Lpm::Devices {
 class Receiver {
 public:
     /// What a frame says: whether it is of this protocol, and the codes that it brings.
-    struct Sight {
-        bool known = false;
-        std::vector<LightCode> codes;
+    struct Reception {
+        bool isOfProtocol = false;
+        std::vector<InfraredCode> codes;
     };
 
     explicit Receiver(Protocol protocol);
 
     /// `begin` is the time of the frame's first light on any clock that never goes back.
-    Sight Look(const LightFrame& frame, Microseconds begin);
+    Reception Receive(const InfraredFrame& frame, Microseconds begin);
 
 private:
     Protocol m_protocol;

@@ -58,7 +58,7 @@ public:
         if (m_frames != 2 && m_frames <= kFramesOfPress) {
             return {true};
         }
-        return {true, LightCode{m_variant, scancode, std::nullopt, m_frames > kFramesOfPress}};
+        return {true, InfraredCode{m_variant, scancode, std::nullopt, m_frames > kFramesOfPress}};
     }
 
 private:

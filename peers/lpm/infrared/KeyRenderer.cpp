@@ -19,7 +19,7 @@ unsigned KeyRenderer::MinimumFrames() const
     return m_group.minimumFrames != 0 ? m_group.minimumFrames : m_row.minimumFrames;
 }
 
-LightFrame KeyRenderer::Frame(unsigned index)
+InfraredFrame KeyRenderer::Frame(unsigned index)
 {
     if (m_row.coding == Coding::kStored) {
         RenderStored(index);

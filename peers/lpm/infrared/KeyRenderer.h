@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "infrared/CodesetBinary.h"
-#include "infrared/Light.h"
+#include "infrared/InfraredFrame.h"
 
 namespace Lpm {
 
@@ -24,7 +24,7 @@ public:
 
     /// The frame with that number, from 0 on and without end; valid until the next call. Lasts at
     /// least `CodesetBinary::kMinimumFrameUs`.
-    LightFrame Frame(unsigned index);
+    InfraredFrame Frame(unsigned index);
 
 private:
     void RenderStored(unsigned index);

@@ -50,14 +50,14 @@ public:
     void Wait(Microseconds time) { m_now += time; }
 
     /// What was seen, such as "0x0408 t1 repeat, "; "-" for a frame that is foreign.
-    std::string Look(const std::vector<Durations>& frames)
+    std::string Receive(const std::vector<Durations>& frames)
     {
         std::string seen;
         for (const Durations& frame : frames) {
-            const auto sight = m_receiver.Look({m_carrier, frame}, m_now);
+            const auto reception = m_receiver.Receive({m_carrier, frame}, m_now);
             m_now += Microseconds(std::accumulate(frame.begin(), frame.end(), std::uint64_t{0}));
-            seen += sight.known ? "" : "-";
-            for (const LightCode& code : sight.codes) {
+            seen += reception.isOfProtocol ? "" : "-";
+            for (const InfraredCode& code : reception.codes) {
                 seen += ScancodeText(code.protocol, code.scancode);
                 seen += code.toggle ? (*code.toggle ? " t1" : " t0") : "";
                 seen += code.repeat ? " repeat, " : ", ";
@@ -90,14 +90,14 @@ TEST(Decoder, TellsAHeldKeyFromANewPress)
                 const std::string text = Text(row.protocol, scancode, toggle);
                 SCOPED_TRACE(std::string(row.protocol) + " " + text);
                 const Rendered light(row.protocol, scancode, toggle);
-                EXPECT_EQ(bench.Look(light.press), text + ", ");
-                EXPECT_EQ(bench.Look({light.held}), text + " repeat, ");
+                EXPECT_EQ(bench.Receive(light.press), text + ", ");
+                EXPECT_EQ(bench.Receive({light.held}), text + " repeat, ");
                 bench.Wait(90ms);
-                EXPECT_EQ(bench.Look({light.held}), text + " repeat, ") << "a late blaster";
+                EXPECT_EQ(bench.Receive({light.held}), text + " repeat, ") << "a late blaster";
                 bench.Wait(text.ends_with(" t0") ? 0s : 1s);
             }
             const Rendered again(row.protocol, scancode, true);
-            EXPECT_EQ(bench.Look(again.press), Text(row.protocol, scancode, true) + ", ");
+            EXPECT_EQ(bench.Receive(again.press), Text(row.protocol, scancode, true) + ", ");
         }
     }
 }
@@ -109,14 +109,14 @@ TEST(Decoder, ReadsItsOwnProtocolAndNoOther)
         for (unsigned i = 0; i < kProtocols; ++i) {
             const auto& info = InfoOf(static_cast<Protocol>(i));
             Bench bench(info.protocol, light.carrierHz);
-            EXPECT_EQ(bench.Look(light.press), info.name == row.protocol
-                                                   ? Text(row.protocol, row.scancodes[0]) + ", "
-                                                   : std::string(light.press.size(), '-'))
+            EXPECT_EQ(bench.Receive(light.press), info.name == row.protocol
+                                                      ? Text(row.protocol, row.scancodes[0]) + ", "
+                                                      : std::string(light.press.size(), '-'))
                 << row.protocol << " by " << info.name;
         }
         for (const std::uint32_t hz : {light.carrierHz - 5001, light.carrierHz + 5001}) {
             Bench bench(*ProtocolByName(row.protocol), hz);
-            bench.Look(light.press);
+            bench.Receive(light.press);
             EXPECT_FALSE(bench.last) << row.protocol;
         }
     }
@@ -136,7 +136,8 @@ TEST(Decoder, ReadsCodesWhoseDurationsAreAFifthOff)
                 duration = static_cast<std::uint32_t>(
                     duration * (100 - percent + random() % (2 * percent + 1)) / 100);
             }
-            ASSERT_EQ(Bench(row.protocol).Look(light), Text(row.protocol, row.scancodes[0]) + ", ");
+            ASSERT_EQ(Bench(row.protocol).Receive(light),
+                      Text(row.protocol, row.scancodes[0]) + ", ");
         }
     }
 }
@@ -175,7 +176,7 @@ TEST(Decoder, ReadsNoWrongCodeFromDamagedLight)
                 auto light = intact.press;
                 light[i] = damaged;
                 Bench bench(row.protocol);
-                bench.Look(light);
+                bench.Receive(light);
                 const std::uint32_t wrong = bench.last.value_or(scancode) ^ scancode;
                 ASSERT_EQ(wrong & ~row.unchecked, 0U) << "read " << *bench.last;
                 // Without a check the long space of a 1, cut short, is that of a 0, and no more.
@@ -191,22 +192,22 @@ TEST(Decoder, TakesARepeatOnlyBehindItsOwnCode)
     const Rendered lg("nec", 0x0408);
     const Durations tv = Rendered("necx", 0x5bc401).press[0];
     Bench nec("nec");
-    EXPECT_EQ(nec.Look({lg.held, lg.press[0], lg.press[0], lg.held, tv, lg.held}),
+    EXPECT_EQ(nec.Receive({lg.held, lg.press[0], lg.press[0], lg.held, tv, lg.held}),
               "-0x0408, 0x0408, 0x0408 repeat, --");
-    nec.Look(lg.press);
+    nec.Receive(lg.press);
     nec.Wait(101ms);
-    EXPECT_EQ(nec.Look({lg.held}), "-");
+    EXPECT_EQ(nec.Receive({lg.held}), "-");
 
     const Rendered jvc("jvc", 0x0317);
     Bench bench("jvc");
-    EXPECT_EQ(bench.Look({jvc.held, jvc.press[0], Rendered("jvc", 0x8317).held, jvc.held}),
+    EXPECT_EQ(bench.Receive({jvc.held, jvc.press[0], Rendered("jvc", 0x8317).held, jvc.held}),
               "-0x0317, -0x0317 repeat, ");
 
     const Durations up = Rendered("sony12", 0x010012).held;
     const Durations down = Rendered("sony12", 0x010013).held;
     Bench sony("sony12");
-    EXPECT_EQ(sony.Look({up, down, up, down, down}), "0x010013, ") << "only what comes twice";
-    EXPECT_EQ(sony.Look({down, down}), "0x010013 repeat, ");
+    EXPECT_EQ(sony.Receive({up, down, up, down, down}), "0x010013, ") << "only what comes twice";
+    EXPECT_EQ(sony.Receive({down, down}), "0x010013 repeat, ");
 }
 
 TEST(Decoder, TakesTheSecondHalfOnlyBehindTheFirst)
@@ -216,10 +217,10 @@ TEST(Decoder, TakesTheSecondHalfOnlyBehindTheFirst)
     const Durations first(both.begin(), middle);
     const Durations second(middle, both.end());
     Bench bench("sharp");
-    EXPECT_EQ(bench.Look({second, first, first}), "-");
+    EXPECT_EQ(bench.Receive({second, first, first}), "-");
     bench.Wait(1s);
-    EXPECT_EQ(bench.Look({second}), "-");
-    EXPECT_EQ(bench.Look({first, second}), "0x0116, ");
+    EXPECT_EQ(bench.Receive({second}), "-");
+    EXPECT_EQ(bench.Receive({first, second}), "0x0116, ");
 }
 
 }  // namespace

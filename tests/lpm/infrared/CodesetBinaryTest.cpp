@@ -94,7 +94,7 @@ bool IsAcceptedAndSends(std::span<const std::uint8_t> bytes)
     for (const CodesetKey& key : codeset ? codeset->Keys() : std::vector<CodesetKey>()) {
         KeyRenderer renderer(*codeset, key, false);
         for (const unsigned index : {0u, renderer.MinimumFrames()}) {
-            const LightFrame frame = renderer.Frame(index);
+            const InfraredFrame frame = renderer.Frame(index);
             EXPECT_EQ(frame.durationsUs.size() % 2, 0u);
             EXPECT_GE(std::accumulate(frame.durationsUs.begin(), frame.durationsUs.end(), 0u),
                       CodesetBinary::kMinimumFrameUs);

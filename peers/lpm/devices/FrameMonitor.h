@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "devices/Receiver.h"
+
+namespace Lpm::Devices {
+
+/// An observer that reads every protocol it knows, and says so in one line of JSON for each press
+/// and each repeat:
+///   {"light": {"carrier": 38000, "protocol": "nec", "scancode": "0x0408", "repeat": false}}
+/// and, for a frame that is of no protocol it knows,
+///   {"light": {"carrier": 38000, "protocol": "unknown", "durations": 12}}
+class FrameMonitor {
+public:
+    using OnLine = std::function<void(const std::string&)>;
+
+    explicit FrameMonitor(OnLine line);
+
+    void Receive(const InfraredFrame& frame, Microseconds begin);
+
+private:
+    void Say(const InfraredFrame& frame, const InfraredCode& code) const;
+    void SayUnknown(const InfraredFrame& frame) const;
+
+    OnLine m_line;
+    std::vector<Receiver> m_receivers;
+};
+
+}  // namespace Lpm::Devices
