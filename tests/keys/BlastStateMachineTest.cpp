@@ -145,6 +145,20 @@ TEST_F(BlastStateMachine, ShorterDelayShortensThePauseAndALateAnswerIsIgnored)
               "+110 answer ''\n+110 lpm 80 000701080318ff0000\n");
 }
 
+// The ticks of a burst are made up for, those of a pause are not.
+TEST_F(BlastStateMachine, ATaskThatWasHeldUpTakesNothingFromThePause)
+{
+    Start();
+    keys->SetKeyDelay(25, 50);
+    Press(kPlay);
+    runtime.Advance(10);
+    IL::BreakThread([this] { runtime.Advance(90); }, task.get());
+    runtime.Advance(150);
+    EXPECT_EQ(effects.Take(),
+              "+0 answer ''\n+0 lpm 80 000701080318ff0000\n"
+              "+100 lpm 80 000100\n+150 lpm 82 000701080318000000\n");
+}
+
 TEST_F(BlastStateMachine, PowerIsAlwaysASinglePress)
 {
     Start();
