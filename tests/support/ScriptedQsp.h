@@ -33,6 +33,8 @@ public:
     /// gives 45. "get_brand_name" also stands for "retrieve_brands_total", and likewise the others.
     std::map<std::string, std::vector<std::string>, std::less<>> lists;
 
+    /// Stands for a null pointer among the texts.
+    static constexpr const char* kNull = "(null)";
     /// Texts and numbers that other functions give out: "" and 0 where there are none.
     std::map<std::string, std::string, std::less<>> texts;
     /// One for each call, the last one again and again.
