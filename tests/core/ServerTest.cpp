@@ -63,6 +63,17 @@ protected:
     std::optional<ScriptedClient> m_client;
 };
 
+TEST(ServerWithoutASocket, SaysThatItServesNobody)
+{
+    World world;
+    const auto task = IL::CreateTask("other", "");
+    const auto taken = world.runtime.Net().Listen(
+        IPCDirectory::Get().Lookup("TrellanService").Path(), task->Queue(), {});
+    world.Start();
+    EXPECT_NE(world.TakeLog().find("1 TrellanServer: TrellanServer serve failed.\n"),
+              std::string::npos);
+}
+
 TEST_F(ServerTest, RefusesWhatNeedsTheCloudAndAnswersTheRest)
 {
     FindCECDevice_t cec;

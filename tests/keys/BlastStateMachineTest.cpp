@@ -66,7 +66,9 @@ TEST_F(BlastStateMachine, KeepsAKeyOnWhereThatIsSafeAndTakesTheNextAtOnce)
     const std::string held = pressed + "+900 answer ''\n+900 lpm 80 000100\n";
     Start();
     keys->m_allowContinuous = true;
+    TakeLog();
     EXPECT_EQ(Hold(kPlay, 900), held);
+    EXPECT_TRUE(TakeLog().starts_with("3 Sending continuous key\n"));
     Press(kPlay);
     Release();
     EXPECT_EQ(effects.Take(), pressed + "+0 answer ''\n+0 lpm 80 000100\n");
@@ -94,6 +96,8 @@ TEST_F(BlastStateMachine, IsBusyUntilTheKeyDelayHasPassed)
         {"release while sending", 20, 50, 270},
         // end at 120; release begins the wait anew, answer at 220
         {"release while the end is awaited", 100, 150, 420},
+        // the answer is lost; the wait that the release began anew at 150 ends at 350
+        {"release while the end is awaited, lost answer", 100000, 150, 550},
         // answer at 140; the pause goes on from there, and the release counts as a tick
         {"release in the pause", 20, 200, 330},
         // the answer never comes: 200 ms, then the pause; when held, both begin at 120

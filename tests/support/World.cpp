@@ -4,6 +4,8 @@
 
 #include <filesystem>
 
+#include <gtest/gtest.h>
+
 #include "datacollection/DataCollectionClient.h"
 #include "orlu/MfgData.h"
 
@@ -20,7 +22,7 @@ World::~World()
 
 void World::Start()
 {
-    service.Manager().CreateAllTasks();
+    EXPECT_TRUE(service.Manager().CreateAllTasks());
     service.Manager().StartAllTasks();
     runtime.RunUntilIdle();
     effects.Take();
