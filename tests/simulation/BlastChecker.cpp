@@ -53,10 +53,13 @@ void BlastChecker::ReadFrame(std::string_view hex)
 void BlastChecker::SwitchOn(double now, std::string_view device)
 {
     m_on = true;
+    m_isHeldOn = m_held;
     m_since = now;
     m_device = device;
-    if (m_nextBurst && !IsPermitted() && !m_isStalled) {
-        m_seen.shortestPause = std::min(m_seen.shortestPause, now - m_offSince);
+    if (m_held && !IsPermitted() && !m_isStalled) {
+        // A single press may come between two keys, but not between two bursts of one.
+        const double pause = now - (m_nextBurst ? m_offSince : m_heldOffSince);
+        m_seen.shortestPause = std::min(m_seen.shortestPause, pause);
     }
 }
 
@@ -68,10 +71,11 @@ void BlastChecker::SwitchOff(double now)
     m_on = false;
     m_offSince = now;
     m_seen.onMs += now - m_since;
-    if (!m_held || IsPermitted() || m_isStalled) {
+    if (!m_isHeldOn || IsPermitted() || m_isStalled) {
         return;
     }
     ++m_seen.bursts;
+    m_heldOffSince = now;
     m_seen.longestOn = std::max(m_seen.longestOn, now - m_since);
     m_bursts.emplace_back(m_since, now);
     double on = 0;

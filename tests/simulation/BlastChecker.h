@@ -35,14 +35,14 @@ public:
     bool IsOn() const { return m_on; }
     double OnFor(double now) const { return m_on ? now - m_since : 0; }
     /// Whether a held key that must pause is being sent.
-    bool IsBursting() const { return m_on && m_held && !m_isStalled && !IsPermitted(); }
+    bool IsBursting() const { return m_on && m_isHeldOn && !m_isStalled && !IsPermitted(); }
 
     /// The first fault; empty if there is none.
     const std::string& Fault() const { return m_fault; }
 
     struct Figures {
         double longestOn = 0;
-        double shortestPause = 1e9;  ///< between two bursts of one press
+        double shortestPause = 1e9;  ///< between two bursts, of one held key or of two
         double worstDuty = 0;        ///< highest share of ten seconds that end with a burst
         std::uint64_t bursts = 0;
         double onMs = 0;  ///< time on of all keys, permitted or not
@@ -61,10 +61,12 @@ private:
     bool m_isStalled = false;
     bool m_held = false;
     bool m_nextBurst = false;
+    bool m_isHeldOn = false;  ///< what is on now; `m_held` is the last frame's
     bool m_on = false;
     std::string m_device;
     double m_since = 0;
     double m_offSince = -1e9;
+    double m_heldOffSince = -1e9;
     std::deque<std::pair<double, double>> m_bursts;
     Figures m_seen;
     std::string m_fault;

@@ -89,6 +89,7 @@ void KeyRun::Rest()
     m_lpm.Follow(R"({"replies": []})");
     m_checker.PermitNone(Now());
     m_keys.m_allowContinuous = false;
+    m_codesets.SetSendKeyState(TrellanService::SendKeyReady);
     Wait(kRestMs);
     Release();
     Wait(kRestMs);
@@ -116,7 +117,7 @@ void KeyRun::ActAtRandom()
         {30, &KeyRun::PressAny},        {25, &KeyRun::Release},
         {10, &KeyRun::PressAnyOnce},    {5, &KeyRun::Flood},
         {5, &KeyRun::StandStill},       {4, &KeyRun::ChangeLpm},
-        {6, &KeyRun::ChangePermission},
+        {6, &KeyRun::ChangePermission}, {5, &KeyRun::ChangeState},
     };
     auto drawn = Draw(100);
     for (const auto& [weight, act] : kActs) {
@@ -126,7 +127,7 @@ void KeyRun::ActAtRandom()
         }
         drawn -= weight;
     }
-    if (drawn >= 85) {
+    if (drawn >= 90) {
         // Late by up to twice the key delay, or lost.
         DelayAnswers(Draw(3) == 0 ? 0 : Draw(450));
     }
@@ -188,21 +189,17 @@ void KeyRun::StandStill()
 
 void KeyRun::ChangeLpm()
 {
-    switch (Draw(4)) {
-        case 0:
-            m_lpm.Leave();
-            break;
-        case 1:
-            m_lpm.Stall(true);
-            break;
-        case 2:
-            m_lpm.CutLinksAfter(Draw(100));
-            break;
-        default:
-            m_lpm.Stall(false);
-            m_lpm.Return();
-            m_lpm.LoadCodesets(CODESET_FOLDER);
+    m_lpm.Disturb(Draw(4), Draw(100));
+    if (m_lpm.IsThere()) {
+        m_lpm.LoadCodesets(CODESET_FOLDER);
     }
+}
+
+/// A sync begins or ends: the path of the end press may not be that of its press.
+void KeyRun::ChangeState()
+{
+    m_codesets.SetSendKeyState(Draw(2) == 0 ? TrellanService::SendKeySyncPending
+                                            : TrellanService::SendKeyReady);
 }
 
 void KeyRun::ChangePermission()

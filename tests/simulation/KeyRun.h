@@ -62,6 +62,7 @@ private:
     void StandStill();
     void ChangeLpm();
     void ChangePermission();
+    void ChangeState();
     void DelayAnswers(std::uint32_t ms);
     void Rest();
 

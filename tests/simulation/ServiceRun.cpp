@@ -58,6 +58,15 @@ ServiceRun::ServiceRun(std::uint64_t seed, Plant plant)
             Break("the service waits for its cloud while the light is on");
         }
     };
+    m_files.onSync = [this] {
+        m_waitsForDisk = true;
+        m_runtime.Advance(1);
+        if (m_checker.IsBursting()) {
+            Break("the service waits for its disk while a key is sent");
+        }
+        m_runtime.Advance(Draw(300));
+        m_waitsForDisk = false;
+    };
     StartService();
     m_client.emplace([this](bool ended) { OnSync(ended); });
 }
@@ -86,7 +95,7 @@ void ServiceRun::StartService()
 
 void ServiceRun::RestartService()
 {
-    if (m_cloud.IsPosting()) {
+    if (m_cloud.IsPosting() || m_waitsForDisk) {
         return;  // the server can't stop while its task is in a post
     }
     ++m_counts.restarts;
@@ -274,12 +283,19 @@ void ServiceRun::RequireRest()
 
 void ServiceRun::RequireAnswers()
 {
-    const auto answered = m_client->Answered();
-    const auto open = m_client->Unanswered();
-    const auto emissions = m_lpm.Emissions();
+    // A key may be held since before: its bursts must not pass for the answer to the next key.
     OrluKeyReqMessage_t key;
     key.set_keyval(140);
     key.set_codeset("T2051");
+    key.set_keyaction(OrluKeyReqMessage_t::KEY_ACTION_END_PRESS);
+    m_client->Request(TrellanService_MESSAGE_ID_ORLU_KEY_REQ, key);
+    m_runtime.Advance(kRestMs);
+    if (m_checker.IsOn()) {
+        Break("all are well, and a key that is released goes on");
+    }
+    const auto answered = m_client->Answered();
+    const auto open = m_client->Unanswered();
+    const auto emissions = m_lpm.Emissions();
     key.set_keyaction(OrluKeyReqMessage_t::KEY_ACTION_SINGLE_PRESS);
     m_client->Request(TrellanService_MESSAGE_ID_ORLU_KEY_REQ, key);
     KeyMapMessage_t keyMap;
@@ -305,8 +321,8 @@ void ServiceRun::RequireAnswers()
     if (m_apiAnswers != apiAnswers + 1) {
         Break("all are well, and the local API has no answer");
     }
-    if (m_lpm.Emissions() == emissions) {
-        Break("all are well, and a key gives no light");
+    if (m_lpm.Emissions() != emissions + 1) {
+        Break("all are well, and a key is not sent once");
     }
 }
 

@@ -88,6 +88,7 @@ private:
 
     // The random acts, each with a weight of its own.
     void PressKey();
+    void Press(std::uint32_t action, const std::string& codeset);
     void FloodKeys();
     void SendSources();
     void AskService();
@@ -121,6 +122,7 @@ private:
     std::unique_ptr<Orlu::AlarmIF> m_nextAct;
     bool m_isDisturbed = true;
     bool m_syncing = false;
+    bool m_waitsForDisk = false;
     const std::size_t m_memory;
     std::uint64_t m_asked = 0;
     std::uint64_t m_apiAnswers = 0;

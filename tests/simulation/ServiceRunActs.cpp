@@ -79,10 +79,15 @@ std::string ServiceRun::DrawCodeset()
 
 void ServiceRun::PressKey()
 {
+    Press(1 + Draw(3), DrawCodeset());
+}
+
+void ServiceRun::Press(std::uint32_t action, const std::string& codeset)
+{
     OrluKeyReqMessage_t key;
     key.set_keyval(Draw(4) == 0 ? Draw(256) : IpcProtocol::ORLU_NUMBER_0 + Draw(10));
-    key.set_codeset(DrawCodeset());
-    key.set_keyaction(static_cast<OrluKeyReqMessage_t::KeyAction_t>(1 + Draw(3)));
+    key.set_codeset(codeset);
+    key.set_keyaction(static_cast<OrluKeyReqMessage_t::KeyAction_t>(action));
     m_client->Request(TrellanService_MESSAGE_ID_ORLU_KEY_REQ, key);
 }
 
@@ -98,6 +103,11 @@ void ServiceRun::SendSources()
     SrcCiCodeMessage_t sources;
     for (auto count = Draw(5); count > 0; --count) {
         sources.add_cicode(DrawCodeset());
+    }
+    if (Draw(3) == 0) {
+        // Held through the sync, since its end press will find another state, if it comes at all.
+        Press(OrluKeyReqMessage_t::KEY_ACTION_CONTINUOUS_PRESS, kCodesets[0]);
+        sources.add_cicode(kCodesets[0]);
     }
     m_client->Send(TrellanService_MESSAGE_ID_SRC_CICODES, sources);
 }
@@ -237,20 +247,7 @@ void ServiceRun::ChangeCloud()
 
 void ServiceRun::ChangeLpm()
 {
-    switch (Draw(6)) {
-        case 0:
-            m_lpm.Leave();
-            break;
-        case 1:
-            m_lpm.Stall(true);
-            break;
-        case 2:
-            m_lpm.CutLinksAfter(Draw(200));
-            break;
-        default:
-            m_lpm.Return();
-            m_lpm.Stall(false);
-    }
+    m_lpm.Disturb(Draw(6), Draw(200));
 }
 
 void ServiceRun::ScriptBlaster()

@@ -91,6 +91,24 @@ void SimulatedLpm::CutLinksAfter(std::size_t bytes)
     }
 }
 
+void SimulatedLpm::Disturb(std::uint32_t kind, std::size_t bytes)
+{
+    switch (kind) {
+        case 0:
+            Leave();
+            break;
+        case 1:
+            Stall(true);
+            break;
+        case 2:
+            CutLinksAfter(bytes);
+            break;
+        default:
+            Stall(false);
+            Return();
+    }
+}
+
 void SimulatedLpm::Follow(const std::string& script)
 {
     std::string why;

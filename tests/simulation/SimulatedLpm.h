@@ -32,6 +32,8 @@ public:
     void Stall(bool stalled);
     /// Every connection breaks after `bytes` more bytes.
     void CutLinksAfter(std::size_t bytes);
+    /// By the number: 0 leave, 1 stall, 2 cut the links after `bytes`, else all is well again.
+    void Disturb(std::uint32_t kind, std::size_t bytes);
     /// Replaces the blaster's reply script.
     void Follow(const std::string& script);
     /// Deletes a code set without a reply to any client: a planted fault.

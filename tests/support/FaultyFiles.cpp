@@ -77,6 +77,9 @@ int FaultyFiles::Sync(int fd)
     if (Fails()) {
         return -1;
     }
+    if (onSync) {
+        onSync();
+    }
     return m_syncs ? m_real.Sync(fd) : 0;
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 #include "orlu/Files.h"
 
@@ -30,6 +31,9 @@ public:
 
     /// From now on no call waits for the disk.
     void SkipSync() { m_syncs = false; }
+
+    /// Called while a file is written to the disk.
+    std::function<void()> onSync;
 
     int Calls() const { return m_calls; }
     /// Descriptors that were opened and not closed.
