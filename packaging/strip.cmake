@@ -1,5 +1,5 @@
-# Run by cpack on what it is about to pack: debug information stays out. The service keeps its symbol
-# table, by which it names the frames of a fault.
+# cpack runs this before it packs, to remove debug information. The service keeps its symbol table, which
+# it needs to name the stack frames of a fault.
 file(GLOB programs ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/*/usr/bin/*)
 foreach(program ${programs})
   set(what --strip-unneeded)

@@ -1,11 +1,11 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Reads lircd.conf files: what light each code of a remote is."""
+"""Reads lircd.conf files: the signal of each code of a remote."""
 
-from catalogue.light import near, raw_frame, raw_nec, raw_rc5, raw_sony
+from catalogue.signal import near, raw_frame, raw_nec, raw_rc5, raw_sony
 
 
 def read_lircd(text):
-    """Each remote of a lircd.conf: its fields as lists of words, its codes, its raw codes."""
+    """The remotes of a lircd.conf, each with its fields as lists of words, its codes and its raw codes."""
     remotes, fields, codes, raw, part = [], {}, [], [], ""
     for words in (line.partition("#")[0].split() for line in text.splitlines()):
         if words[:1] == ["begin"]:
@@ -28,7 +28,7 @@ def read_lircd(text):
 
 
 class LircdRemote:
-    """How one remote of a lircd.conf sends a code. Raises ValueError, with the reason."""
+    """Encodes the codes of one remote of a lircd.conf. Raises ValueError with the reason."""
 
     KNOWN_FLAGS = {"RC5", "RC6", "SPACE_ENC", "CONST_LENGTH", "RAW_CODES", "NO_HEAD_REP"}
 
@@ -59,7 +59,7 @@ class LircdRemote:
         return bits
 
     def scancode(self, code):
-        """Protocol and scancode, or else the light of one frame without the dark behind it."""
+        """Protocol and scancode, or else the durations of one frame without its last space."""
         bits = self.bits(code)
         value = int("".join(map(str, bits)) or "0", 2)
         if "RC6" in self.flags:
@@ -94,7 +94,7 @@ class LircdRemote:
         raise ValueError(f"RC6 of {count} bits or of another mode")
 
     def stored(self, times):
-        """Of light that is no protocol's: the frame, with the dark that LIRC leaves behind it."""
+        """The raw frame of a signal of no known protocol, with LIRC's gap as its last space."""
         if self.fields.keys() & {"repeat", "toggle_bit_mask"} or self.number("toggle_bit") or \
                 self.number("min_repeat") or "NO_HEAD_REP" in self.flags:
             raise ValueError("a repeat or toggle that a raw group has not")
@@ -114,5 +114,5 @@ class LircdRemote:
 
 
 def lircd_reason(error):
-    """Of a ValueError, in words that are the same for all of a kind."""
+    """The reason of a ValueError, with one text for all numbers that can't be read."""
     return "no number" if "invalid literal" in str(error) else str(error)

@@ -1,4 +1,4 @@
-// The local API: requests, and the values that it tells of. Nothing else is known to the page.
+// The local API: requests, and values with their changes. The page uses no other interface.
 const told = ["/remote/state", "/system/sources", "/system/info", "/living-room/devices"];
 
 export class ApiError extends Error {}
@@ -26,7 +26,7 @@ export const get = path => ask("GET", path);
 export const put = (path, body) => ask("PUT", path, body);
 export const post = (path, body) => ask("POST", path, body);
 
-// The values of the paths above, undefined while nobody has told; `change` events name the path.
+// The values of the paths above, undefined until known. A `change` event has the path and its value.
 export const live = Object.assign(new EventTarget(), {linked: false, values: {}});
 
 function tell(path, body) {

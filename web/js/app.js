@@ -1,4 +1,4 @@
-// The page: one view at a time by the address's fragment, and a line that says what is missing.
+// The page: one view at a time, selected by the fragment of the address, and a line with the state.
 import {listen, live, put} from "./api.js";
 import {kindOf, kinds} from "./devices.js";
 import {element} from "./dom.js";

@@ -1,4 +1,4 @@
-// What can be set up, and the keys of its remote control: [label, product key, what it is called].
+// The device types, and the keys of their remote controls: [label, product key, accessible name].
 const arrows = [
   ["Guide", "epg", "Guide"], ["▲", "up_arrow", "Up"], ["Info", "info", "Information"],
   ["◀", "left_arrow", "Left"], ["OK", "enter", "OK"], ["▶", "right_arrow", "Right"],
@@ -38,5 +38,5 @@ export const kinds = {
 
 export const kindOf = short => Object.values(kinds).find(kind => kind.short === short) ?? kinds.DEVICE_TYPE_TV;
 
-// Sound is the television's by HDMI-CEC, which names no code set.
+// Volume keys go to the television by HDMI-CEC, without a code set.
 export const byCec = key => ["mute", "volume_up", "volume_down"].includes(key);

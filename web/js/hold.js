@@ -1,7 +1,7 @@
 import {post} from "./api.js";
 import {byCec} from "./devices.js";
 
-// The product lets a key go that is not held again within a second.
+// The product releases a key whose request is not repeated within a second.
 const renewEvery = 400;
 
 // Makes a button press and hold its key, by pointer, by keyboard, and by a click without either.
@@ -43,7 +43,8 @@ export function holds(button, codeset, key, failed) {
   });
   button.addEventListener("keyup", event => isPress(event) && release());
   button.addEventListener("contextmenu", event => event.preventDefault());
-  // Pointer and keyboard have done their part; a screen reader's click has neither.
+  // A click of a pointer or the keyboard has pressed the key already. A screen reader's click has no such
+  // events.
   button.addEventListener("click", event => {
     if (event.detail === 0 && !event.pointerType) {
       press();

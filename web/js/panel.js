@@ -1,4 +1,4 @@
-// The devices in front of the blaster, and the light on its way to them.
+// The devices in front of the blaster, and the signals that the blaster sends.
 import {live} from "./api.js";
 import {element, words} from "./dom.js";
 
@@ -44,13 +44,13 @@ function showDevices(devices) {
     element("section", {class: "device"}, element("h3", {}, `The ${words(name)}`), element("p", {}, describe(state)))));
 }
 
-function showLight(light) {
-  const pulse = element("i", {class: light.repeat ? "repeat" : ""});
+function showSignal(signal) {
+  const pulse = element("i", {class: signal.repeat ? "repeat" : ""});
   pulse.addEventListener("animationend", () => pulse.remove());
   beam.append(pulse);
-  const text = light.protocol === "unknown" ? `unknown, ${light.durations} durations` : `${light.protocol} ${light.scancode}`;
-  const what = `${text} · ${light.carrier / 1000} kHz`;
-  if (seen[0]?.what === what && light.repeat) {
+  const text = signal.protocol === "unknown" ? `unknown, ${signal.durations} durations` : `${signal.protocol} ${signal.scancode}`;
+  const what = `${text} · ${signal.carrier / 1000} kHz`;
+  if (seen[0]?.what === what && signal.repeat) {
     seen[0].count += 1;
   } else {
     seen.unshift({what, count: 1});
@@ -63,6 +63,6 @@ live.addEventListener("change", ({detail: {path, body}}) => {
   if (path === "/living-room/devices") {
     showDevices(body);
   } else if (path === "/living-room/light" && body) {
-    showLight(body);
+    showSignal(body);
   }
 });

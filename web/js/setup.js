@@ -1,4 +1,4 @@
-// Setting a device up: brand, guided test, brand and model.
+// Set-up of a device: brand, guided test, brand and model.
 import {get, live, post, put} from "./api.js";
 import {kinds} from "./devices.js";
 import {element, words} from "./dom.js";
@@ -10,7 +10,7 @@ export const go = (...parts) => {
   location.hash = `#/${parts.map(encodeURIComponent).join("/")}`;
 };
 
-// Runs an action of a view, with its controls off, and says what went wrong.
+// Runs an action of a view with its controls disabled, and shows its error.
 function runner(area, problem) {
   return async action => {
     const controls = [...area.querySelectorAll("button")].filter(button => !button.disabled);
@@ -71,7 +71,7 @@ export function brandView(view, type) {
             element("a", {class: "button", href: `#/model/${type}`}, "I know brand and model"),
             element("a", {class: "button", href: "#/"}, "Back")));
   load();
-  // With the cloud back the list comes by itself.
+  // When the cloud is connected again, the list is loaded.
   return ({path}) => path === "/remote/state" && !brands.length && live.values[path]?.cloud && load();
 }
 
@@ -108,7 +108,7 @@ export function testView(view, type, brand) {
   const title = element("h1", {tabindex: -1}, `${brand}: does ${the} react?`);
   const run = runner(view, problem);
 
-  // The blaster goes back to the remote control at once, which a cancelled test would not do.
+  // A completed test lets the service send the product's keys again at once; a cancelled one does not.
   const leave = where => run(async () => {
     if ((await get(control)).sessionActive) {
       await act("ACTION_COMPLETE");

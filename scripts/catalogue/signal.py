@@ -1,10 +1,10 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Reads light, as microseconds of light and dark in turn, light first."""
+"""Reads recorded signals: marks and spaces in turn, in microseconds, a mark first."""
 
 LEAST_US = 50  # two periods of the carrier
 LONGEST_US = 65535  # of a raw duration
-PAUSE_US = 15000  # dark as long as that ends a frame
-LAST_DARK_US = 40000  # behind a raw frame of which no repeat was recorded
+PAUSE_US = 15000  # a space of this length ends a frame
+LAST_SPACE_US = 40000  # behind a raw frame without a recorded repeat
 
 
 def near(time, wanted):
@@ -12,7 +12,7 @@ def near(time, wanted):
 
 
 def pulse_distance(times):
-    """32 bits, the space behind each mark telling 0 from 1, as four bytes; None if it is none."""
+    """32 bits as four bytes; the space behind a mark is 0 or 1. None for any other signal."""
     value = 0
     for i in range(32):
         mark, space = times[2 + 2 * i:4 + 2 * i]
@@ -42,7 +42,7 @@ def raw_nec(times):
 
 
 def raw_sony(times):
-    """The length of each mark tells 0 from 1."""
+    """Bits that differ by the length of their mark."""
     if len(times) < 2 or not near(times[0], 2400) or not near(times[1], 600):
         return None
     bits = []
@@ -64,7 +64,7 @@ def raw_sony(times):
 
 
 def raw_rc5(times):
-    """A bit is dark and light or light and dark, 889 us each; the first dark can't be seen."""
+    """A bit is a space and a mark, or a mark and a space, of 889 us each. The first space is not recorded."""
     halves = [0]
     for i, time in enumerate(times):
         count = round(time / 889)
@@ -83,24 +83,24 @@ def raw_rc5(times):
 
 
 def raw_scancode(fields):
-    """Protocol and scancode of raw timings; None for a protocol that is not read here."""
+    """Protocol and scancode of raw timings; None for an unknown protocol."""
     times = [int(time) for time in fields["data"].split()]
     carrier = int(fields["frequency"])
     return (raw_nec(times) or raw_sony(times) or raw_rc5(times)) if 35000 <= carrier <= 41000 else None
 
 
 def raw_frame(fields):
-    """Carrier in kHz and the one frame that raw timings repeat, or the reason why there is none."""
+    """Carrier in kHz and the frame that raw timings repeat, or a text with the reason for a refusal."""
     times = [int(time) for time in fields["data"].split()]
     carrier = round(int(fields["frequency"]) / 1000)
     if not 20 <= carrier <= 60 or min(times, default=0) < LEAST_US or max(times[::2]) > PAUSE_US:
         return "raw timings that no light has"
     ends = [i + 1 for i in range(1, len(times), 2) if times[i] > PAUSE_US]
     frames = [times[start:end] for start, end in zip([0, *ends], [*ends, len(times)]) if start < end]
-    first = frames[0] if ends else times[:len(times) - 1 + len(times) % 2] + [LAST_DARK_US]
-    light = len(first) - 1
+    first = frames[0] if ends else times[:len(times) - 1 + len(times) % 2] + [LAST_SPACE_US]
+    length = len(first) - 1  # without the last space, which may differ
     for frame in frames[1:]:
-        if len(frame) < light or len(frame) > light + 1 or not all(map(near, frame[:light], first)):
+        if len(frame) < length or len(frame) > length + 1 or not all(map(near, frame[:length], first)):
             return "raw timings of several frames, not all alike"
     if max(first) > LONGEST_US:
         return f"raw timings with more than {LONGEST_US} us of dark"
