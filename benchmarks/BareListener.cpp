@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A program with the service's libraries and schemas that does nothing but listen where the service
-// does and answer what it is asked, one client at a time.
+// The floor for the start of the service: a program with the service's libraries and schemas that
+// only listens at the service's socket and answers requests, one client at a time.
 
 #include <cstdio>
 

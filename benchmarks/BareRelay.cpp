@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What stands in the service's place with nothing in it: two sockets, and for `messages` the same
-// protobuf messages. It waits, reads once from each side that has something, and writes once to
-// each side that gets something.
+// The floor for the service: two sockets, and with `messages` the same protobuf messages, without
+// any logic. It waits, reads once from each side that has bytes, and writes once to each side that
+// gets some.
 
 #include <array>
 #include <cstdio>
@@ -22,7 +22,7 @@ namespace {
 using namespace LpmServiceMessages;      // NOLINT(google-build-using-namespace)
 using namespace TrellanServiceMessages;  // NOLINT(google-build-using-namespace)
 
-/// Hands on what the client and LpmService send each other.
+/// Passes on the bytes between the client and LpmService.
 class RelayIF {
 public:
     virtual ~RelayIF() = default;
@@ -36,7 +36,7 @@ public:
     void TakeFromLpm(Stream& lpm, Stream& client) override { client.PutBytes(lpm.TakeBytes()); }
 };
 
-/// The service's messages and order of steps, and no more of it.
+/// The service's messages in the service's order, without anything else.
 class MessageRelay final : public RelayIF {
 public:
     void TakeFromClient(Stream& client, Stream& lpm) override

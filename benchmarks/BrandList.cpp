@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Measures the service's brand list, from the walk over the library's rows to the file in its
-// place, beside the same walk and the same file made by hand. The library holds its rows in memory,
-// so that what is measured is the service.
+// Measures the service's brand list, from reading the library's rows to the written file, compared
+// with the same rows and the same file written directly. The library has its rows in memory, so
+// that only the service is measured.
 
 #include <algorithm>
 #include <cstdio>
@@ -35,7 +35,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// A brand list asks nobody but for the place of its file.
+/// A brand list needs the local API only for the folder of its file.
 class Neighbours : public TrellanService::UEINeighboursIF {
 public:
     TrellanService::Trellan_ServiceCodesetHandler& CodesetHandler() override
@@ -58,7 +58,7 @@ void Check(bool good, const char* what)
     }
 }
 
-/// The letter in which this many are reached is cut short, as the service does it.
+/// The limit of the list. The letter in which it is reached is cut off, as in the service.
 constexpr std::uint32_t kMostBrands = 10'000;
 
 void AppendRows(const char* prefix, std::string& text, std::uint32_t& count)
@@ -122,7 +122,7 @@ double PeakKiB()
     return static_cast<double>(usage.ru_maxrss);
 }
 
-/// The others show how it grows.
+/// The other sizes show how the time grows.
 std::optional<Goal> GoalOf(std::size_t names)
 {
     return names == kMostBrands ? std::optional(Goal{Goal::Kind::AtMost, 1.6}) : std::nullopt;

@@ -13,7 +13,7 @@
 namespace Bench {
 
 /// A client, a program and LpmService, connected in a row under a root of their own, with the code
-/// set T2051 ready for keys. The first key has gone through.
+/// set T2051 ready for keys. The first key has been sent and answered.
 struct Chain {
     /// `settings` as for `Program`.
     Chain(const std::filesystem::path& root, const std::vector<std::string>& command, int logLevel,
@@ -24,8 +24,8 @@ struct Chain {
     KeyClient client;
 };
 
-/// Where things are: the programs, a folder for the roots, and nginx, lircd and valgrind; empty if
-/// there is none.
+/// Paths of the programs, of a folder for the roots, and of nginx, lircd and valgrind, which are
+/// empty if not installed.
 struct Place {
     std::filesystem::path programs;
     std::filesystem::path roots;

@@ -17,7 +17,7 @@ inline double Median(std::vector<double> samples)
     return Quantile(std::move(samples), 0.5);
 }
 
-/// What a figure should be. Of the ratio to the floor where there is one, else of the value.
+/// The goal of a figure: for the ratio to the floor if there is one, else for the value.
 struct Goal {
     enum class Kind { AtMost, AtLeast };
     Kind kind;
@@ -37,12 +37,12 @@ struct Figure {
     bool IsMet() const;
 };
 
-/// A row from one value a round. The ratio is the median of the rounds' ratios.
+/// A row from one value for each round. The ratio is the median of the rounds' ratios.
 Figure CompareRounds(const std::string& what, const std::string& unit, int decimals,
                      const std::vector<double>& service, const std::vector<double>& floor,
                      std::optional<Goal> goal = std::nullopt);
 
-/// A row for memory in KiB that should not have grown: by 64 KiB at most.
+/// A row for memory in KiB, whose goal is a growth of at most 64 KiB.
 Figure GrowthFigure(const std::string& what, std::uint64_t before, std::uint64_t after);
 
 /// The rows as a table in Markdown.

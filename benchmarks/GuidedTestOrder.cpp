@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// How many keys the guided test asks for, beside asking for one code set after the other: plays
-// every code set of a catalogue as the right one, by brand and by type alone.
+// Measures the number of keys that the guided test asks for, compared with trying one code set
+// after the other. Each code set of a catalogue is the right one in turn, by brand and by type
+// alone.
 
 #include "GuidedTestPlay.h"
 #include "cloud/Catalogue.h"
@@ -31,14 +32,14 @@ std::vector<QSP::GuidedTest::Candidate> Candidates(const std::vector<Cloud::Test
         candidate.name = row.codeset;
         candidate.weight =
             static_cast<std::uint32_t>(std::clamp<std::int64_t>(row.weight, 1, 10000));
-        for (const auto& [key, light] : row.signals) {
-            candidate.signals.emplace_back(key, light);
+        for (const auto& [key, signal] : row.signals) {
+            candidate.signals.emplace_back(key, signal);
         }
     }
     return candidates;
 }
 
-/// Sums over the plays of one row.
+/// Sums over the runs of one row.
 class Row {
 public:
     void Add(const GuidedTestPlay::Outcome& outcome, double weight)
@@ -74,7 +75,7 @@ struct Rows {
     Row guided, plain, guidedWrong, plainWrong;
 };
 
-/// The wrong answer comes at a place drawn for each play, out of those that a right play has.
+/// The number of the wrong answer is drawn for each run, among the answers of a run without one.
 void Play(std::vector<QSP::GuidedTest::Candidate> candidates, std::mt19937& random, Rows& rows)
 {
     GuidedTestPlay play(std::move(candidates));

@@ -11,15 +11,15 @@ GuidedTestPlay::GuidedTestPlay(std::vector<QSP::GuidedTest::Candidate> candidate
 {
     std::erase_if(m_candidates, [](const auto& candidate) { return candidate.signals.empty(); });
     for (const QSP::GuidedTest::Candidate& candidate : m_candidates) {
-        m_indices.emplace(candidate.name, m_lights.size());
-        m_lights.emplace_back(candidate.signals.begin(), candidate.signals.end());
+        m_indices.emplace(candidate.name, m_signals.size());
+        m_signals.emplace_back(candidate.signals.begin(), candidate.signals.end());
     }
 }
 
 bool GuidedTestPlay::Reacts(std::size_t truth, std::size_t codeset, std::uint32_t key) const
 {
-    const auto light = m_lights[truth].find(key);
-    return light != m_lights[truth].end() && light->second == m_lights[codeset].at(key);
+    const auto signal = m_signals[truth].find(key);
+    return signal != m_signals[truth].end() && signal->second == m_signals[codeset].at(key);
 }
 
 GuidedTestPlay::Outcome GuidedTestPlay::Guided(std::size_t truth, std::optional<std::size_t> lie)
@@ -32,7 +32,7 @@ GuidedTestPlay::Outcome GuidedTestPlay::Guided(std::size_t truth, std::optional<
         ++keys;
     }
     const auto found = m_indices.find(m_test.CodesetName());
-    return {keys, found != m_indices.end() && m_lights[found->second] == m_lights[truth]};
+    return {keys, found != m_indices.end() && m_signals[found->second] == m_signals[truth]};
 }
 
 GuidedTestPlay::Outcome GuidedTestPlay::Plain(std::size_t truth,
@@ -40,7 +40,7 @@ GuidedTestPlay::Outcome GuidedTestPlay::Plain(std::size_t truth,
 {
     for (std::size_t i = 0; i < m_candidates.size(); ++i) {
         if (Reacts(truth, i, m_candidates[i].signals.front().first) != (lie == i)) {
-            return {i + 1, m_lights[i] == m_lights[truth]};
+            return {i + 1, m_signals[i] == m_signals[truth]};
         }
     }
     return {m_candidates.size(), false};

@@ -12,17 +12,16 @@
 
 namespace Bench {
 
-/// One guided test, played with a user whose device reacts to exactly the lights of one of its
-/// code sets.
+/// Runs guided tests for a device that reacts to exactly the signals of one code set.
 class GuidedTestPlay {
 public:
     struct Outcome {
         std::size_t keys;
-        /// What was found sends the lights of the user's code set for all keys.
+        /// Whether the found code set sends the same signals as the device's for all keys.
         bool right;
     };
 
-    /// Candidates without a signal are left out, here as in the test.
+    /// Candidates without a signal are left out, as in the test.
     explicit GuidedTestPlay(std::vector<QSP::GuidedTest::Candidate> candidates);
 
     std::size_t Size() const { return m_candidates.size(); }
@@ -30,16 +29,16 @@ public:
 
     /// `lie`: the number of the answer that is wrong, from 0.
     Outcome Guided(std::size_t truth, std::optional<std::size_t> lie);
-    /// Each code set in the catalogue's order by its first key, until one works.
+    /// Tries each code set in the catalogue's order by its first key, until one works.
     Outcome Plain(std::size_t truth, std::optional<std::size_t> lie) const;
 
 private:
-    using Lights = std::map<std::uint32_t, std::uint32_t>;
+    using Signals = std::map<std::uint32_t, std::uint32_t>;
 
     bool Reacts(std::size_t truth, std::size_t codeset, std::uint32_t key) const;
 
     std::vector<QSP::GuidedTest::Candidate> m_candidates;
-    std::vector<Lights> m_lights;
+    std::vector<Signals> m_signals;
     std::map<std::string, std::size_t> m_indices;
     QSP::GuidedTest m_test;
 };

@@ -26,7 +26,7 @@ sockaddr_in Loopback(std::uint16_t port)
     return address;
 }
 
-/// The number behind `name` in a head of small letters; 0 without it.
+/// The number behind `name` in a header in small letters; 0 if it is absent.
 std::size_t LengthIn(const std::string& head)
 {
     const std::string name = "content-length:";

@@ -9,16 +9,16 @@
 
 namespace Bench {
 
-/// A port of this machine on which nobody listens.
+/// A free port of this machine.
 std::uint16_t FreePort();
 
-/// A consumer that keeps its connection and asks for one thing after the other.
+/// A consumer that sends one request after the other on one connection.
 class HttpReader {
 public:
     /// Connects to a port of this machine; tries for ten seconds. Throws `std::runtime_error`.
     explicit HttpReader(std::uint16_t port);
 
-    /// The body of a 200 answer to GET, else empty. Throws if the connection ends.
+    /// Sends GET. Returns the body of a 200 answer, else nothing. Throws if the connection ends.
     std::string Get(const std::string& path);
 
 private:

@@ -13,8 +13,8 @@ namespace Bench {
 
 namespace {
 
-/// For the last work of the start to end before idleness counts: the longest deadline set there is
-/// that of the link to the local API, 5 s.
+/// The wait before idle time is measured. The longest deadline of the start is that of the link to
+/// the local API, 5 s.
 constexpr std::chrono::seconds kSettle{6};
 
 Figure Kibibytes(const std::string& what, std::uint64_t service, std::uint64_t floor,
@@ -30,7 +30,7 @@ std::vector<Figure> MeasureIdle(const Place& place, const Effort& effort)
     const auto root = place.roots / "idle";
     LayOutRoot(root);
     const auto resources = root / "resources.json";
-    // While the network is up the service asks for its cloud, once a second until it is there.
+    // With a network and without a cloud the service would try to connect once a second.
     std::ofstream(resources) << R"({"/network/status": {"isPrimaryUp": false}})";
     const auto port = std::to_string(FreePort());
     const Program api(

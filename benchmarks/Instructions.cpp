@@ -26,7 +26,7 @@ std::uint64_t TotalOf(const std::filesystem::path& profile)
     throw std::runtime_error("callgrind has counted nothing");
 }
 
-/// Of a program's whole life with that many keys in it, one by one.
+/// Instructions of a whole run of a program with that many keys, one by one.
 double CountLife(const Place& place, std::vector<std::string> command, int logLevel,
                  std::size_t keys)
 {
@@ -41,7 +41,7 @@ double CountLife(const Place& place, std::vector<std::string> command, int logLe
     return static_cast<double>(TotalOf(profile));
 }
 
-/// The life with many keys is that with few of them and the rest of the keys.
+/// The difference between a run with many keys and one with few is the cost of the other keys.
 double CountKey(const Place& place, const std::vector<std::string>& command, int logLevel)
 {
     const double few = CountLife(place, command, logLevel, kFewKeys);

@@ -58,7 +58,7 @@ void KeyClient::SendSourceList()
 
 void KeyClient::Warm(const LpmSink& sink)
 {
-    // A key is dropped while the service has not reached LpmService yet.
+    // The service drops keys until it is connected to LpmService.
     SetReceiveTimeout(m_stream.Fd(), std::chrono::milliseconds(50));
     const auto end = Clock::now() + kTimeout;
     while (Clock::now() < end) {

@@ -13,20 +13,20 @@
 
 namespace Bench {
 
-/// The product controller as far as keys need it. A peer that does not answer within some seconds
-/// is a `std::runtime_error`.
+/// The part of the product controller that keys need. Throws `std::runtime_error` if a peer does
+/// not answer within some seconds.
 class KeyClient {
 public:
-    /// How long one key took to LpmService and until its answer was there.
+    /// The time of one key to LpmService, and to its answer.
     struct Times {
         Clock::duration toFrame;
         Clock::duration toAnswer;
     };
 
-    /// Connects to "TrellanService" under `root`, trying again for as long as nobody listens.
+    /// Connects to "TrellanService" under `root`, and tries again until there is a listener.
     explicit KeyClient(const std::string& root);
 
-    /// Names T2051 as the source list.
+    /// Sends T2051 as the source list.
     void SendSourceList();
 
     /// Sends keys until one of them arrives at `sink` and is answered.
@@ -35,7 +35,7 @@ public:
     /// Sends one key and waits for its answer.
     Times SendKey(const LpmSink& sink);
 
-    /// Sends `count` keys, at most `window` of them unanswered. Gives the time for all of them.
+    /// Sends `count` keys, at most `window` of them unanswered. Returns the time for all of them.
     Clock::duration SendKeys(std::size_t count, std::size_t window);
 
     /// Asks for the state of the cloud and waits for the answer.
@@ -53,7 +53,7 @@ private:
     std::uint32_t m_lastToken = 0;
 };
 
-/// Tries to connect without a pause until somebody listens there.
+/// Tries to connect without a pause until there is a listener.
 Descriptor ConnectAsSoonAsPossible(const std::string& path);
 
 }  // namespace Bench

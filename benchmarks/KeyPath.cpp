@@ -12,7 +12,7 @@ namespace {
 constexpr std::size_t kWindow = 64;
 constexpr std::size_t kMillion = 1'000'000;
 
-/// What one chain gave, one value a round; times in µs.
+/// The results of one chain, one value for each round; times in µs.
 struct Rounds {
     std::vector<double> frameMedian;
     std::vector<double> frameTail;
@@ -88,8 +88,8 @@ std::vector<Figure> MeasureKeyPath(const Place& place, const Effort& effort)
         {relay, "bytes"},
     }};
     std::array<Rounds, 3> rounds;
-    // Which cores a chain's threads settle on decides much and lasts for its life, so each round
-    // has chains of its own. It begins with another one each time: none always follows the same.
+    // The result depends on the cores on which a chain's threads run, and they rarely move, so each
+    // round has chains of its own. The order rotates, so that no chain always follows the same one.
     for (std::size_t round = 0; round < effort.rounds; ++round) {
         for (std::size_t i = 0; i < commands.size(); ++i) {
             const std::size_t which = (round + i) % commands.size();

@@ -113,7 +113,7 @@ KeyClient::Times LircChain::SendKey()
     while (TakeReplies() == 0) {
     }
     const auto answered = Clock::now();
-    // lircd answers without hearing from its device.
+    // lircd answers without waiting for its device.
     while (m_sink.Bytes() < wanted && Clock::now() - answered < std::chrono::seconds(5)) {
     }
     return {m_sink.LastArrival() - begin, answered - begin};

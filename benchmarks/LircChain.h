@@ -14,7 +14,7 @@
 
 namespace Bench {
 
-/// What lircd's `default` driver writes to: a socket in the device's place, read on a thread.
+/// The device of lircd's `default` driver: a socket, read on a thread.
 class PulseSink {
 public:
     explicit PulseSink(const std::string& path);
@@ -22,7 +22,7 @@ public:
     PulseSink(const PulseSink&) = delete;
     PulseSink& operator=(const PulseSink&) = delete;
 
-    /// Any thread.
+    /// From any thread.
     Clock::time_point LastArrival() const;
     std::uint64_t Bytes() const { return m_bytes; }
 
@@ -36,11 +36,11 @@ private:
     std::thread m_thread;
 };
 
-/// A client, lircd and the device that it writes to, with a remote control whose gap is so short
-/// that lircd never sleeps before a key. One key has gone through.
+/// A client, lircd and its device, with a remote control whose gap is so short that lircd never
+/// sleeps before a key. One key has been sent.
 class LircChain {
 public:
-    /// `folder` is made anew. Throws `std::runtime_error` if lircd does not do its part.
+    /// `folder` is created anew. Throws `std::runtime_error` if lircd fails.
     LircChain(const std::filesystem::path& folder, const std::string& lircd);
 
     KeyClient::Times SendKey();

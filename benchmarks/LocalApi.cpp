@@ -16,7 +16,7 @@ namespace {
 
 constexpr const char* kControl = "/remote/integration";
 
-/// One process of nginx, whose whole configuration is a server at `port` with this location.
+/// One nginx process with a single server at `port` and this location.
 std::unique_ptr<Program> StartNginx(const Place& place, const std::string& name, std::uint16_t port,
                                     const std::string& outside, const std::string& location)
 {
@@ -36,7 +36,7 @@ std::unique_ptr<Program> StartNginx(const Place& place, const std::string& name,
         std::vector<std::string>{place.nginx, "-p", root.string(), "-c", conf.string()}, root, 2);
 }
 
-/// The local API with the service behind it.
+/// The local API and the service behind it.
 struct Product {
     Product(const Place& place, const std::filesystem::path& root, int logLevel)
         : port(FreePort()),
@@ -58,7 +58,7 @@ struct Product {
     std::string body;
 };
 
-/// nginx relaying to a second one, which has the same bytes at hand.
+/// An nginx that relays to a second one, which returns the same bytes.
 struct Relay {
     Relay(const Place& place, const std::string& body)
         : behind(StartNginx(place, "behind", backPort, "",
@@ -81,7 +81,7 @@ struct Relay {
     std::uint16_t frontPort = FreePort();
     std::unique_ptr<Program> behind;
     std::unique_ptr<Program> front;
-    HttpReader back;  ///< Connected before the front one asks.
+    HttpReader back;  ///< connected before the front nginx needs it
     HttpReader reader;
 };
 

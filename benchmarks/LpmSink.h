@@ -15,8 +15,8 @@ namespace Bench {
 
 using Clock = std::chrono::steady_clock;
 
-/// LpmService as far as a key needs it, on a thread of its own: takes any number of clients and
-/// answers each request at once with a reply of success.
+/// The part of LpmService that a key needs, on a thread of its own. Serves any number of clients
+/// and answers each request at once with success.
 class LpmSink {
 public:
     /// Listens for "LpmService" under `root`. Throws `std::system_error`.
@@ -25,10 +25,10 @@ public:
     LpmSink(const LpmSink&) = delete;
     LpmSink& operator=(const LpmSink&) = delete;
 
-    /// Any thread. When the last request had been read.
+    /// The time at which the last request was read. Any thread.
     Clock::time_point LastArrival() const;
 
-    /// Any thread. The requests so far.
+    /// The number of requests so far. Any thread.
     std::uint64_t Arrivals() const { return m_arrivals; }
 
 private:

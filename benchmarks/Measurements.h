@@ -11,7 +11,7 @@
 
 namespace Bench {
 
-/// How much is measured.
+/// The number of repetitions.
 struct Effort {
     std::size_t rounds = 15;
     std::size_t keysOneByOne = 2000;
@@ -21,37 +21,37 @@ struct Effort {
     int logLevel = 2;
 };
 
-/// A key's way from the client through the service to LpmService and back, beside the same chain
-/// with an empty relay in the service's place.
+/// A key's path from the client through the service to LpmService and back, compared with the same
+/// chain with an empty relay in place of the service.
 std::vector<Figure> MeasureKeyPath(const Place& place, const Effort& effort);
 
-/// How much dirty memory a million keys leave behind.
+/// The growth of dirty memory after a million keys.
 std::vector<Figure> MeasureKeyGrowth(const Place& place, const Effort& effort);
 
-/// How many instructions in user space a key and its answer take, at log levels 2 and 3, beside the
-/// empty relay. Nothing without a valgrind.
+/// Instructions in user space for a key and its answer, at log levels 2 and 3, compared with the
+/// empty relay. Nothing without valgrind.
 std::vector<Figure> MeasureInstructions(const Place& place, const Effort& effort);
 
-/// From exec to a client's first connection and first answer, beside a program that has the
-/// service's libraries and only listens.
+/// The time from exec to a client's first connection and first answer, compared with a program that
+/// has the service's libraries and only listens.
 std::vector<Figure> MeasureStartUp(const Place& place, const Effort& effort);
 
-/// GET of the control resource through PorticoServer, beside an nginx that relays to a second one.
-/// Nothing without an nginx.
+/// GET of the control resource through PorticoServer, compared with an nginx that relays to a
+/// second one. Nothing without nginx.
 std::vector<Figure> MeasureLocalApi(const Place& place, const Effort& effort);
 
-/// A sync of twenty code sets, from the source list to the word that it is done, beside a program
-/// that posts, loads and asks for the same; and what of it store and log take.
+/// A sync of twenty code sets, from the source list to the event of its end, compared with a
+/// program that sends the same posts, loads and requests; and the share of store and log.
 std::vector<Figure> MeasureSyncs(const Place& place, const Effort& effort);
 
-/// What a code set of a source list takes as the list grows.
+/// The time for one code set of a source list as the list grows.
 std::vector<Figure> MeasureGrowingLists(const Place& place, const Effort& effort);
 
-/// How much dirty memory a thousand syncs leave behind.
+/// The growth of dirty memory after a thousand syncs.
 std::vector<Figure> MeasureSyncGrowth(const Place& place, const Effort& effort);
 
-/// A key's way to its frame, the start and the memory beside lircd, which writes its pulses to a
-/// socket and is kept from sleeping. Nothing without an lircd.
+/// A key's path to its frame, the start and the memory, compared with lircd, which writes its
+/// pulses to a socket and is configured so that it never sleeps. Nothing without lircd.
 std::vector<Figure> MeasurePeers(const Place& place, const Effort& effort);
 
 /// Memory and wake-ups with a client, LpmService and the local API connected and nothing to do.

@@ -55,7 +55,7 @@ const std::string* MemoryLibrary::Name(std::size_t index)
 
 }  // namespace Bench
 
-// The library's functions, as far as a session and a brand list need them.
+// The functions of the library that a session and a brand list need.
 
 int QSP_stop()
 {

@@ -9,11 +9,11 @@
 
 namespace Bench {
 
-/// In the UEI library's place: brands of one device type, in memory and sorted by name. All that a
-/// brand list doesn't need is refused. One for the process.
+/// Replaces the UEI library: brands of one device type, in memory and sorted by name. Functions
+/// that a brand list doesn't need return an error. One for the process.
 class MemoryLibrary {
 public:
-    /// That many names of some 12 characters, spread over the digits and letters.
+    /// Makes that many names of some 12 characters, spread over the digits and letters.
     static void Fill(std::size_t count);
 
     /// The names that begin with `prefix`, without regard to case, as the library's list.

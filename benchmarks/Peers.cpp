@@ -26,7 +26,7 @@ double Micros(Time time)
     return std::chrono::duration<double, std::micro>(time).count();
 }
 
-/// `one` sends a key and gives the time to its frame, `many` sends so many of them.
+/// `one` sends a key and returns the time until its frame, `many` sends the given number of keys.
 template <class One, class Many>
 void Measure(const Effort& effort, const Program& program, One one, Many many, Rounds& rounds)
 {

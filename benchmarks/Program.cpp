@@ -59,14 +59,14 @@ Program::Program(const std::vector<std::string>& command, const std::filesystem:
     std::vector<std::string> environment = {"ORLU_ROOT=" + root.string(),
                                             "ORLU_LOG_LEVEL=" + std::to_string(logLevel)};
     environment.insert(environment.end(), settings.begin(), settings.end());
-    // Where nobody listens, unless the settings name a local API; the first one counts.
+    // A port without a listener, unless the settings name a local API: the first entry counts.
     environment.push_back("ORLU_PORTICO_PORT=1");
     const std::string log = root / "log";
     posix_spawn_file_actions_t actions;
     ::posix_spawn_file_actions_init(&actions);
     ::posix_spawn_file_actions_addopen(&actions, 2, log.c_str(), O_WRONLY | O_CREAT | O_APPEND,
                                        0600);
-    // Whatever it says there is not ours to print.
+    // The program's output is not part of the benchmark's.
     ::posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
     const int error = ::posix_spawn(&m_pid, command[0].c_str(), &actions, nullptr,
                                     Pointers(command).data(), Pointers(environment).data());

@@ -30,18 +30,18 @@ public:
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
 
-    /// Waits until it ends by itself. Throws `std::runtime_error` if it does not end well.
+    /// Waits until the process ends. Throws `std::runtime_error` if its exit code is not 0.
     void Join();
 
-    /// Asks it to end and waits until it has.
+    /// Asks the process to end and waits for the end.
     void Terminate();
 
-    /// User and system time of all its threads.
+    /// User and system time of all threads of the process.
     std::chrono::nanoseconds CpuTime() const;
 
     Memory ReadMemory() const;
 
-    /// How often its threads have gone to sleep by themselves, in all.
+    /// The number of voluntary context switches of all threads.
     std::uint64_t CountSleeps() const;
 
 private:

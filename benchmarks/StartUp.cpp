@@ -8,7 +8,7 @@ namespace Bench {
 
 namespace {
 
-/// One value a start, in ms.
+/// One value for each start, in ms.
 struct Starts {
     std::vector<double> connected;
     std::vector<double> answered;

@@ -14,7 +14,7 @@
 
 namespace Bench {
 
-/// A file descriptor of our own.
+/// Owns a file descriptor.
 class Descriptor {
 public:
     explicit Descriptor(int fd = -1) : m_fd(fd) {}
@@ -34,7 +34,7 @@ private:
 /// `name` in `$ORLU_ROOT/run/orlu`, or in the folder of that name under `root`.
 std::string SocketPath(const std::string& root, const std::string& name);
 
-/// What `ORLU_ROOT` says; empty if it is not set.
+/// The value of `ORLU_ROOT`; empty if it is not set.
 std::string RootFromEnvironment();
 
 /// Both are empty on failure; `errno` then says why.
@@ -44,8 +44,8 @@ Descriptor ConnectTo(const std::string& path);
 /// Waits for the next client.
 Descriptor AcceptFrom(const Descriptor& listener);
 
-/// One end of a connection with as little as there can be between a program and the kernel: one
-/// `recv` brings what has come, one `send` takes all that was put.
+/// One end of a connection with the least work between a program and the kernel: one `recv` for all
+/// received bytes, one `send` for all frames that were put.
 ///
 /// A frame is 4 bytes length, big-endian, and an envelope of that many bytes.
 class Stream {
@@ -54,10 +54,10 @@ public:
 
     int Fd() const { return m_socket.Get(); }
 
-    /// One `recv`, blocking. False if the peer has gone, or on a time-out of the socket.
+    /// One blocking `recv`. False if the peer has closed, or on a time-out of the socket.
     bool Fill();
 
-    /// Takes what the last `Fill` brought without looking at it.
+    /// Takes the bytes of the last `Fill` without reading frames.
     std::string_view TakeBytes();
 
     /// Takes the next whole frame. False if there is none, or it is no envelope.
@@ -66,7 +66,7 @@ public:
     void PutBytes(std::string_view bytes) { m_out.append(bytes); }
     void Put(const IPCMessageEnvelope& envelope);
 
-    /// Blocks until all is written. False if the peer has gone.
+    /// Blocks until all is written. False if the peer has closed.
     bool Flush();
 
 private:

@@ -11,9 +11,9 @@
 
 namespace Bench {
 
-/// A sync with nothing in it: resets the blaster, posts for each code set, loads it, then asks for
-/// each one's keys; each thing when the one before has been answered. The same posts to the same
-/// cloud and the same frames to the same LpmService as the service's. No store, no log.
+/// A sync without any logic: resets the blaster, posts for each code set and loads it, then asks
+/// for the keys of each. Each step starts after the answer of the step before. Posts and frames are
+/// those of the service. No store, no log.
 class SyncByHand {
 public:
     /// Connects to "LpmService" under `root`; the cloud is asked at its port of this machine.
@@ -23,7 +23,7 @@ public:
     SyncByHand(const SyncByHand&) = delete;
     SyncByHand& operator=(const SyncByHand&) = delete;
 
-    /// Names of televisions, "T" and a number below 4096.
+    /// Each name is that of a television's code set: "T" and a number below 4096.
     void Run(const std::vector<std::string>& names);
 
 private:

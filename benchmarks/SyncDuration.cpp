@@ -23,7 +23,7 @@ constexpr std::size_t kSyncsARound = 8;
 constexpr std::size_t kSyncsOfGrowth = 1000;
 constexpr std::array kGrowingLists = {1U, 10U, 50U, 100U, 200U};
 
-/// The cloud has so many, of which a list of two hundred leaves some.
+/// The number of code sets in the cloud: more than the longest list, which has two hundred.
 constexpr unsigned kTelevisions = 240;
 
 std::vector<std::string> Names(unsigned first, unsigned count)
@@ -35,13 +35,13 @@ std::vector<std::string> Names(unsigned first, unsigned count)
     return names;
 }
 
-/// Two lists that share nothing, in turns.
+/// Two lists without a common code set, used in turn.
 std::vector<std::string> InTurns(std::size_t turn)
 {
     return Names(turn % 2 == 0 ? 0 : kCodesets, kCodesets);
 }
 
-/// Six keys for each, and no end to how many code sets are given.
+/// Six keys for each code set, and no limit for downloads.
 std::string MakeCatalogue(const Place& place, const std::filesystem::path& root)
 {
     const auto source = root / "catalogue.json";
@@ -62,7 +62,7 @@ std::string MakeCatalogue(const Place& place, const std::filesystem::path& root)
     return catalogue;
 }
 
-/// The product controller as far as a sync needs it.
+/// The part of the product controller that a sync needs.
 class SyncClient {
 public:
     explicit SyncClient(const std::filesystem::path& root)
@@ -70,7 +70,7 @@ public:
     {
     }
 
-    /// Until the service has found its cloud, which takes it a second.
+    /// Waits until the service is connected to its cloud, which takes a second.
     void WaitForCloud()
     {
         CloudConnectState_t state;
@@ -80,7 +80,7 @@ public:
         }
     }
 
-    /// From the source list to the word that the sync is done.
+    /// The time from the source list to the event of the sync's end.
     void Sync(const std::vector<std::string>& names)
     {
         SrcCiCodeMessage_t list;
@@ -117,8 +117,8 @@ private:
     IPCMessageEnvelope m_envelope;
 };
 
-/// All of the product's processes, and a second LpmService for the sync by hand, as what a blaster
-/// says goes to every client.
+/// All processes of the product. The sync by hand has a second LpmService, because the results of
+/// stores go to all clients.
 struct Product {
     Product(const Place& place, const std::filesystem::path& folder, int logLevel)
         : root(folder),
@@ -176,7 +176,7 @@ Figure MeasureSyncs(const Place& place, const Effort& effort, const std::filesys
 {
     std::vector<double> service;
     std::vector<double> floor;
-    // A round takes seconds, most of them to find the cloud.
+    // A round takes seconds, most of them for the connection to the cloud.
     for (std::size_t round = 0; round < effort.rounds / 3 + 1; ++round) {
         Product product(place, root, logLevel);
         std::vector<double> ours;

@@ -10,7 +10,7 @@
 
 namespace Bench {
 
-/// A folder that goes with the object.
+/// A folder that the destructor removes.
 class TemporaryFolder {
 public:
     TemporaryFolder()

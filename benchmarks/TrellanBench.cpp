@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Measures TrellanService beside floors that do the same with nothing in them, in one run.
+// Measures TrellanService and its floors, programs that do the same without any logic, in one run.
 
 #include <algorithm>
 #include <cstdio>
