@@ -14,7 +14,7 @@ namespace {
 
 constexpr DPrint kLog("Blaster");
 
-/// Major, minor.
+/// Major and minor number of the byte protocol.
 constexpr std::string_view kVersion{"\x01\x00", 2};
 
 constexpr std::size_t kDeviceBytes = 2;
@@ -22,7 +22,7 @@ constexpr std::size_t kKeyArguments = 6;
 constexpr std::uint8_t kInvalidKey = 255;
 constexpr std::size_t kAnyLength = std::numeric_limits<std::size_t>::max();
 
-/// One byte of the payload is the count.
+/// The payload's first byte is the count.
 constexpr std::size_t kMaximumListed = (kMaximumPayload - 1) / kDeviceBytes;
 
 bool IsHold(std::uint8_t flag)
@@ -98,11 +98,14 @@ std::string Blaster::Key(const BlasterFrame& frame, ConnectionId from)
     if (codeset == m_codesets.end()) {
         return MakeReply(Status::kNoSuchCodeset);
     }
+    // 255 says that the service found no UEI key for the product key.
     const CodesetKey* found = key == kInvalidKey ? nullptr : codeset->second.binary->Find(key);
     if (found == nullptr) {
         return MakeReply(Status::kNoSuchKey);
     }
+    // If this connection is lost, no end key can come from it: ConnectionLost ends the key.
     m_sender = from;
+    // A receiver takes a frame with the same toggle as a repeat of the press before.
     const bool toggle = codeset->second.toggle;
     codeset->second.toggle = !toggle;
     m_transmitter.Press(codeset->first, codeset->second.binary, *found, toggle, IsOnce(flag));
@@ -115,6 +118,7 @@ std::string Blaster::KeyMap(const BlasterFrame& frame, ConnectionId)
     if (codeset == m_codesets.end()) {
         return MakeReply(Status::kNoSuchCodeset);
     }
+    // A key is one byte and a code set has at most 244 keys, so the map fits one reply.
     std::string keys;
     for (const CodesetKey& key : codeset->second.binary->Keys()) {
         keys += static_cast<char>(key.ueiKey);
@@ -127,6 +131,7 @@ std::string Blaster::Reset(const BlasterFrame& frame, ConnectionId)
     if (frame.arguments[0] != 1) {
         return MakeReply(Status::kBadArgument);
     }
+    // Not End, which would still send the frames that the press lacks.
     m_transmitter.Abort();
     m_codesets.clear();
     return MakeReply(Status::kOk);
@@ -175,10 +180,12 @@ Status Blaster::Store(DeviceNumber device, Bytes data, std::string& why)
     if (!binary) {
         return Status::kMalformedBinary;
     }
+    // Replacing a code set does not raise the count, so a full blaster accepts it.
     if (!m_codesets.contains(device) && m_codesets.size() >= kMaximumCodesets) {
         why = fmt::format("{} are held already", m_codesets.size());
         return Status::kFull;
     }
+    // The transmitter shares the binary: a held key would go on with the replaced code set.
     AbortIfSending(device);
     m_codesets[device] = {std::make_shared<const CodesetBinary>(std::move(*binary))};
     return Status::kOk;

@@ -14,14 +14,14 @@
 
 namespace Lpm {
 
-/// Names the connection by which a frame came; 0 is none.
+/// Number of the connection on which a frame came; 0 is no connection.
 using ConnectionId = std::uint64_t;
 
 /// The blaster: holds code sets by device number, answers frames and sends keys. On one task.
 ///
 /// A key with `SendFlag::kHold` or `kHoldFirst` is sent until an end key, the next key, the loss of
-/// the connection that began it, or until its code set goes. Each press flips the code set's
-/// toggle.
+/// the connection that began it, or the deletion or replacement of its code set. Each press flips
+/// the code set's toggle.
 class Blaster {
 public:
     static constexpr std::size_t kMaximumCodesets = 256;
@@ -31,16 +31,16 @@ public:
     /// `sink` is not owned.
     void AddSink(FrameSinkIF* sink) { m_transmitter.AddSink(sink); }
 
-    /// Carries out one frame and gives the reply. Answers whatever bytes come.
+    /// Executes one frame and returns the reply. Malformed bytes get a reply too.
     std::string Execute(Bytes frame, ConnectionId from);
 
-    /// Holds a code set, in place of the one with that number. A refusal has its reason in `why`.
+    /// Stores a code set and replaces the one with that number. A refusal sets `why`.
     Status Store(DeviceNumber device, Bytes data, std::string& why);
 
-    /// What a peer that has gone left running ends.
+    /// Ends the key that this connection began.
     void ConnectionLost(ConnectionId connection);
 
-    /// Ends whatever is being sent.
+    /// Ends the key that is being sent.
     void Stop() { m_transmitter.Abort(); }
 
 private:
@@ -64,7 +64,7 @@ private:
 
     Transmitter m_transmitter;
     std::map<DeviceNumber, Codeset> m_codesets;
-    ConnectionId m_sender = 0;  ///< began the key that was sent last
+    ConnectionId m_sender = 0;  ///< connection that began the last key
 };
 
 }  // namespace Lpm

@@ -10,14 +10,14 @@
 
 /// The byte protocol of the blaster.
 ///
-///     frame   LH LL CC arguments   length of what follows these two, high byte first; command
-///     reply   NN SS payload        count of what follows this one; status, 0 is success
+///     frame   LH LL CC arguments   count of the bytes behind LL, high byte first; command
+///     reply   NN SS payload        count of the bytes behind NN; status, 0 is success
 ///
 ///     00 end key                       09 01 reset all      11 list: payload N, then N x DH DL
 ///     01 DH DL K F 00 00 key           0B version: major, minor
 ///     02 DH DL key map: the keys       0C DH DL delete      22 DH DL data: store
 ///
-/// DH DL is the device number that stands for a code set, K a UEI key, F how the key is sent.
+/// DH DL is the device number of a code set, K a UEI key, F a `SendFlag`.
 namespace Lpm {
 
 using DeviceNumber = std::uint16_t;
@@ -34,15 +34,15 @@ enum class Command : std::uint8_t {
     kStore = 0x22,
 };
 
-/// Every failure has one of the low three bits: some readers look at no more of a status.
+/// Every failure sets one of the low three bits: some readers test only these bits.
 enum class Status : std::uint8_t {
     kOk = 0,
     kMalformedFrame = 1,   ///< the length does not fit the frame or the command
     kUnknownCommand = 2,   ///< no such command, or not under this message id
-    kBadArgument = 3,      ///< a flag or a fixed byte that the command does not know
+    kBadArgument = 3,      ///< a flag or a fixed byte has a value that the command does not have
     kNoSuchCodeset = 4,    ///< no code set of that device number is held
     kNoSuchKey = 5,        ///< the code set has no such key, 255 included
-    kMalformedBinary = 6,  ///< a store of bytes that are no code set
+    kMalformedBinary = 6,  ///< the bytes to store are not a code set
     kFull = 7,             ///< `Blaster::kMaximumCodesets` are held already
 };
 
@@ -53,22 +53,22 @@ enum class SendFlag : std::uint8_t {
     kHoldFirst = 0xFF,  ///< until the end key; the first of several bursts
 };
 
-/// A frame whose length word fits. The arguments live as long as the frame's bytes.
+/// A frame whose length word is right. The arguments refer to the frame's bytes.
 struct BlasterFrame {
     std::uint8_t command;
     Bytes arguments;
 };
 
-/// Nothing for bytes whose length word does not say how many follow, or without a command.
+/// Nothing if the length word differs from the number of bytes behind it, or without a command.
 std::optional<BlasterFrame> ParseFrame(Bytes frame);
 
-/// The first two arguments. There must be as many.
+/// The first two arguments. The frame must have them.
 DeviceNumber DeviceOf(const BlasterFrame& frame);
 
-/// A payload is at most 254 bytes, so that the count stays a byte.
+/// A payload has at most 254 bytes: the count, which includes the status, is one byte.
 inline constexpr std::size_t kMaximumPayload = 254;
 
-/// What does not fit behind `kMaximumPayload` is cut off.
+/// A longer payload is cut off at `kMaximumPayload`.
 std::string MakeReply(Status status, std::string_view payload = {});
 
 inline Bytes AsBytes(std::string_view text)

@@ -6,7 +6,7 @@
 
 namespace Lpm {
 
-/// The CEC bus as the product's keys reach it. On one task.
+/// Sends the product's keys on the CEC bus. On one task.
 class CecBusIF {
 public:
     virtual ~CecBusIF() = default;

@@ -73,6 +73,7 @@ constexpr std::array kRows = std::to_array<Row>({
     {ORLU_BACK, 0x0D},
 });
 
+// CecUserControl finds a row by binary search.
 static_assert(std::ranges::is_sorted(kRows, {}, &Row::productKey));
 
 }  // namespace
@@ -98,16 +99,18 @@ void CecRemote::Press(std::uint32_t productKey, ConnectionId from)
         kLog.Log(2, "Product key {} has no place on the CEC bus", productKey);
         return;
     }
+    // A CEC device tells a new press from a repeat by the release between them.
     Release();
     m_pressed = userControl;
     m_presser = from;
-    Say();
+    SendPressed();
 }
 
-void CecRemote::Say()
+/// Sends the key again until `Release` cancels the alarm.
+void CecRemote::SendPressed()
 {
     m_bus.SendUserControl(*m_pressed, true);
-    m_alarm->Arm(Orlu::Runtime().Now() + kRepeat, [this] { Say(); });
+    m_alarm->Arm(Orlu::Runtime().Now() + kRepeat, [this] { SendPressed(); });
 }
 
 void CecRemote::Release()

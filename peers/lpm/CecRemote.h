@@ -16,15 +16,14 @@ namespace Lpm {
 /// The CEC user control code of a product key; nothing for a key that CEC does not have.
 std::optional<std::uint8_t> CecUserControl(std::uint32_t productKey);
 
-/// Turns the product's CEC keys into user control codes. A key stays pressed, and is said again and
-/// again, until its release, the next key, or the loss of the connection that pressed it. On one
-/// task.
+/// Sends the product's CEC keys as user control codes. A pressed key is sent again each `kRepeat`
+/// until its release, the next key, or the loss of the connection that pressed it. On one task.
 class CecRemote {
 public:
-    /// The bus knows a held key by its repeats: at least each half second.
+    /// A CEC device takes a key as held while repeats come at least every half second.
     static constexpr std::chrono::milliseconds kRepeat{250};
 
-    /// `bus` must outlive it.
+    /// `bus` must outlive this object.
     CecRemote(CecBusIF& bus, NotifyTargetTaskIF* task);
 
     void Press(std::uint32_t productKey, ConnectionId from);
@@ -35,7 +34,7 @@ public:
     void ConnectionLost(ConnectionId connection);
 
 private:
-    void Say();
+    void SendPressed();
 
     CecBusIF& m_bus;
     std::unique_ptr<Orlu::AlarmIF> m_alarm;

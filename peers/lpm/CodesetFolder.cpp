@@ -24,9 +24,10 @@ constexpr unsigned kRange = 4096;
 struct DeviceClass {
     char letter;
     DeviceNumber lower;  ///< numbers below 4096
-    DeviceNumber upper;  ///< and from there on; 0: none
+    DeviceNumber upper;  ///< numbers from 4096 on; 0: the class has none
 };
 
+/// Some classes share a range, R and M for example, as they do in the service.
 constexpr std::array<DeviceClass, 11> kClasses{{
     {'A', 0x8000, 0xF000},
     {'C', 0x1000, 0xC000},
@@ -95,6 +96,8 @@ bool LoadCodesets(const std::string& folder, Blaster& blaster, std::string& why)
         why = error.message();
         return false;
     }
+    // The system lists a folder in no fixed order. The log and a refusal by a full blaster must not
+    // depend on that order.
     std::ranges::sort(paths);
     for (const auto& path : paths) {
         LoadCodeset(path, blaster);

@@ -12,6 +12,7 @@ void DelayedWork::Run(std::chrono::milliseconds delay, Orlu::Work work)
         work();
         return;
     }
+    // A multimap keeps works of the same time in the order of their insertion.
     m_waiting.emplace(Orlu::Runtime().Now() + delay, std::move(work));
     Arm();
 }
@@ -27,6 +28,7 @@ void DelayedWork::RunDue()
 {
     const auto now = Orlu::Runtime().Now();
     while (!m_waiting.empty() && m_waiting.begin()->first <= now) {
+        // Extracted before it runs: the work may call Run and so change the map.
         m_waiting.extract(m_waiting.begin()).mapped()();
     }
     Arm();

@@ -10,13 +10,13 @@
 
 namespace Lpm {
 
-/// Work put off, each by a time of its own, on one task. What is due at one time runs in the order
-/// in which it was put off; what is left when this ends does not run.
+/// Runs work after a delay, on one task. Work that is due at the same time runs in the order of its
+/// `Run` calls. Work that is still waiting when this object is destroyed does not run.
 class DelayedWork {
 public:
     explicit DelayedWork(NotifyTargetTaskIF* task) : m_alarm(task->Queue()->CreateAlarm()) {}
 
-    /// With no time to wait the work runs at once.
+    /// A delay of 0 runs the work before `Run` returns.
     void Run(std::chrono::milliseconds delay, Orlu::Work work);
 
 private:

@@ -56,7 +56,7 @@ void DeviceRoomServer::HandleSocket(const Orlu::SocketPtr& socket)
 
 void DeviceRoomServer::HandleDisconnect(std::uint64_t client)
 {
-    // The router is still at work: it is the one that calls.
+    // The router calls this handler, so it must not be destroyed before the handler returns.
     m_task->QueueNotificationNonBlocking([router = m_clients.extract(client).mapped()] {});
 }
 

@@ -13,11 +13,11 @@
 
 namespace Lpm {
 
-/// The IPC service "DeviceRoom": tells the state of the devices to whoever asks, and each line of
-/// theirs to all who are connected. On one task.
+/// The IPC service "DeviceRoom": answers requests for the state of the devices and sends each of
+/// their lines to all connected clients. On one task.
 class DeviceRoomServer {
 public:
-    /// `state` gives the state as a JSON object.
+    /// `state` returns the state of all devices as a JSON object.
     DeviceRoomServer(NotifyTargetTaskIF* task, std::function<std::string()> state);
 
     /// Begins to listen. False, logged, if that fails.

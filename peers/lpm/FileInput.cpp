@@ -26,6 +26,8 @@ std::optional<std::string> ReadAll(int fd, std::string& why)
         why = "not a regular file";
         return std::nullopt;
     }
+    // Reads to the end and does not trust the size in `status`: a file can grow meanwhile. The byte
+    // above the limit tells a file that is too large.
     std::string text(Orlu::Limits::kFileBytes + 1, '\0');
     std::size_t size = 0;
     while (size < text.size()) {
@@ -51,7 +53,7 @@ std::optional<std::string> ReadAll(int fd, std::string& why)
 
 std::optional<std::string> ReadInputFile(const std::string& path, std::string& why)
 {
-    // Not blocking, so that a pipe that nobody writes cannot hang the start.
+    // Opening a pipe without a writer would block and hang the start.
     const int fd = Orlu::Files().Open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK, 0);
     if (fd < 0) {
         why = std::strerror(errno);

@@ -7,8 +7,8 @@
 
 namespace Lpm {
 
-/// The whole of a regular file of at most `Limits::kFileBytes`, named on the command line: the path
-/// is taken as it stands, whatever `ORLU_ROOT` says. Nothing, with the reason in `why`, otherwise.
+/// Reads a regular file of at most `Limits::kFileBytes` that the command line names. The path is
+/// used as given, without `ORLU_ROOT`. Nothing, with the reason in `why`, on failure.
 std::optional<std::string> ReadInputFile(const std::string& path, std::string& why);
 
 }  // namespace Lpm

@@ -23,6 +23,7 @@ std::optional<IpcCecMessage_t> ParseCec(const Json::Value& value, std::string& w
     if (!HasOnly(value, {"addr", "data", "length"}, why)) {
         return std::nullopt;
     }
+    // `length` may differ from the number of bytes, so that a test can send a wrong length.
     JsonMembers members(value);
     IpcCecMessage_t message;
     if (const auto address = members.Integer("addr", 0, kMaximumUnsigned)) {
@@ -71,6 +72,7 @@ bool InputLines::Act(const Json::Value& line, std::string& why)
     if (!why.empty() || (line.isMember("replies") && !m_script.Replace(line["replies"], why))) {
         return false;
     }
+    // All members are valid from here on: a line takes effect as a whole or not at all.
     if (cec) {
         m_server.SendToAll(IPC_CEC_MSG, *cec);
     }

@@ -11,16 +11,16 @@
 
 namespace Lpm {
 
-/// What an operator or a test says while the program runs, one JSON object a line. A line that is
-/// none, or has a bad or unknown member, is logged and does nothing.
+/// Executes what an operator or a test writes to standard input, one JSON object in each line. A
+/// line that is not an object, or has a bad or unknown member, is logged and has no effect.
 ///
-///     {"cec": {"addr": 0, "data": [4, 130], "length": 2}}   IPC_CEC_MSG to all
-///     {"event65541": "03000405"}                            an unasked key map to all
-///     {"event83": "0100"}                                   an unasked result of a store to all
+///     {"cec": {"addr": 0, "data": [4, 130], "length": 2}}   IPC_CEC_MSG to all clients
+///     {"event65541": "03000405"}                            an unsolicited key map to all
+///     {"event83": "0100"}                                   an unsolicited store result to all
 ///     {"replies": [...]}                                    replaces the script
 class InputLines {
 public:
-    /// Both must outlive it.
+    /// Both must outlive this object.
     InputLines(LpmServer& server, ReplyScript& script) : m_server(server), m_script(script) {}
 
     void HandleLine(const std::string& line);

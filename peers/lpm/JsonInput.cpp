@@ -29,6 +29,7 @@ std::optional<Json::Value> ParseJson(std::string_view text, std::string& why)
             return value;
         }
     } catch (const Json::Exception& error) {
+        // jsoncpp throws at text with more levels than its stack limit.
         why = error.what();
     }
     std::ranges::replace(why, '\n', ' ');

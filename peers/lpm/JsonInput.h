@@ -12,16 +12,16 @@
 
 namespace Lpm {
 
-/// A JSON text of UTF-8, of at most `Limits::kFrameBytes` and `Limits::kJsonDepth` levels; nothing,
-/// and the reason in one line in `why`, for any other.
+/// Parses a UTF-8 JSON text of at most `Limits::kFrameBytes` and `Limits::kJsonDepth` levels.
+/// Nothing, with the reason in one line in `why`, for any other text.
 std::optional<Json::Value> ParseJson(std::string_view text, std::string& why);
 
-/// Whether `value` is an object with no members but these; the reason goes to `why`.
+/// Whether `value` is an object without other members than `names`; `why` gets the reason if not.
 bool HasOnly(const Json::Value& value, std::initializer_list<std::string_view> names,
              std::string& why);
 
-/// Takes members out of one object. A member that is absent gives nothing; one of another type or
-/// out of its range gives nothing and the first such reason stays in `Why`.
+/// Reads members of one object. An absent member gives nothing. A member of another type or out of
+/// its range gives nothing too; `Why` keeps the first such reason.
 class JsonMembers {
 public:
     explicit JsonMembers(const Json::Value& object) : m_object(object) {}
@@ -34,7 +34,7 @@ public:
     /// Null if absent.
     const Json::Value* Array(const char* name);
 
-    /// Empty while all members were well.
+    /// Empty if all members that were read are valid.
     const std::string& Why() const { return m_why; }
 
 private:

@@ -29,7 +29,7 @@ std::string Reason(const char* what)
 
 }  // namespace
 
-/// Waits for messages on a descriptor of its own, so that sending never waits behind it.
+/// Waits for messages on a descriptor of its own, so that a wait does not delay sending.
 class KernelCecBus::Receiver {
 public:
     Receiver(int fd, NotifyTargetTaskIF* task, OnMessage message)
@@ -38,7 +38,7 @@ public:
           m_task(IL::CreateTask("LpmCecReceiver", ""))
     {
     }
-    /// Waits for the wait in the kernel, a second at most.
+    /// Blocks until the running CEC_RECEIVE returns, a second at most.
     ~Receiver()
     {
         m_task->Stop();
@@ -48,7 +48,7 @@ public:
     Receiver(const Receiver&) = delete;
     Receiver& operator=(const Receiver&) = delete;
 
-    /// One message, or none in a second, and then the next: so the task can end between two.
+    /// Queues one CEC_RECEIVE, which queues the next. The task can stop between two of them.
     void Queue()
     {
         m_task->QueueNotificationNonBlocking([this] { Receive(); });
@@ -60,9 +60,11 @@ private:
         cec_msg message{};
         message.timeout = kReceiveWaitMs;
         if (ioctl(m_fd, CEC_RECEIVE, &message) == 0) {
+            // The kernel sets `len`; a larger value would read beyond the array.
             const std::size_t size = std::min<std::size_t>(message.len, sizeof message.msg);
             m_message(std::vector<std::uint8_t>(message.msg, message.msg + size));
         } else if (errno != ETIMEDOUT && errno != EINTR) {
+            // The adapter was unplugged, for example. Sending reports its own errors.
             kLog.Log(1, "{}, nothing more is received", Reason("CEC_RECEIVE"));
             return;
         }
@@ -87,12 +89,14 @@ std::unique_ptr<KernelCecBus> KernelCecBus::Open(const std::string& device,
     if (!bus->Claim(why)) {
         return nullptr;
     }
+    // Blocking, unlike the descriptor for sending: CEC_RECEIVE waits only on a blocking one.
     const int receiving = open(device.c_str(), O_RDWR | O_CLOEXEC);
     if (receiving < 0) {
         why = Reason("open");
         return nullptr;
     }
     bus->m_receiver = std::make_unique<Receiver>(receiving, task, std::move(message));
+    // Only a follower receives the messages of other devices.
     std::uint32_t mode = CEC_MODE_NO_INITIATOR | CEC_MODE_FOLLOWER;
     if (ioctl(receiving, CEC_S_MODE, &mode) != 0) {
         why = Reason("CEC_S_MODE");
@@ -110,7 +114,7 @@ KernelCecBus::~KernelCecBus()
     close(m_fd);
 }
 
-/// Takes a logical address, unless the adapter keeps to the one it has.
+/// Claims the logical address of an audio system, unless the adapter has a fixed address.
 bool KernelCecBus::Claim(std::string& why)
 {
     cec_caps caps{};
@@ -128,7 +132,8 @@ bool KernelCecBus::Claim(std::string& why)
         addresses.log_addr_type[0] = CEC_LOG_ADDR_TYPE_AUDIOSYSTEM;
         addresses.all_device_types[0] = CEC_OP_ALL_DEVTYPE_AUDIOSYSTEM;
         std::strncpy(addresses.osd_name, "Orlu", sizeof addresses.osd_name - 1);
-        // Addresses that stand from before have to go first; having none is no failure.
+        // The kernel refuses new addresses while old ones are set. There may be none to clear, so a
+        // failure is ignored.
         ioctl(m_fd, CEC_ADAP_S_LOG_ADDRS, &none);
         if (ioctl(m_fd, CEC_ADAP_S_LOG_ADDRS, &addresses) != 0) {
             why = Reason("CEC_ADAP_S_LOG_ADDRS");
@@ -143,7 +148,8 @@ bool KernelCecBus::Claim(std::string& why)
 
 void KernelCecBus::SendUserControl(std::uint8_t userControl, bool pressed)
 {
-    // The address is claimed in the background and can change with the cable: ask each time.
+    // The kernel claims the address in the background and anew after the cable was unplugged, so
+    // the address is read for each message.
     cec_log_addrs addresses{};
     const bool claimed =
         ioctl(m_fd, CEC_ADAP_G_LOG_ADDRS, &addresses) == 0 && addresses.log_addr_mask != 0;

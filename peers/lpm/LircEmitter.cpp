@@ -18,6 +18,7 @@ namespace {
 
 constexpr DPrint kLog("LircEmitter");
 constexpr std::uint32_t kDutyCyclePercent = 33;
+/// More frames than this would be sent long after their key was released.
 constexpr unsigned kMaximumWaiting = 8;
 
 }  // namespace
@@ -63,7 +64,8 @@ void LircEmitter::HandleFrame(const InfraredFrame& frame)
         kLog.Log(2, "A frame is dropped: {} still wait", m_waiting.load());
         return;
     }
-    // The kernel takes an odd number: the last dark is the time to the next write.
+    // The kernel accepts only an odd number of durations. The last space, which it does not send,
+    // passes until the blaster hands over the next frame.
     const std::size_t size = frame.durationsUs.size() - (frame.durationsUs.size() % 2 == 0 ? 1 : 0);
     std::vector<std::uint32_t> durations(
         frame.durationsUs.begin(), frame.durationsUs.begin() + static_cast<std::ptrdiff_t>(size));
@@ -78,11 +80,12 @@ void LircEmitter::HandleFrame(const InfraredFrame& frame)
 void LircEmitter::Write(std::uint32_t carrierHz, const std::vector<std::uint32_t>& durations)
 {
     std::uint32_t carrier = carrierHz;
-    // The kernel answers with the carrier on success, and with ENOTTY where it is fixed.
+    // The ioctl returns the carrier on success, and fails with ENOTTY where the carrier is fixed.
     if (carrier != m_carrierHz && ioctl(m_fd, LIRC_SET_SEND_CARRIER, &carrier) < 0 &&
         errno != ENOTTY) {
         kLog.Log(2, "The carrier of {} Hz is not set: {}", carrierHz, std::strerror(errno));
     }
+    // Also after a failure, so that a held key logs it once and not with every frame.
     m_carrierHz = carrierHz;
     const std::size_t bytes = durations.size() * sizeof durations[0];
     const ssize_t written = write(m_fd, durations.data(), bytes);

@@ -15,7 +15,7 @@ namespace {
 constexpr DPrint kLog("LpmServer");
 constexpr const char* kServiceName = "LpmService";
 
-/// The frame's command, as far as it has one.
+/// Nothing for a malformed frame.
 std::optional<std::uint8_t> CommandOf(const std::string& frame)
 {
     const auto parsed = ParseFrame(AsBytes(frame));
@@ -35,6 +35,7 @@ bool Unwrap(std::uint32_t id, const LPMIpcServicePacket& packet, google::protobu
         kLog.Log(2, "Message {} is not for the LPM", id);
         return false;
     }
+    // A packet without a type name is accepted: the id says which message it holds.
     if (!packet.msg_typename().empty() && packet.msg_typename() != expected) {
         kLog.Log(2, "Message {} holds no {}", id, expected);
         return false;
@@ -124,12 +125,14 @@ void LpmServer::HandleDisconnect(ConnectionId client)
     kLog.Log(3, "Client {} has gone", client);
     m_blaster.ConnectionLost(client);
     m_cec.ConnectionLost(client);
-    // The router is still at work: it is the one that calls.
+    // The router calls this handler, so it must not be destroyed before the handler returns.
     m_task->QueueNotificationNonBlocking([router = m_clients.extract(client).mapped()] {});
 }
 
 void LpmServer::HandleFrame(ConnectionId client, const Packet& packet, std::uint32_t token)
 {
+    // A packet without a frame becomes an empty frame, which the blaster answers as malformed: the
+    // client must not wait for a reply in vain.
     const std::string frame = TakeFrame(IPC_SEND_TO_BLASTER, packet).value_or("");
     Answer(frame, TakeScripted(frame), client, [this, client, token](std::string reply) {
         Reply(client, IPC_SEND_TO_BLASTER, BlasterMessage(std::move(reply)), token);
@@ -142,6 +145,7 @@ void LpmServer::HandleKey(ConnectionId client, const Packet& packet)
     if (!frame) {
         return;
     }
+    // Id 82 has no reply. Any other command would leave its sender without the result.
     if (!IsCommand(*frame, Command::kKey)) {
         kLog.Log(2, "A frame without a reply is no key, it is dropped");
         return;
@@ -159,6 +163,7 @@ void LpmServer::HandleKeyMapRequest(ConnectionId client, const Packet& packet)
         BulkTransferData data;
         data.set_type(BULK_TYPE_BLASTER_KEY_MAP);
         data.set_data(std::move(reply));
+        // The script can delay the answer until after the client has disconnected.
         if (const auto asker = m_clients.find(client); asker != m_clients.end()) {
             asker->second->SendMessage(BLASTER_KEY_MAP_RESP, data);
         }
@@ -216,11 +221,13 @@ void LpmServer::TransferStore(ConnectionId client, const std::string& frame, std
     const ScriptedReply scripted = TakeScripted(frame);
     const auto result = static_cast<BulkTransferResult>(scripted.bulkResult.value_or(0));
     if (result != BULK_TRANSFER_SUCCESS) {
+        // A transfer that failed carries no frame to the blaster, and no event 83 follows.
         m_delayed.Run(scripted.delay, [this, client, token, result] {
             ReplyBulk(client, BULK_TRANSFER_DATA_REQUEST, token, result);
         });
         return;
     }
+    // The transfer succeeds before the store is tried: the result of the store is event 83.
     ReplyBulk(client, BULK_TRANSFER_DATA_REQUEST, token, BULK_TRANSFER_SUCCESS);
     const SendReply send = [this](std::string reply) {
         SendToAll(IPC_BULK_BLASTER_DONE, BlasterMessage(std::move(reply)));
@@ -232,10 +239,11 @@ void LpmServer::TransferStore(ConnectionId client, const std::string& frame, std
     Answer(frame, scripted, client, send);
 }
 
-/// `send` gets the reply, at once or when the script says, or never.
+/// Calls `send` with the reply, at once or after the script's delay. A silent reply is not sent.
 void LpmServer::Answer(const std::string& frame, const ScriptedReply& scripted, ConnectionId from,
                        SendReply send)
 {
+    // The blaster executes the frame now, even if the script delays or drops the reply.
     std::string reply = scripted.IsTaken(CommandOf(frame).value_or(0))
                             ? m_blaster.Execute(AsBytes(frame), from)
                             : MakeReply(Status::kOk);
@@ -252,6 +260,7 @@ void LpmServer::Reply(ConnectionId client, std::uint32_t id,
                       const google::protobuf::Message& message, std::uint32_t token)
 {
     const auto asker = m_clients.find(client);
+    // Token 0 marks a message that expects no answer.
     if (token != 0 && asker != m_clients.end()) {
         asker->second->ReplyMessage(id, message, token);
     }
@@ -272,7 +281,7 @@ void LpmServer::SendToAll(std::uint32_t id, const google::protobuf::Message& mes
     }
 }
 
-/// The frame in a packet, recorded; nothing, logged, for a packet without one.
+/// Records the frame of a packet and returns it. Nothing, logged, for a packet without a frame.
 std::optional<std::string> LpmServer::TakeFrame(std::uint32_t id, const Packet& packet)
 {
     TRS_BlasterMsg_t message;

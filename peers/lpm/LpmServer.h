@@ -19,17 +19,17 @@
 
 namespace Lpm {
 
-/// The IPC service "LpmService". Serves any number of clients: an answer goes to the asker, the key
-/// map (65541) too, since it answers a notification; events, the result of a store (83) among them,
-/// go to all. On one task.
+/// The IPC service "LpmService". Serves any number of clients. An answer goes to the client that
+/// asked, and so does the key map (65541), which answers a notification. Events, such as the result
+/// of a store (83), go to all clients. On one task.
 ///
-/// Id 80 takes every frame, 82 a key, which has no reply and so is no matter of the script, 84 a
-/// key map, 65539 a store. A request that holds no frame is answered as a malformed one; a transfer
-/// is answered with BULK_TRANSFER_ERROR if its length is wrong and BULK_TRANSFER_DECLINED if it is
-/// no code set. The low power requests are answered as asked.
+/// Id 80 takes every frame, 82 a key, 84 a key map, 65539 a store. The script does not apply to id
+/// 82, which has no reply. A request without a frame is answered as a malformed frame. A transfer
+/// is answered with BULK_TRANSFER_ERROR if its length is wrong, and with BULK_TRANSFER_DECLINED if
+/// its type is not a blaster record. The low power requests get their own content as answer.
 class LpmServer {
 public:
-    /// The neighbours must outlive it; `recorder` may be null.
+    /// The neighbours must outlive this object. `recorder` may be null.
     LpmServer(NotifyTargetTaskIF* task, Blaster& blaster, ReplyScript& script, CecRemote& cec,
               Recorder* recorder);
 

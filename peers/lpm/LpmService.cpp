@@ -17,7 +17,7 @@ namespace {
 
 constexpr DPrint kLog("LpmService");
 
-/// One write, so that lines of the program never mix.
+/// Writes the line with one call, so that lines of different threads do not mix.
 void PrintLine(std::string line)
 {
     line += '\n';
@@ -27,7 +27,7 @@ void PrintLine(std::string line)
     }
 }
 
-/// A message of the bus, header first, as the LPM hands it on: the sender, and what follows.
+/// Converts a message of the bus, header first. `addr` is the initiator, the header's high half.
 LpmServiceMessages::IpcCecMessage_t CecMessage(const std::vector<std::uint8_t>& bytes)
 {
     LpmServiceMessages::IpcCecMessage_t message;
@@ -54,6 +54,7 @@ public:
 
     void SendUserControl(std::uint8_t userControl, bool pressed) override
     {
+        // The bus exists before OpenFiles loads the devices, and without --devices there are none.
         if (m_service.m_devices) {
             m_service.m_devices->ReceiveCecKey(userControl, pressed);
         }
@@ -88,6 +89,7 @@ std::unique_ptr<LpmService> LpmService::Create(NotifyTargetTaskIF* task, const O
 
 LpmService::~LpmService()
 {
+    // No client can end its keys any more. The record gets the end, the bus the release.
     m_blaster.Stop();
     if (m_cec) {
         m_cec->Release();
@@ -164,7 +166,7 @@ void LpmService::HandleLine(const std::string& line)
 void LpmService::HandleSending(DeviceNumber device, std::uint8_t key, bool on)
 {
     if (m_recorder) {
-        m_recorder->Light(device, key, on);
+        m_recorder->Emission(device, key, on);
     }
 }
 

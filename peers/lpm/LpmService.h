@@ -20,16 +20,15 @@
 
 namespace Lpm {
 
-/// The whole program behind its command line. All of it lives on one task: it is made, used and
-/// destroyed there.
+/// The program without its command line. It is constructed, used and destroyed on one task.
 class LpmService {
 public:
-    /// What the options name is opened and read. Empty, with one line in `why`, if any of it cannot
-    /// be had or is no such file.
+    /// Opens and reads the files and devices of the options. Empty, with one line in `why`, if one
+    /// of them cannot be opened or is invalid.
     static std::unique_ptr<LpmService> Create(NotifyTargetTaskIF* task, const Options& options,
                                               std::string& why);
 
-    /// Ends what is being sent by light and on the CEC bus.
+    /// Ends the keys that are being sent by infrared and on the CEC bus.
     ~LpmService();
     LpmService(const LpmService&) = delete;
     LpmService& operator=(const LpmService&) = delete;

@@ -15,7 +15,9 @@ namespace {
 
 constexpr const char* kSimulated = "sim";
 constexpr const char* kLircPrefix = "lirc:";
-/// `sim` becomes the empty text, `lirc:DEVICE` the device.
+
+/// Changes `sim` to the empty text and `lirc:DEVICE` to the device. Returns what is wrong, as CLI11
+/// expects it of a validator: empty if nothing is.
 std::string ParseEmitter(std::string& text)
 {
     if (text == kSimulated) {
@@ -30,6 +32,7 @@ std::string ParseEmitter(std::string& text)
     return {};
 }
 
+/// The same for the CEC bus, where a device has no prefix.
 std::string ParseCec(std::string& text)
 {
     if (text == kSimulated) {

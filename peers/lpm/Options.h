@@ -7,13 +7,13 @@
 
 namespace Lpm {
 
-/// What the command line asks for; an empty path is not given.
+/// The options of the command line. An empty path was not given.
 struct Options {
     std::string record;
     std::string script;
     std::string codesets;
     std::string devices;
-    std::string lirc;  ///< the device that sends; empty: none
+    std::string lirc;  ///< the device that sends frames; empty: none
     std::string cec;   ///< the kernel's device; empty: a simulated bus
     std::string render;
     bool toggle = false;

@@ -23,7 +23,7 @@ std::chrono::microseconds MonotonicNow()
         std::chrono::steady_clock::now().time_since_epoch());
 }
 
-/// Appends to a descriptor, which it closes.
+/// Appends to a descriptor and closes it at the end.
 class FileWriter {
 public:
     explicit FileWriter(int fd) : m_fd(fd) {}
@@ -59,6 +59,7 @@ Recorder::Recorder(Clock clock, Writer writer)
 
 std::unique_ptr<Recorder> Recorder::Open(const std::string& path, std::string& why)
 {
+    // O_APPEND: a record of an earlier run stays, and other programs can follow the file.
     const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
     if (fd < 0) {
         why = std::strerror(errno);
@@ -86,7 +87,7 @@ void Recorder::CecKey(std::uint32_t id, std::uint32_t value, std::uint32_t state
     Write(fmt::format(R"("id": {}, "value": {}, "state": {})", id, value, state));
 }
 
-void Recorder::Light(DeviceNumber device, std::uint8_t key, bool on)
+void Recorder::Emission(DeviceNumber device, std::uint8_t key, bool on)
 {
     Write(fmt::format(R"("ir": {{"device": "0x{:04x}", "key": {}, "on": {}}})", device, key, on));
 }
@@ -94,6 +95,7 @@ void Recorder::Light(DeviceNumber device, std::uint8_t key, bool on)
 void Recorder::Write(const std::string& members)
 {
     const auto now = m_clock().count();
+    // On failure only the first line is logged: a full disk would log every line.
     const bool written =
         m_writer(fmt::format("{{\"ms\": {}.{:03}, {}}}\n", now / 1000, now % 1000, members));
     if (!written && !m_failed) {

@@ -13,8 +13,9 @@
 
 namespace Lpm {
 
-/// Writes a JSON line for each thing that is received, and for the blaster's beginning and ending
-/// to send, each as soon as it is there. `ms` is the monotonic clock with three decimals.
+/// Writes a JSON line for each frame and CEC key that is received, and for the begin and the end of
+/// each key that the blaster sends. Each line is written at once. `ms` is the monotonic clock with
+/// three decimals.
 ///
 ///     {"ms": 12.345, "id": 80, "frame": "000100"}
 ///     {"ms": 12.345, "id": 65539, "length": 105, "type": 2, "frame": "0067..."}
@@ -23,7 +24,7 @@ namespace Lpm {
 class Recorder {
 public:
     using Clock = std::function<std::chrono::microseconds()>;
-    /// Gets one line with its newline; false if it could not be kept.
+    /// Gets one line with its newline. Returns false if the line could not be written.
     using Writer = std::function<bool(std::string_view line)>;
 
     Recorder(Clock clock, Writer writer);
@@ -36,7 +37,8 @@ public:
     void BulkFrame(std::uint32_t id, std::uint32_t length, std::uint32_t type,
                    std::string_view frame);
     void CecKey(std::uint32_t id, std::uint32_t value, std::uint32_t state);
-    void Light(DeviceNumber device, std::uint8_t key, bool on);
+    /// `on`: the key begins to be sent; else its emission ends.
+    void Emission(DeviceNumber device, std::uint8_t key, bool on);
 
 private:
     void Write(const std::string& members);

@@ -14,9 +14,10 @@ namespace {
 
 constexpr std::int64_t kMaximumDelayMs = 3600000;
 constexpr std::int64_t kMaximumTimes = 1000000000;
+/// The bits of a status that its readers test; see `Status`.
 constexpr std::uint8_t kRefusalBits = 7;
 
-/// "0x22"
+/// Parses a text such as "0x22".
 std::optional<std::uint8_t> ParseCommand(const Json::Value& value)
 {
     if (!value.isString()) {
@@ -42,6 +43,7 @@ bool ScriptedReply::IsTaken(std::uint8_t command) const
     if (status) {
         return (*status & kRefusalBits) == 0;
     }
+    // A raw reply too short to hold a status does not say that the frame was refused.
     return !raw || raw->size() < 2 || (static_cast<std::uint8_t>((*raw)[1]) & kRefusalBits) == 0;
 }
 
@@ -80,6 +82,7 @@ bool ReplyScript::Replace(const Json::Value& replies, std::string& why)
         }
         entries.push_back(std::move(*entry));
     }
+    // Only now: a fault in a later entry leaves the old script in force.
     m_entries = std::move(entries);
     return true;
 }

@@ -11,7 +11,7 @@ using std::chrono::microseconds;
 
 namespace {
 
-/// A task that stood still for longer does not make up for the frames it missed.
+/// After a longer delay of the task, frames that were due are not sent late in a row.
 constexpr std::chrono::milliseconds kMaximumLateness{100};
 
 }  // namespace
@@ -30,8 +30,9 @@ Transmitter::Transmitter(NotifyTargetTaskIF* task, OnChange change)
 void Transmitter::Press(DeviceNumber device, std::shared_ptr<const CodesetBinary> codeset,
                         const CodesetKey& key, bool toggle, bool once)
 {
-    // The key before was accepted, so its receiver gets a whole press; the diode sends in order.
-    while (m_run && m_run->shone < m_run->renderer.MinimumFrames()) {
+    // The key before was accepted, so its receiver must get all frames of a press. The sinks get
+    // them at once and before the frames of the new key; they send in order.
+    while (m_run && m_run->framesBegun < m_run->renderer.MinimumFrames()) {
         SendNextFrame();
     }
     Finish();
@@ -47,9 +48,10 @@ void Transmitter::End()
     if (!m_run) {
         return;
     }
+    // The record ends the key here, although frames that the press still lacks may follow.
     m_run->once = true;
     SwitchOff();
-    if (m_run->shone >= m_run->renderer.MinimumFrames()) {
+    if (m_run->framesBegun >= m_run->renderer.MinimumFrames()) {
         Finish();
     }
 }
@@ -59,10 +61,10 @@ void Transmitter::Abort()
     Finish();
 }
 
-/// Gives the dark at the end of the frame.
+/// Returns the length of the space at the end of the frame.
 microseconds Transmitter::SendNextFrame()
 {
-    const InfraredFrame frame = m_run->renderer.Frame(m_run->shone++);
+    const InfraredFrame frame = m_run->renderer.Frame(m_run->framesBegun++);
     for (FrameSinkIF* sink : m_sinks) {
         sink->HandleFrame(frame);
     }
@@ -78,12 +80,13 @@ void Transmitter::HandleDue()
     if (now - m_run->due > kMaximumLateness) {
         m_run->due = now;
     }
-    const microseconds dark = SendNextFrame();
-    const bool last = m_run->once && m_run->shone >= m_run->renderer.MinimumFrames();
+    const microseconds lastSpace = SendNextFrame();
+    const bool last = m_run->once && m_run->framesBegun >= m_run->renderer.MinimumFrames();
     if (!last) {
         ArmAt(m_run->due, &Transmitter::HandleDue);
     } else if (m_run->on) {
-        ArmAt(m_run->due - dark, &Transmitter::Finish);
+        // The key ends with its last mark, not with the space behind it.
+        ArmAt(m_run->due - lastSpace, &Transmitter::Finish);
     } else {
         Finish();
     }
@@ -91,6 +94,7 @@ void Transmitter::HandleDue()
 
 void Transmitter::ArmAt(microseconds due, void (Transmitter::*step)())
 {
+    // Rounded up: a frame must not begin before the space of the frame before it has ended.
     m_alarm->Arm(std::chrono::ceil<Orlu::MonotonicMs>(due), [this, step] { (this->*step)(); });
 }
 

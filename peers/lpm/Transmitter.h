@@ -16,13 +16,14 @@
 
 namespace Lpm {
 
-/// The diode: sends one key at a time, frame behind frame, to all who watch. Each frame is handed
-/// over when it begins. Frames are due at sums of microseconds from the press, so a held key does
-/// not drift; nothing is armed while no key is sent. On one task.
+/// Sends one key at a time, frame after frame, to all sinks. A sink gets each frame when the frame
+/// begins. The time of a frame is the time of the press plus the lengths of the frames before it,
+/// in microseconds, so a held key does not drift. No alarm is armed while no key is sent. On one
+/// task.
 class Transmitter {
 public:
-    /// Told when a key begins and when it ends. It ends at the end key, or with the last light of a
-    /// press that is sent once; what a press needs at the least goes out even behind its end.
+    /// Called when a key begins and when it ends. A key ends at the end key, or with the last mark
+    /// of a press that is sent once. The minimum frames of a press are sent even after its end.
     using OnChange = std::function<void(DeviceNumber device, std::uint8_t key, bool on)>;
 
     Transmitter(NotifyTargetTaskIF* task, OnChange change);
@@ -30,15 +31,15 @@ public:
     /// `sink` is not owned.
     void AddSink(FrameSinkIF* sink) { m_sinks.push_back(sink); }
 
-    /// Sends `key` of `codeset`, in place of a key that is being sent. `once`: the frames that a
-    /// press needs, otherwise until `End`.
+    /// Sends `key` of `codeset` and ends the key before. `once`: sends the minimum frames of a
+    /// press; otherwise sends until `End`.
     void Press(DeviceNumber device, std::shared_ptr<const CodesetBinary> codeset,
                const CodesetKey& key, bool toggle, bool once);
 
-    /// The key is let go: no frame behind those that a press needs.
+    /// Ends the key. Only frames that the press still needs follow.
     void End();
 
-    /// No further frame begins.
+    /// Ends the key at once: no further frame begins.
     void Abort();
 
     /// Whether a key of `device` is being sent.
@@ -54,8 +55,8 @@ private:
         std::uint8_t key;
         KeyRenderer renderer;
         bool once = false;
-        bool on = true;                   ///< and not reported as ended
-        unsigned shone = 0;               ///< frames that have begun
+        bool on = true;                   ///< the end is not yet reported
+        unsigned framesBegun = 0;         ///< frames that have begun
         std::chrono::microseconds due{};  ///< on the monotonic clock: when the last of them ends
     };
 

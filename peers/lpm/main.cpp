@@ -30,7 +30,7 @@ int Render(const Lpm::Options& options)
     return std::fflush(stdout) == 0 ? 0 : 1;
 }
 
-/// Runs `work` on the task and waits for its end.
+/// Runs `work` on the task and waits until it has returned.
 void RunOn(NotifyTargetTaskIF* task, const Orlu::Work& work)
 {
     ConditionSemaphore done(0);
@@ -68,7 +68,8 @@ int Serve(const Lpm::Options& options)
     } else {
         std::fprintf(stderr, "LpmService: %s\n", why.c_str());
     }
-    // In one step: what is queued behind it, such as a client just accepted, is dropped.
+    // In one work: after Stop the task drops queued work, such as a client just accepted, which
+    // would use the destroyed service.
     RunOn(task.get(), [&service, &task] {
         service.reset();
         task->Stop();

@@ -17,7 +17,7 @@ std::string StoreFrame(std::string_view device = "1234")
     return fmt::format("{:04x}22{}{}", data.size() / 2 + 3, device, data);
 }
 
-/// A blaster that holds the test's code set as 0x1234.
+/// A blaster with the test's code set as 0x1234.
 class HeldBlaster : public testing::Test {
 protected:
     HeldBlaster() { fixture.Hold(0x1234); }
@@ -88,7 +88,7 @@ TEST_F(HeldBlaster, RefusesEachDamagedStoreAndKeepsWhatItHolds)
     }
 }
 
-TEST(Blaster, HoldsNoMoreThanItsPlacesAndListsWhatFits)
+TEST(Blaster, HoldsAtMostItsMaximumAndListsWhatFits)
 {
     LpmFixture fixture;
     for (unsigned device = 0; device < Blaster::kMaximumCodesets; ++device) {
@@ -132,7 +132,7 @@ TEST_F(HeldBlaster, SendsFramesAtTheirTimes)
     }
 }
 
-TEST_F(HeldBlaster, PutsTheNextKeyInPlaceOfTheOneBefore)
+TEST_F(HeldBlaster, EndsAKeyWithTheNextOne)
 {
     fixture.Execute("000701123408000000");
     fixture.runtime.Advance(10);

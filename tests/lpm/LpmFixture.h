@@ -14,8 +14,8 @@
 #include "orlu/IPCMessageRouter.h"
 #include "support/Effects.h"
 
-/// The code set of the tests, as bytes in hexadecimal. Keys: 1 NEC (a frame each 108 ms), 8 Sony
-/// (three frames of 45 ms at the least), 9 stored light of 10.1 ms a frame.
+/// The code set of the tests, as bytes in hexadecimal. Keys: 1 is NEC (a frame every 108 ms), 8
+/// Sony (at least three frames of 45 ms), 9 a stored signal of 10.1 ms per frame.
 inline std::string TestCodeset()
 {
     const std::vector<Lpm::CodesetGroup> groups = {
@@ -32,7 +32,7 @@ inline std::string TestCodeset()
     return fmt::format("{:02x}", fmt::join(bytes, ""));
 }
 
-/// The service's parts on a virtual clock, between clients in memory and a diode that is watched.
+/// The service's parts on a virtual clock, between clients in memory and a sink for the frames.
 /// Effects: "light 108000" (microseconds of a frame), "ir 0803 1 on", "cec 40 down",
 /// "a reply 80 0100", "b event 83 0100".
 class LpmFixture : public Lpm::FrameSinkIF, public Lpm::CecBusIF {
@@ -69,12 +69,12 @@ public:
     }
 
     /// One line of standard input.
-    void Say(const std::string& line)
+    void SendLine(const std::string& line)
     {
         Run([this, line] { input.HandleLine(line); });
     }
 
-    /// What one frame is answered, in hexadecimal.
+    /// The reply to a frame, both in hexadecimal.
     std::string Execute(std::string_view hexFrame)
     {
         return Lpm::ToHex(blaster.Execute(Lpm::AsBytes(Lpm::FromHex(hexFrame).value()), 1));
@@ -93,14 +93,14 @@ public:
     Lpm::Blaster blaster{
         task.get(), [this](Lpm::DeviceNumber device, std::uint8_t key, bool on) {
             effects.Add(fmt::format("ir {:04x} {} {}", device, key, on ? "on" : "off"));
-            recorder.Light(device, key, on);
+            recorder.Emission(device, key, on);
         }};
     Lpm::CecRemote cec{*this, task.get()};
     Lpm::LpmServer server{task.get(), blaster, script, cec, &recorder};
     Lpm::InputLines input{server, script};
 };
 
-/// A client of the service. What comes back is recorded under its name.
+/// A client of the service. Replies and events are recorded under its name.
 class LpmTestClient {
 public:
     using Packet = LpmServiceMessages::LPMIpcServicePacket;
@@ -141,7 +141,7 @@ public:
         SendPacket(id, PacketOf(message));
     }
 
-    /// A store frame as a transfer, whose length says `length` if that is above 0.
+    /// Sends a store frame as a transfer. `length` replaces its length if it is above 0.
     void Transfer(std::string_view hexFrame, std::uint32_t length = 0, std::uint32_t type = 2)
     {
         LpmServiceMessages::BulkNotifyData_t bulk;
@@ -161,7 +161,7 @@ public:
         SendPacket(LpmServiceMessages::IPC_CEC_KEY, PacketOf(key));
     }
 
-    /// Any packet; a request where the id takes one.
+    /// Sends any packet, as a request if the id expects an answer.
     void SendPacket(std::uint32_t id, const Packet& packet)
     {
         IPCMessageEnvelope envelope;

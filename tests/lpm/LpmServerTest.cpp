@@ -26,7 +26,7 @@ protected:
     LpmTestClient b{fixture, "b"};
 };
 
-TEST_F(LpmServerTest, AnswersTheAskerAndTellsAllOfStores)
+TEST_F(LpmServerTest, AnswersTheClientThatAskedAndNotifiesAllOfStores)
 {
     a.Send(80, "00010b");
     b.Send(84, "0003020803");
@@ -41,7 +41,7 @@ TEST_F(LpmServerTest, AnswersTheAskerAndTellsAllOfStores)
               "+0 a event 83 0106\n");
 }
 
-TEST_F(LpmServerTest, KeepsEachFrameToItsRoad)
+TEST_F(LpmServerTest, AcceptsEachFrameOnlyUnderItsMessageId)
 {
     a.Send(82, "000701080301800000");
     a.Send(82, "000100");
@@ -104,9 +104,9 @@ TEST_F(LpmServerTest, RecordsALineForEachThing)
 )");
 }
 
-TEST_F(LpmServerTest, EndsWhatALostClientLeftRunningAndDropsItsAnswers)
+TEST_F(LpmServerTest, EndsTheKeysOfALostClientAndDropsItsAnswers)
 {
-    fixture.Say(R"({"replies": [{"command": "0x0b", "delayMs": 500},
+    fixture.SendLine(R"({"replies": [{"command": "0x0b", "delayMs": 500},
                               {"command": "0x02", "delayMs": 500}]})");
     a.Send(82, "000701080301000000");
     a.SendCecKey(3, 0);
@@ -140,11 +140,11 @@ TEST_F(LpmServerTest, PressesAndReleasesCecKeys)
     EXPECT_EQ(fixture.effects.Take(), "");
 }
 
-TEST_F(LpmServerTest, SendsToAllWhatStandardInputSays)
+TEST_F(LpmServerTest, SendsTheMessagesOfStandardInputToAll)
 {
-    fixture.Say(R"({"cec": {"addr": 0, "data": [4, 130], "length": 2}})");
-    fixture.Say(R"({"event83": "0100"})");
-    fixture.Say(R"({"event65541": "03000405"})");
+    fixture.SendLine(R"({"cec": {"addr": 0, "data": [4, 130], "length": 2}})");
+    fixture.SendLine(R"({"event83": "0100"})");
+    fixture.SendLine(R"({"event65541": "03000405"})");
     std::string expected;
     for (const char* what :
          {"160 addr: 0 data: 4 data: 130 length: 2", "83 0100", "65541 type 11 03000405"}) {
@@ -155,12 +155,12 @@ TEST_F(LpmServerTest, SendsToAllWhatStandardInputSays)
          {"", "7", R"({"event84": ""})", R"({"event83": 1})", R"({"event83": "0"})",
           R"({"cec": []})", R"({"cec": {"adr": 0}})", R"({"cec": {"data": [256]}})",
           R"({"event83": "01", "replies": [1]})"}) {
-        fixture.Say(line);
+        fixture.SendLine(line);
         EXPECT_EQ(fixture.effects.Take(), "") << line;
     }
 }
 
-TEST(DeviceRoomServer, TellsItsStateToWhoeverAsksAndEachLineToAll)
+TEST(DeviceRoomServer, AnswersRequestsForItsStateAndSendsEachLineToAll)
 {
     VirtualRuntime runtime;
     const auto task = IL::CreateTask("devices", "");

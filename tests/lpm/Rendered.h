@@ -13,8 +13,8 @@ namespace Lpm {
 
 using Durations = std::vector<std::uint32_t>;
 
-/// What the blaster sends for a key: a press, then `held` for as long as the key is. LIRC's
-/// decoders judge it in its own tests, so it may judge the devices.
+/// What the blaster sends for a key: a press, then `held` while the key is held. LircTest checks
+/// the encoder with LIRC's decoders, so its frames can check the devices' decoders.
 struct Rendered {
     Rendered(std::string_view protocol, std::uint32_t scancode, bool toggle = false)
         : Rendered(CodesetGroup{.protocol = FindProtocol(protocol)->id}, scancode, toggle)

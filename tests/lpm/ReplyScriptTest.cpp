@@ -36,12 +36,12 @@ TEST(ReplyScript, RefusesWhatIsNoScriptAndKeepsTheOneBefore)
     EXPECT_EQ(script.Take(0x22).status, 7);
 }
 
-TEST(ReplyScript, BendsAnswersWhileItsTimesLast)
+TEST(ReplyScript, ChangesAnswersUntilItsTimesAreUsedUp)
 {
     LpmFixture fixture;
     fixture.Hold(0x0803);
     LpmTestClient client(fixture, "a");
-    fixture.Say(R"({"replies": [
+    fixture.SendLine(R"({"replies": [
         {"command": "0x01", "status": 7, "times": 1},
         {"command": "0x0b", "delayMs": 20, "times": 1},
         {"command": "0x0b", "silent": true, "times": 1},
@@ -70,7 +70,7 @@ TEST(ReplyScript, BendsAnswersWhileItsTimesLast)
               "+200 a reply 80 020000\n");
 }
 
-TEST(ReplyScript, BendsBothAnswersToAStore)
+TEST(ReplyScript, ChangesBothAnswersToAStore)
 {
     const struct {
         const char* reply;
@@ -89,7 +89,7 @@ TEST(ReplyScript, BendsBothAnswersToAStore)
     for (const auto& row : rows) {
         SCOPED_TRACE(row.reply);
         fixture.Execute("00020901");
-        fixture.Say(fmt::format(R"({{"replies": [{{"command": "0x22", {}}}]}})", row.reply));
+        fixture.SendLine(fmt::format(R"({{"replies": [{{"command": "0x22", {}}}]}})", row.reply));
         fixture.effects.Take();
         client.Transfer(frame);
         fixture.runtime.Advance(100);

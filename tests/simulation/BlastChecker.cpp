@@ -14,7 +14,7 @@ namespace {
 constexpr double kWindowMs = 10'000;
 constexpr std::string_view kKeyCommand = "01";
 
-/// What stands behind `name` up to `end`; empty if the name does not occur.
+/// The text between `name` and `end`; empty if the name does not occur.
 std::string_view Member(std::string_view line, std::string_view name, char end)
 {
     const auto at = line.find(name);
@@ -55,8 +55,8 @@ void BlastChecker::SwitchOn(double now, std::string_view device)
     m_on = true;
     m_since = now;
     m_device = device;
-    if (m_nextBurst && !IsPermitted() && !m_deaf) {
-        m_seen.shortestPause = std::min(m_seen.shortestPause, now - m_darkSince);
+    if (m_nextBurst && !IsPermitted() && !m_isStalled) {
+        m_seen.shortestPause = std::min(m_seen.shortestPause, now - m_offSince);
     }
 }
 
@@ -66,9 +66,9 @@ void BlastChecker::SwitchOff(double now)
         return;
     }
     m_on = false;
-    m_darkSince = now;
-    m_seen.litMs += now - m_since;
-    if (!m_held || IsPermitted() || m_deaf) {
+    m_offSince = now;
+    m_seen.onMs += now - m_since;
+    if (!m_held || IsPermitted() || m_isStalled) {
         return;
     }
     ++m_seen.bursts;
@@ -101,12 +101,12 @@ void BlastChecker::CheckAt(double now)
     }
 }
 
-void BlastChecker::Disregard(bool deaf)
+void BlastChecker::Disregard(bool stalled)
 {
-    m_deaf = deaf;
+    m_isStalled = stalled;
     m_bursts.clear();
-    if (!deaf) {
-        m_on = false;  // what began meanwhile is not judged either
+    if (!stalled) {
+        m_on = false;  // an emission that began while stalled is not checked
     }
 }
 

@@ -12,8 +12,10 @@ namespace Simulation {
 namespace {
 
 constexpr const char* kCodeset = "T2051";
-constexpr double kLongestMs = 130;        // the maximum blast time and one tick
-constexpr double kShortestPauseMs = 150;  // the key delay, less what one hand's messages pass for
+/// The maximum blast time and one tick.
+constexpr double kLongestMs = 130;
+/// The key delay, less the time for which messages of one hand count as ticks.
+constexpr double kShortestPauseMs = 150;
 constexpr double kMostDuty = 0.45;
 constexpr std::uint32_t kRestMs = 1500;
 
@@ -26,9 +28,9 @@ TemporaryRoot& WithManufacturingData(TemporaryRoot& root)
 
 }  // namespace
 
-KeyRun::KeyRun(std::uint64_t seed, Hand hand)
+KeyRun::KeyRun(std::uint64_t seed, Presser presser)
     : m_random(seed),
-      m_hand(hand),
+      m_presser(presser),
       m_checker(kLongestMs),
       m_keys(&m_proxy, (WithManufacturingData(m_root), m_codesets), m_task.get())
 {
@@ -60,7 +62,7 @@ std::string KeyRun::Play()
 {
     for (auto count = 4 + Draw(20); count > 0 && m_checker.Fault().empty(); --count) {
         ++m_acts;
-        m_hand == Hand::kCalm ? PressAsOneHand() : ActAtRandom();
+        m_presser == Presser::kOneHand ? PressAsOneHand() : ActAtRandom();
     }
     Rest();
     if (!m_checker.Fault().empty()) {
@@ -70,10 +72,10 @@ std::string KeyRun::Play()
         return "all is released, and the light is on";
     }
     const auto& seen = m_checker.Seen();
-    if (m_hand == Hand::kCalm && seen.shortestPause < kShortestPauseMs) {
+    if (m_presser == Presser::kOneHand && seen.shortestPause < kShortestPauseMs) {
         return fmt::format("a pause of {} ms", seen.shortestPause);
     }
-    if (m_hand == Hand::kCalm && seen.worstDuty > kMostDuty) {
+    if (m_presser == Presser::kOneHand && seen.worstDuty > kMostDuty) {
         return fmt::format("on for {} of ten seconds", seen.worstDuty);
     }
     return {};
@@ -132,7 +134,7 @@ void KeyRun::ActAtRandom()
     Wait(Draw(kGaps[Draw(5)]));
 }
 
-/// A digit mostly; power is never held, and one key in sixteen has no code.
+/// Mostly a digit. Power is never held, and volume, one key in sixteen, has no code.
 std::uint32_t KeyRun::DrawKey()
 {
     switch (Draw(16)) {
@@ -212,7 +214,7 @@ void KeyRun::ChangePermission()
 void KeyRun::DelayAnswers(std::uint32_t ms)
 {
     m_lpm.Follow(
-        ms == 0 && m_hand == Hand::kWild
+        ms == 0 && m_presser == Presser::kRandom
             ? R"({"replies": [{"command": "0x00", "times": 2, "silent": true}]})"
             : fmt::format(R"({{"replies": [{{"command": "0x00", "times": 5, "delayMs": {}}}]}})",
                           ms));

@@ -16,32 +16,32 @@
 
 namespace Simulation {
 
-/// Who presses the keys.
-enum class Hand {
-    kCalm,  ///< One hand: a press, its release, the next press, each at least 20 ms later.
-    kWild,  ///< Presses, releases and single presses in any order, floods, lost and late answers, a
-            ///< server task that stands still, an LpmService that goes, permissions that change.
+/// How keys are pressed.
+enum class Presser {
+    kOneHand,  ///< A press, its release, the next press, each at least 20 ms later.
+    kRandom,  ///< Presses, releases and single presses in any order, floods, lost and late answers,
+              ///< a blocked server task, an LpmService that goes, permissions that change.
 };
 
-/// The key handler over the real proxy and the real LpmService under virtual time, through
-/// schedules of a few seconds drawn from a seed, and the judge of the light. Each schedule ends
-/// with a release and with time to come to rest, after which the light must be dark.
+/// Runs the key handler with the real proxy and the real LpmService under virtual time, through
+/// schedules of a few seconds drawn from a seed, and checks the emissions. Each schedule ends with
+/// a release and a pause, after which nothing may be sent.
 class KeyRun : private TrellanService::CodesetServerIF, private TrellanService::UEIResponsesIF {
 public:
-    KeyRun(std::uint64_t seed, Hand hand);
+    KeyRun(std::uint64_t seed, Presser presser);
     ~KeyRun() override;
     KeyRun(const KeyRun&) = delete;
     KeyRun& operator=(const KeyRun&) = delete;
 
-    /// Plays one schedule. Gives the rule that it broke; empty: none.
+    /// Runs one schedule. Returns the rule that was broken; empty if none was.
     std::string Play();
 
     const BlastChecker::Figures& Seen() const { return m_checker.Seen(); }
-    /// For how long the light was on, by whatever key.
-    double LitMs() const { return m_checker.Seen().litMs + m_checker.OnFor(Now()); }
+    /// How long any key was sent, in milliseconds.
+    double OnMs() const { return m_checker.Seen().onMs + m_checker.OnFor(Now()); }
     std::uint64_t Acts() const { return m_acts; }
 
-    // One by one.
+    // Single actions.
     void Press(std::uint32_t key);
     void PressOnce(std::uint32_t key);
     void Release();
@@ -70,7 +70,7 @@ private:
     double Now() const;
 
     std::mt19937_64 m_random;
-    const Hand m_hand;
+    const Presser m_presser;
     TemporaryRoot m_root;
     VirtualRuntime m_runtime;
     BlastChecker m_checker;

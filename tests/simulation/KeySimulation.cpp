@@ -24,10 +24,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 using Simulation::BlastChecker;
-using Simulation::Hand;
 using Simulation::KeyRun;
+using Simulation::Presser;
 
-/// How many schedules a run plays, one after the other, before the next seed begins anew.
+/// Schedules of one seed, which run one after the other on the same handler.
 constexpr std::uint64_t kSchedulesOfARun = 500;
 
 struct Options {
@@ -56,21 +56,21 @@ struct Tally {
         seen.worstDuty = std::max(seen.worstDuty, figures.worstDuty);
     }
 
-    void Print(const char* hand) const
+    void Print(const char* presser) const
     {
         std::printf("%s",
                     fmt::format("{}: {} schedules, {} acts, {} bursts: longest {} ms, shortest "
                                 "pause {} ms, on for at most {:.1f} % of ten seconds\n",
-                                hand, schedules, acts, seen.bursts, seen.longestOn,
+                                presser, schedules, acts, seen.bursts, seen.longestOn,
                                 seen.shortestPause, seen.worstDuty * 100)
                         .c_str());
     }
 };
 
 /// False if a schedule broke a rule.
-bool Run(std::uint64_t seed, Hand hand, bool plant, Tally& tally)
+bool Run(std::uint64_t seed, Presser presser, bool plant, Tally& tally)
 {
-    KeyRun run(seed, hand);
+    KeyRun run(seed, presser);
     if (plant) {
         run.Keys().SetKeyDelay(200, 140);
     }
@@ -78,7 +78,7 @@ bool Run(std::uint64_t seed, Hand hand, bool plant, Tally& tally)
         if (const auto broken = run.Play(); !broken.empty()) {
             std::printf("seed %llu, schedule %llu of a %s hand: %s\n",
                         static_cast<unsigned long long>(seed), static_cast<unsigned long long>(i),
-                        hand == Hand::kCalm ? "calm" : "wild", broken.c_str());
+                        presser == Presser::kOneHand ? "calm" : "wild", broken.c_str());
             return false;
         }
         ++tally.schedules;
@@ -133,7 +133,7 @@ void HoldUnbounded(KeyRun& run)
     Hold(run);
 }
 
-/// What the rules allow a user, a client or an engineer; none of it is a fault of the service.
+/// Prints how long keys are on where the rules allow it; none of it is a fault of the service.
 void PrintAllowed()
 {
     static constexpr struct {
@@ -148,10 +148,10 @@ void PrintAllowed()
         {"a key is held, maximum blast time 4294967295", &HoldUnbounded},
     };
     for (const auto& [what, play] : kRows) {
-        KeyRun run(1, Hand::kWild);
+        KeyRun run(1, Presser::kRandom);
         play(run);
-        const double lit = run.LitMs();
-        std::printf("%s: on for %.0f of %u ms\n", what, lit, kTenSeconds);
+        const double onMs = run.OnMs();
+        std::printf("%s: on for %.0f of %u ms\n", what, onMs, kTenSeconds);
     }
 }
 
@@ -162,12 +162,13 @@ std::uint64_t ResidentKiB()
     return pages * static_cast<std::uint64_t>(::getpagesize()) / 1024;
 }
 
-/// An hour of a key pressed again and again: what a press costs must not depend on how many came.
+/// Presses a key for an hour at several rates: the cost of a press must not depend on the number of
+/// presses before it.
 void PrintRates()
 {
     constexpr std::uint32_t kHour = 3'600'000;
     for (const std::uint32_t rate : {1U, 2U, 5U, 10U, 20U, 50U}) {
-        KeyRun run(1, Hand::kWild);
+        KeyRun run(1, Presser::kRandom);
         const std::uint64_t memory = ResidentKiB();
         const auto start = std::clock();
         for (std::uint32_t ms = 0; ms < kHour; ms += 1000 / rate) {
@@ -178,7 +179,7 @@ void PrintRates()
         const std::uint32_t presses = kHour / 1000 * rate;
         std::printf("%s", fmt::format("{} a second: {} presses, on for {:.1f} % of the "
                                       "hour, {:.2f} us a press, {} KiB more memory\n",
-                                      rate, presses, run.LitMs() / kHour * 100, micros / presses,
+                                      rate, presses, run.OnMs() / kHour * 100, micros / presses,
                                       ResidentKiB() - memory)
                               .c_str());
     }
@@ -196,24 +197,25 @@ int Simulate(const Options& options)
         PrintRates();
         return EXIT_SUCCESS;
     }
-    Tally calm;
-    Tally wild;
+    Tally oneHand;
+    Tally random;
     if (options.plant) {
-        const bool found = !Run(options.first, Hand::kCalm, true, calm) &&
-                           !Run(options.first, Hand::kWild, true, wild);
+        const bool found = !Run(options.first, Presser::kOneHand, true, oneHand) &&
+                           !Run(options.first, Presser::kRandom, true, random);
         return found ? EXIT_SUCCESS : EXIT_FAILURE;
     }
     const auto end = Clock::now() + std::chrono::duration<double>(options.seconds);
     for (auto seed = options.first;
          options.seconds > 0 ? Clock::now() < end : seed < options.first + options.runs; ++seed) {
-        // One calm schedule to nine wild ones.
-        const bool isCalm = seed % 10 == 1;
-        if (!Run(seed, isCalm ? Hand::kCalm : Hand::kWild, false, isCalm ? calm : wild)) {
+        // One seed in ten presses as one hand.
+        const bool isOneHand = seed % 10 == 1;
+        if (!Run(seed, isOneHand ? Presser::kOneHand : Presser::kRandom, false,
+                 isOneHand ? oneHand : random)) {
             return EXIT_FAILURE;
         }
     }
-    calm.Print("calm");
-    wild.Print("wild");
+    oneHand.Print("calm");
+    random.Print("wild");
     return EXIT_SUCCESS;
 }
 

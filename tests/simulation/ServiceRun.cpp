@@ -29,11 +29,11 @@ constexpr const char* kConfig = "/opt/Orlu/etc/UEI/WRLD_linux.conf";
 
 /// The maximum blast time and one tick.
 constexpr double kLongestMs = 130;
-/// After it nobody tests code sets any more.
+/// By then a guided test has ended for inactivity.
 constexpr std::uint32_t kGuidedTestMs = 300'000;
 constexpr std::uint32_t kRestMs = 60'000;
 constexpr std::size_t kMemoryBytes = 16UL << 20;
-constexpr std::uint64_t kActsBetweenWeighings = 256;
+constexpr std::uint64_t kActsBetweenMemoryChecks = 256;
 
 std::size_t MemoryInUse()
 {
@@ -78,7 +78,7 @@ void ServiceRun::StartService()
     m_service = std::make_unique<TrellanService::CompositionRoot>();
     m_service->Manager().CreateAllTasks();
     m_service->Manager().StartAllTasks();
-    KnowProduct();
+    PutProductValues();
     if (m_plant == Plant::kLongBursts) {
         OnServer([this] { m_service->KeyHandler().SetKeyDelay(200, 400); });
     }
@@ -87,7 +87,7 @@ void ServiceRun::StartService()
 void ServiceRun::RestartService()
 {
     if (m_cloud.IsPosting()) {
-        return;  // the task that would have to end is in the middle of a post
+        return;  // the server can't stop while its task is in a post
     }
     ++m_counts.restarts;
     m_lpm.NoteTrouble();
@@ -103,7 +103,7 @@ void ServiceRun::OnServer(Orlu::Work work)
     IL::BreakThread(std::move(work), &m_service->Server());
 }
 
-void ServiceRun::KnowProduct()
+void ServiceRun::PutProductValues()
 {
     m_api->Put("/payload/cfg", std::string(R"({"stagingDirectory":")") + kStaging + "\"}");
     m_api->Put("/payload/publish", R"({"url":"http://here/1","deadline":"soon"})");
@@ -111,7 +111,7 @@ void ServiceRun::KnowProduct()
     m_api->Put("/network/status", R"({"isPrimaryUp":true})");
 }
 
-std::string ServiceRun::Live(std::uint32_t minutes)
+std::string ServiceRun::Run(std::uint32_t minutes)
 {
     m_nextAct = m_driver->Queue()->CreateAlarm();
     ArmNextAct();
@@ -119,7 +119,7 @@ std::string ServiceRun::Live(std::uint32_t minutes)
         m_runtime.Advance(60'000);
     }
     if (m_broken.empty()) {
-        Heal();
+        EndDisturbances();
         RequireRest();
     }
     if (m_broken.empty()) {
@@ -128,7 +128,7 @@ std::string ServiceRun::Live(std::uint32_t minutes)
     Check();
     m_counts.posts = m_cloud.Posts();
     m_counts.answers += m_client->Answered();
-    m_counts.flashes = m_lpm.Flashes();
+    m_counts.emissions = m_lpm.Emissions();
     return m_broken;
 }
 
@@ -154,7 +154,7 @@ void ServiceRun::Check()
     }
     CheckApi();
     CheckStore();
-    if (m_counts.acts % kActsBetweenWeighings == 0 && MemoryInUse() > m_memory + kMemoryBytes) {
+    if (m_counts.acts % kActsBetweenMemoryChecks == 0 && MemoryInUse() > m_memory + kMemoryBytes) {
         Break(fmt::format("{} bytes in use, {} at the start", MemoryInUse(), m_memory));
     }
 }
@@ -194,7 +194,7 @@ void ServiceRun::CheckStore()
 void ServiceRun::OnSync(bool ended)
 {
     NoteTrace(ended ? 1 : 2);
-    // A list that brings nothing new is told as an end too.
+    // A list without a new code set gives the event of the end alone.
     const bool hasRun = std::exchange(m_syncing, !ended);
     if (!ended) {
         m_lpm.ForgiveTroubles();
@@ -219,9 +219,9 @@ void ServiceRun::OnSync(bool ended)
     }
 }
 
-void ServiceRun::Heal()
+void ServiceRun::EndDisturbances()
 {
-    m_wild = false;
+    m_isDisturbed = false;
     m_cloud.Become(SimulatedCloud::Condition::kFair);
     m_lpm.Return();
     m_lpm.Stall(false);
@@ -229,7 +229,7 @@ void ServiceRun::Heal()
     m_lpm.Follow(R"({"replies": []})");
     m_files.FailNone();
     m_api->Release();
-    KnowProduct();
+    PutProductValues();
     ReportNetwork(true);
     m_client->Disconnect();
     m_runtime.RunUntilIdle();
@@ -254,13 +254,13 @@ void ServiceRun::RequireRest()
     for (const auto* name : {"T2051", "S0456", "N0061"}) {
         sources.add_cicode(name);
     }
-    // One code set at least is new to it, so that a sync must bring it.
+    // At least one code set is new to the service, so that a sync must load it.
     sources.add_cicode(codesets.FindCodeset("T0492") == codesets.GetCodesets().end() ? "T0492"
                                                                                      : "Y0340");
     m_client->Send(TrellanService_MESSAGE_ID_SRC_CICODES, sources);
     m_runtime.Advance(kRestMs);
     if (codesets.GetSendKeyState() != SendKeyReady) {
-        // A sync that has failed waits for the cloud to come up anew.
+        // A sync that has failed is repeated when the cloud connects again.
         ReportNetwork(false);
         ReportNetwork(true);
         m_runtime.Advance(kRestMs);
@@ -276,7 +276,7 @@ void ServiceRun::RequireAnswers()
 {
     const auto answered = m_client->Answered();
     const auto open = m_client->Unanswered();
-    const auto flashes = m_lpm.Flashes();
+    const auto emissions = m_lpm.Emissions();
     OrluKeyReqMessage_t key;
     key.set_keyval(140);
     key.set_codeset("T2051");
@@ -305,7 +305,7 @@ void ServiceRun::RequireAnswers()
     if (m_apiAnswers != apiAnswers + 1) {
         Break("all are well, and the local API has no answer");
     }
-    if (m_lpm.Flashes() == flashes) {
+    if (m_lpm.Emissions() == emissions) {
         Break("all are well, and a key gives no light");
     }
 }

@@ -20,22 +20,22 @@
 
 namespace Simulation {
 
-/// What is broken on purpose, so that its rule must speak up.
+/// A fault that is put in on purpose and that its rule must find.
 enum class Plant { kNone, kLongBursts, kForgottenCodeset, kTornStore };
 
-/// One life of the whole service under virtual time, drawn from a seed: first hours in which its
-/// client, LpmService, cloud, local API, files and user do what they like, and the service itself
-/// may be started anew; then all are well, and the system must come to rest. The same seed does the
-/// same each time.
+/// One run of the whole service under virtual time, drawn from a seed. First its client,
+/// LpmService, cloud, local API, files and user act at random for the given minutes, and the
+/// service itself may be restarted. Then all disturbances end, and the system must become ready
+/// again. A seed gives the same run each time.
 ///
 /// After each step:
 ///  - a held key that must pause is on for the maximum blast time and a tick at most, and not at
 ///    all while the service waits for its cloud;
-///  - no request was answered twice, and nothing was answered that nobody asked;
-///  - where the client has been told that a sync ended, the blaster holds the service's code sets;
-///  - the store can be read and is whole;
+///  - no request was answered twice, and no answer lacks its request;
+///  - once the client has the event that a sync ended, the blaster holds the service's code sets;
+///  - the store can be read and is complete;
 ///  - memory stays bounded.
-/// At the end a source list leads to keys that light the diode, and each request is answered once.
+/// At the end a source list makes keys reach the blaster, and each request is answered once.
 class ServiceRun {
 public:
     explicit ServiceRun(std::uint64_t seed, Plant plant = Plant::kNone);
@@ -43,21 +43,21 @@ public:
     ServiceRun(const ServiceRun&) = delete;
     ServiceRun& operator=(const ServiceRun&) = delete;
 
-    /// The rule that was broken and when; empty: none.
-    std::string Live(std::uint32_t minutes);
+    /// The rule that was broken, and when; empty if none was.
+    std::string Run(std::uint32_t minutes);
 
     struct Counts {
         std::uint64_t acts = 0;
         std::uint64_t posts = 0;
         std::uint64_t answers = 0;
         std::uint64_t syncs = 0;
-        std::uint64_t flashes = 0;
+        std::uint64_t emissions = 0;
         std::uint64_t restarts = 0;
-        bool readyByItself = false;  ///< at the end, before a source list came
+        bool readyByItself = false;  ///< ready at the end, before the source list
     };
     const Counts& Count() const { return m_counts; }
 
-    /// A number that stands for all that happened.
+    /// A hash of all that happened, to compare two runs of a seed.
     std::uint64_t Trace() const { return m_trace; }
 
 private:
@@ -75,7 +75,7 @@ private:
     void CheckApi();
     void OnSync(bool ended);
     void Break(const std::string& rule);
-    void Heal();
+    void EndDisturbances();
     void RequireRest();
     void RequireAnswers();
 
@@ -83,10 +83,10 @@ private:
     void RestartService();
     void OnServer(Orlu::Work work);
     void AskApi(Portico::Method method, const std::string& path, const std::string& body);
-    void KnowProduct();
+    void PutProductValues();
     void ReportNetwork(bool isUp);
 
-    // What may happen, each with its own share of chance.
+    // The random acts, each with a weight of its own.
     void PressKey();
     void FloodKeys();
     void SendSources();
@@ -119,7 +119,7 @@ private:
     std::optional<SimulatedClient> m_client;
     std::shared_ptr<NotifyTargetTaskIF> m_driver = IL::CreateTask("driver", "");
     std::unique_ptr<Orlu::AlarmIF> m_nextAct;
-    bool m_wild = true;
+    bool m_isDisturbed = true;
     bool m_syncing = false;
     const std::size_t m_memory;
     std::uint64_t m_asked = 0;

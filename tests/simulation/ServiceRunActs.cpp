@@ -13,7 +13,7 @@ namespace Simulation {
 
 using namespace TrellanServiceMessages;  // NOLINT(google-build-using-namespace)
 
-/// What may happen, and how often beside the others.
+/// An act and its weight: how often it is drawn in relation to the others.
 struct ServiceRun::Row {
     unsigned weight;
     Act act;
@@ -45,7 +45,7 @@ void ServiceRun::ArmNextAct()
 
 void ServiceRun::ActOnce()
 {
-    if (!m_wild || !m_broken.empty()) {
+    if (!m_isDisturbed || !m_broken.empty()) {
         return;
     }
     static const unsigned total = [] {
@@ -73,7 +73,7 @@ void ServiceRun::ActOnce()
 
 std::string ServiceRun::DrawCodeset()
 {
-    // Mostly the first ones, so that keys meet code sets that are there.
+    // Mostly one of the first, so that keys are often of code sets that the service has.
     return kCodesets[std::min(Draw(kCodesets.size()), Draw(kCodesets.size()))];
 }
 
@@ -156,7 +156,7 @@ void ServiceRun::SendGarbage()
 
 void ServiceRun::LoseClient()
 {
-    m_lpm.NoteTrouble();  // it may miss that a sync has begun
+    m_lpm.NoteTrouble();  // the client may miss the event that a sync began
     if (Draw(2) == 0) {
         m_client->Disconnect();
     }
@@ -210,7 +210,7 @@ void ServiceRun::ChangeApi()
             m_api->Remove(kPaths[Draw(kPaths.size())]);
             break;
         default:
-            KnowProduct();
+            PutProductValues();
     }
 }
 

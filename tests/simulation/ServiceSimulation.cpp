@@ -41,11 +41,11 @@ class Tally {
 public:
     explicit Tally(const Options& options) : m_options(options), m_begin(Clock::now()) {}
 
-    /// False if the seed broke a rule or did not do the same again.
+    /// False if the run of the seed broke a rule.
     bool Run(std::uint64_t seed)
     {
         Simulation::ServiceRun run(seed);
-        const std::string broken = run.Live(m_options.minutes);
+        const std::string broken = run.Run(m_options.minutes);
         if (!broken.empty()) {
             return Tell(seed, broken);
         }
@@ -56,7 +56,7 @@ public:
         m_sum.posts += counts.posts;
         m_sum.answers += counts.answers;
         m_sum.syncs += counts.syncs;
-        m_sum.flashes += counts.flashes;
+        m_sum.emissions += counts.emissions;
         m_sum.restarts += counts.restarts;
         m_trace = run.Trace();
         return true;
@@ -80,13 +80,13 @@ public:
     void Print() const
     {
         const double hours = static_cast<double>(m_runs * m_options.minutes) / 60;
-        std::printf("%s",
-                    fmt::format("{} runs, {:.0f} hours, {:.0f} a minute: {} acts, {} posts, {} "
-                                "answers, {} syncs, {} lights, {} restarts; ready by itself at the "
-                                "end {}\n",
-                                m_runs, hours, hours / Elapsed() * 60, m_sum.acts, m_sum.posts,
-                                m_sum.answers, m_sum.syncs, m_sum.flashes, m_sum.restarts, m_ready)
-                        .c_str());
+        std::printf(
+            "%s", fmt::format("{} runs, {:.0f} hours, {:.0f} a minute: {} acts, {} posts, {} "
+                              "answers, {} syncs, {} lights, {} restarts; ready by itself at the "
+                              "end {}\n",
+                              m_runs, hours, hours / Elapsed() * 60, m_sum.acts, m_sum.posts,
+                              m_sum.answers, m_sum.syncs, m_sum.emissions, m_sum.restarts, m_ready)
+                      .c_str());
     }
 
 private:
@@ -109,7 +109,7 @@ private:
     Simulation::ServiceRun::Counts m_sum;
 };
 
-/// Whether each rule notices what is planted for it, within so many seeds.
+/// Whether each rule finds the fault planted for it, within the given number of seeds.
 bool FindPlants(const Options& options)
 {
     using Simulation::Plant;
@@ -120,7 +120,7 @@ bool FindPlants(const Options& options)
         std::string broken;
         auto seed = options.first;
         for (; broken.empty() && seed < options.first + options.seeds; ++seed) {
-            broken = Simulation::ServiceRun(seed, plant).Live(options.minutes);
+            broken = Simulation::ServiceRun(seed, plant).Run(options.minutes);
         }
         std::printf(
             "%s: %s\n", name,

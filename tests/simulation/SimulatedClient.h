@@ -17,7 +17,7 @@ namespace Simulation {
 /// A product controller that counts the answers to each of its requests. On a task of its own.
 class SimulatedClient {
 public:
-    /// Called with what a blaster sync event says.
+    /// Called with each blaster sync event: whether the sync has ended.
     using OnSync = std::function<void(bool ended)>;
 
     explicit SimulatedClient(OnSync sync);
@@ -33,11 +33,11 @@ public:
     void Request(std::uint32_t id, const google::protobuf::Message& message);
     void SendBytes(const std::string& bytes);
 
-    /// Requests on this connection that were not answered; and those that were answered once.
+    /// Requests of this connection without an answer; requests of all connections with one answer.
     std::size_t Unanswered() const { return m_open.size(); }
     std::uint64_t Answered() const { return m_answered; }
 
-    /// An answer to no request, or a second one; empty: none.
+    /// An answer without a request, or a second answer; empty if there was none.
     const std::string& Fault() const { return m_fault; }
 
 private:

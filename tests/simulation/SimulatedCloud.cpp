@@ -17,7 +17,7 @@ constexpr std::uint32_t kConnectMs = 15'000;
 
 enum Reason : int { kUnreachable = 7, kStatus = 17, kTimedOut = 20 };
 
-/// One for the process: opening it is most of a run.
+/// One for the process: opening it takes most of the time of a run.
 Cloud::Catalogue& TheCatalogue()
 {
     static const auto catalogue = Cloud::OpenOwn();

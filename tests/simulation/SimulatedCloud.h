@@ -13,14 +13,13 @@
 
 namespace Simulation {
 
-/// The real cloud over the small catalogue, reached without a network: it stands in libcurl's
-/// place. A post blocks the task that makes it for as long as the condition says, while all others
-/// run.
+/// The real cloud with the small catalogue, without a network: it replaces the posts through
+/// libcurl. A post blocks its task for as long as the condition says, while all other tasks run.
 class SimulatedCloud {
 public:
     enum class Condition { kFair, kDown, kSlow, kFailing, kGarbled };
 
-    /// Builds the catalogue, from the files of this machine: before any root folder is set.
+    /// Builds the catalogue from files of this machine. To be called before a root folder is set.
     static void BuildCatalogue();
 
     SimulatedCloud(VirtualRuntime& runtime, std::mt19937_64& random);
@@ -32,7 +31,7 @@ public:
     bool IsPosting() const { return m_posting; }
     std::uint64_t Posts() const { return m_posts; }
 
-    /// Called when a request has gone out and the task stands still.
+    /// Called when a request has been sent and its task is blocked.
     std::function<void()> onStandstill;
 
     static SimulatedCloud* Current() { return s_current; }

@@ -8,9 +8,9 @@
 
 namespace Simulation {
 
-SimulatedLpm::SimulatedLpm(VirtualRuntime& runtime, BlastChecker& judge)
+SimulatedLpm::SimulatedLpm(VirtualRuntime& runtime, BlastChecker& checker)
     : m_runtime(runtime),
-      m_checker(judge),
+      m_checker(checker),
       m_recorder([&runtime] { return std::chrono::microseconds(runtime.Now()); },
                  [this](std::string_view line) {
                      m_checker.ReadLine(line);
@@ -33,8 +33,8 @@ void SimulatedLpm::Return()
     m_task = IL::CreateTask("LpmService", "");
     m_blaster = std::make_unique<Lpm::Blaster>(
         m_task.get(), [this](Lpm::DeviceNumber device, std::uint8_t key, bool on) {
-            m_flashes += on ? 1 : 0;
-            m_recorder.Light(device, key, on);
+            m_emissions += on ? 1 : 0;
+            m_recorder.Emission(device, key, on);
         });
     Lpm::CecBusIF& bus = *this;
     m_cec = std::make_unique<Lpm::CecRemote>(bus, m_task.get());

@@ -11,39 +11,40 @@
 
 namespace Simulation {
 
-/// The real LpmService with its blaster, on a task of its own, and the judge who reads its record.
+/// The real LpmService with its blaster, on a task of its own; the checker reads its record.
 class SimulatedLpm : private Lpm::CecBusIF {
 public:
-    SimulatedLpm(VirtualRuntime& runtime, BlastChecker& judge);
+    SimulatedLpm(VirtualRuntime& runtime, BlastChecker& checker);
     ~SimulatedLpm() override;
     SimulatedLpm(const SimulatedLpm&) = delete;
     SimulatedLpm& operator=(const SimulatedLpm&) = delete;
 
-    /// Gone as a killed process, with all that the blaster held; and there again.
+    /// Leave ends as a killed process does, and the blaster loses its code sets. Return starts
+    /// anew.
     void Leave();
     void Return();
     bool IsThere() const { return m_server != nullptr; }
 
-    /// Has the blaster hold the code sets of a folder.
+    /// Loads the code sets of a folder into the blaster.
     void LoadCodesets(const std::string& folder);
 
-    /// Reads nothing, as a process that hangs.
+    /// `stalled`: reads nothing, as a process that hangs.
     void Stall(bool stalled);
-    /// Every link breaks after some bytes more.
+    /// Every connection breaks after `bytes` more bytes.
     void CutLinksAfter(std::size_t bytes);
-    /// From now on the blaster answers as this script says.
+    /// Replaces the blaster's reply script.
     void Follow(const std::string& script);
-    /// Forgets a code set without a word, as no blaster may.
+    /// Deletes a code set without a reply to any client: a planted fault.
     void Forget(Lpm::DeviceNumber device);
 
-    /// Whether it has been well since the last call of `ForgiveTroubles`.
+    /// Whether there was any disturbance since the last call of `ForgiveTroubles`.
     bool IsTroubled() const { return m_troubled; }
     void NoteTrouble() { m_troubled = true; }
     void ForgiveTroubles() { m_troubled = m_stalled || m_scripted || !IsThere(); }
 
     bool Holds(Lpm::DeviceNumber device);
-    /// Times that the light went on.
-    unsigned Flashes() const { return m_flashes; }
+    /// Number of keys that began to be sent.
+    unsigned Emissions() const { return m_emissions; }
 
 private:
     void SendUserControl(std::uint8_t, bool) override {}
@@ -60,7 +61,7 @@ private:
     bool m_stalled = false;
     bool m_scripted = false;
     bool m_troubled = false;
-    unsigned m_flashes = 0;
+    unsigned m_emissions = 0;
 };
 
 }  // namespace Simulation

@@ -28,7 +28,7 @@ std::string CheckMembers(const Json::Value& object, std::initializer_list<std::s
     return "";
 }
 
-/// 0 for a name that is no key's.
+/// 0 for a name without a key.
 std::uint8_t KeyNumber(const std::string& name)
 {
     constexpr std::string_view kPrefix = "kKey_";
@@ -53,7 +53,7 @@ std::string ReadKey(const std::string& name, const Json::Value& text, const Prot
     return scancode ? "" : fmt::format("{}: {}", name, why);
 }
 
-/// A number of one byte that may be absent.
+/// Reads a number of one byte. If it is absent, `value` is unchanged.
 std::string ReadByte(const Json::Value& group, const char* name, std::uint8_t& value)
 {
     const Json::Value& member = group[name];
@@ -67,7 +67,7 @@ std::string ReadByte(const Json::Value& group, const char* name, std::uint8_t& v
     return "";
 }
 
-/// The number of that duration in the group, which gets it if it is a new one.
+/// The number of the duration in the group. A new duration is added to the group.
 std::uint8_t DurationNumber(std::uint16_t duration, std::vector<std::uint16_t>& durations)
 {
     const auto known = std::ranges::find(durations, duration);
@@ -81,6 +81,7 @@ std::uint8_t DurationNumber(std::uint16_t duration, std::vector<std::uint16_t>& 
 std::string ReadRawKey(const std::string& name, const Json::Value& times, CodesetGroup& group,
                        CodesetKey& key)
 {
+    // The number of steps is one byte and even.
     constexpr unsigned kMaximumSteps = 254;
     constexpr unsigned kLongest = 65535;
     key.ueiKey = KeyNumber(name);
@@ -97,6 +98,7 @@ std::string ReadRawKey(const std::string& name, const Json::Value& times, Codese
         }
         sequence.press.push_back(
             DurationNumber(static_cast<std::uint16_t>(time.asUInt()), group.rawDurationsUs));
+        // A step has four bits in the binary.
         if (group.rawDurationsUs.size() > CodesetFormat::kMaximumDurations) {
             return fmt::format("a raw group has more than {} different durations",
                                CodesetFormat::kMaximumDurations);

@@ -10,7 +10,7 @@
 
 namespace Lpm {
 
-/// The binary of a code set that is written as JSON:
+/// Compiles the JSON text of a code set to its binary:
 ///
 ///     {"about": "words for the reader, may be absent",
 ///      "groups": [{"protocol": "nec", "carrierKHz": 40, "minimumFrames": 2,
@@ -18,9 +18,9 @@ namespace Lpm {
 ///                 {"protocol": "raw", "carrierKHz": 36,
 ///                  "keys": {"MUTE": [892, 878, 1784, 40000]}}]}
 ///
-/// Protocols and scancodes as the Linux kernel writes them, keys as `kKey_POWER` or `POWER`;
-/// carrier and least number of frames are the protocol's own where they are absent. A raw key is
-/// one frame in microseconds, light first and dark last, at most 16 different durations in a group.
+/// Protocols and scancodes are written as in the Linux kernel, keys as `kKey_POWER` or `POWER`. An
+/// absent carrier or minimum number of frames is the protocol's. A raw key is one frame in
+/// microseconds, a mark first and a space last. A raw group has at most 16 different durations.
 /// Nothing, and the reason in one line in `why`, for any other text.
 std::optional<std::vector<std::uint8_t>> CompileCodeset(std::string_view text, std::string& why);
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Turns the text of a code set into the binary that the blaster holds.
+// Compiles the text of a code set to the binary that the blaster stores.
 
 #include "common/CommandLine.h"
 #include "lpm/codesets/CodesetText.h"
@@ -47,9 +47,9 @@ int Compile(const std::string& in, const std::string& out)
 // NOLINTNEXTLINE(bugprone-exception-escape): only for want of memory
 int main(int argc, char** argv)
 {
-    // Paths on a command line mean what they say, in whatever root a product is running.
+    // SystemUtils puts ORLU_ROOT in front of paths; paths of a command line are used as given.
     unsetenv("ORLU_ROOT");
-    // It finds fault with two pairs of key names that differ by their case or by an underscore.
+    // protobuf warns of two pairs of key names that differ only by case or by an underscore.
     google::protobuf::SetLogHandler(nullptr);
     CLI::App app("Turns the text of a code set into the binary that the blaster holds",
                  "CodesetCompiler");

@@ -6,11 +6,11 @@ namespace Lpm::Devices {
 
 namespace {
 
-/// Longer than any space within a code (4500 in a header, and a quarter), shorter than the pause
-/// behind the longest Sony code, the shortest of all pauses.
+/// Longer than the longest space within a code, which is 4500 in a header and a quarter more.
+/// Shorter than the shortest pause, which is that behind the longest Sony code.
 constexpr std::uint32_t kPauseUs = 5700;
 
-/// A blaster that is late by less still holds its key.
+/// A repeat that is late by no more than this still counts as a repeat.
 constexpr Microseconds kSlack = std::chrono::milliseconds(100);
 
 }  // namespace
@@ -46,6 +46,7 @@ std::optional<std::uint32_t> ReadSpaceBits(std::span<const std::uint32_t> durati
     }
     std::uint32_t bits = 0;
     for (unsigned i = 0; i < count; ++i) {
+        // A space that fits neither is damaged.
         const bool one = IsAbout(durations[2 * i + 1], coding.oneSpace);
         const bool zero = IsAbout(durations[2 * i + 1], coding.zeroSpace);
         if (!IsAbout(durations[2 * i], coding.mark) || one == zero) {

@@ -14,43 +14,43 @@ namespace Lpm::Devices {
 
 using Microseconds = std::chrono::microseconds;
 
-/// Light without a long pause in it: marks and spaces in turn in microseconds, a mark at either
-/// end.
+/// Marks and spaces in turn without a long pause between them, in microseconds, with a mark at
+/// either end.
 struct Burst {
     std::span<const std::uint32_t> durations;
     Microseconds begin;
-    Microseconds end;  ///< of the dark behind it
+    Microseconds end;  ///< end of the space behind the burst
 };
 
-/// The bursts of a frame whose light begins at that time. Light that no long pause ends is left
-/// out: its end was not seen. The bursts refer to the frame's durations.
+/// The bursts of a frame that begins at `begin`. A burst without a long pause behind it is left
+/// out, since its end was not seen. The bursts refer to the frame's durations.
 std::vector<Burst> SplitFrame(const InfraredFrame& frame, Microseconds begin);
 
-/// Whether a duration is what it should be, give or take a quarter.
+/// Whether a duration differs from the expected one by at most a quarter.
 bool IsAbout(std::uint32_t duration, std::uint32_t expected);
 
-/// Bits that the length of the space behind a mark tells.
+/// Durations of bits that differ by the space behind the mark.
 struct SpaceCoding {
     std::uint32_t mark;
     std::uint32_t zeroSpace;
     std::uint32_t oneSpace;
 };
 
-/// `count` bits, the least significant one first, and the mark that ends the last space. Empty if
-/// the durations are anything else. At most 32 bits.
+/// Reads `count` bits, the least significant first, and the mark behind the last space. Empty if
+/// the durations do not match. At most 32 bits.
 std::optional<std::uint32_t> ReadSpaceBits(std::span<const std::uint32_t> durations,
                                            const SpaceCoding& coding, unsigned count);
 
-/// Remembers the last code of one remote control, to tell a held key from a new press.
+/// Remembers the last code of one protocol, to tell a held key from a new press.
 class HeldKey {
 public:
     void Remember(std::uint32_t scancode, bool toggle, const Burst& burst);
     void Forget() { m_scancode.reset(); }
 
-    /// Whether the burst comes as soon behind the last one as a remote control would send it.
+    /// Whether the burst follows the last one as closely as a repeat does.
     bool IsHeldAt(const Burst& burst) const;
 
-    /// The same, and it says the same.
+    /// The same, and the code and toggle are those of the last burst.
     bool IsHeldAt(const Burst& burst, std::uint32_t scancode, bool toggle) const;
 
     /// Only while `IsHeldAt`.

@@ -10,21 +10,21 @@
 
 namespace Lpm::Devices {
 
-/// What one burst says to one decoder. A burst of its protocol need not bring a code: some
-/// protocols take several bursts for one press.
+/// What one decoder reads from one burst. A burst of the protocol may give no code: some protocols
+/// need several bursts for one press.
 struct Reading {
-    bool mine = false;
+    bool isOfProtocol = false;
     std::optional<InfraredCode> code{};
 };
 
-/// Reads the bursts of one protocol, one behind the other.
+/// Reads bursts in the order of their arrival and knows one protocol.
 class DecoderIF {
 public:
     virtual ~DecoderIF() = default;
     virtual Reading Read(const Burst& burst) = 0;
 };
 
-/// NEC and its two relatives differ only in which of the four bytes are inverses.
+/// `kNec`, `kNecX` or `kNec32`, which differ only in which of the four bytes are inverses.
 std::unique_ptr<DecoderIF> MakeNecDecoder(Protocol variant);
 std::unique_ptr<DecoderIF> MakeSamsungDecoder();
 std::unique_ptr<DecoderIF> MakeJvcDecoder();
@@ -35,8 +35,8 @@ std::unique_ptr<DecoderIF> MakeRc6Decoder(Protocol variant);
 
 std::unique_ptr<DecoderIF> MakeDecoder(Protocol protocol);
 
-/// A code of a protocol in which only the time tells a held key from a new press: the same code
-/// (with the same toggle, if there is one) right behind the last is a repeat.
+/// The reading of a complete code. The same code, with the same toggle if the protocol has one,
+/// close behind the last burst is a repeat.
 Reading ReadWholeCode(HeldKey& held, const Burst& burst, Protocol protocol, std::uint32_t scancode,
                       std::optional<bool> toggle = std::nullopt);
 

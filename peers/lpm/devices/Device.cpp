@@ -53,9 +53,10 @@ std::optional<Device::Change> Device::ReceiveCecKey(std::uint8_t userControl, bo
 
 bool Device::Apply(const Action& action, bool repeat, Microseconds now)
 {
-    if ((repeat && !action.stepsWhenHeld) || (!m_state.Power() && !action.wakes)) {
+    if ((repeat && !action.stepsWhenHeld) || (!m_state.Power() && !action.worksWhenOff)) {
         return false;
     }
+    // Only a difference is a change: volume up at the highest volume is none.
     const Json::Value before = m_state.AsJson();
     (m_state.*action.apply)(action.argument, now);
     return m_state.AsJson() != before;

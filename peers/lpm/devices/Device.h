@@ -12,19 +12,19 @@
 
 namespace Lpm::Devices {
 
-/// What a devices file says about one device.
+/// One device of a devices file.
 struct DeviceDescription {
     std::string name;
     DeviceType type{};
     Protocol protocol{};
-    std::map<std::uint32_t, const Action*> codes;  ///< by scancode of its own protocol
+    std::map<std::uint32_t, const Action*> codes;  ///< by scancode of the device's protocol
     std::map<std::uint8_t, const Action*> cec;     ///< by user control code
 };
 
-/// One device: a receiver for its own protocol, the keys of its own remote control, and a state.
+/// One device: a receiver for its protocol, the keys of its remote control, and a state.
 class Device {
 public:
-    /// Why a device changed, and to what.
+    /// The cause of a change and the state after it.
     struct Change {
         Json::Value cause;
         Json::Value state;
@@ -35,7 +35,7 @@ public:
     const std::string& Name() const { return m_description.name; }
     Json::Value StateAsJson() const { return m_state.AsJson(); }
 
-    /// One change for each code in the light that changed the state.
+    /// One change for each code in the frame that changed the state.
     std::vector<Change> Receive(const InfraredFrame& frame, Microseconds begin);
 
     /// Empty if nothing changed.

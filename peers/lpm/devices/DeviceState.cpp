@@ -78,12 +78,12 @@ void DeviceState::TogglePower(int /*unused*/, Microseconds now)
 void DeviceState::SetPower(int on, Microseconds /*now*/)
 {
     if (m_power && on == 0) {
-        BringToRest();
+        SwitchToIdle();
     }
     m_power = on != 0;
 }
 
-void DeviceState::BringToRest()
+void DeviceState::SwitchToIdle()
 {
     m_playing = kStopped;
     m_screen = 0;
@@ -117,12 +117,14 @@ void DeviceState::EnterDigit(int digit, Microseconds now)
     if (m_digits.size() == kChannelDigits || now - m_lastDigit > kDigitPause) {
         m_digits.clear();
     }
+    // Only the first digit: "last channel" must not go back to a channel half entered.
     if (m_digits.empty()) {
         m_lastChannel = m_channel;
     }
     m_lastDigit = now;
     m_digits += static_cast<char>('0' + digit);
     const int channel = std::stoi(m_digits);
+    // Leading zeros select no channel yet: channels count from 1.
     if (channel > 0) {
         m_channel = channel;
     }
@@ -148,6 +150,7 @@ void DeviceState::SetInput(int input, Microseconds /*now*/)
 void DeviceState::SetPlaying(int playing, Microseconds /*now*/)
 {
     m_digits.clear();
+    // A set-top box pauses live television, so it need not play a recording.
     const bool canPause = m_playing != kStopped || m_type == DeviceType::kSetTopBox;
     if (playing == kPaused && !canPause) {
         return;
@@ -156,6 +159,7 @@ void DeviceState::SetPlaying(int playing, Microseconds /*now*/)
     if (playing == kStopped) {
         m_recording = false;
     } else {
+        // A player closes its tray before it plays.
         m_trayOpen = false;
     }
 }

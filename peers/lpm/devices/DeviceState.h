@@ -15,15 +15,15 @@ namespace Lpm::Devices {
 
 enum class DeviceType : std::uint8_t { kTelevision, kSetTopBox, kDiscPlayer };
 
-/// Empty for a name that is none; the names are "television", "set_top_box" and "disc_player".
+/// Empty for any other name; the names are "television", "set_top_box" and "disc_player".
 std::optional<DeviceType> DeviceTypeByName(std::string_view name);
 
-/// What a device is doing, as far as its keys can change it:
+/// The state of a device, as far as its keys can change it:
 ///   all           power, screen (which menu is open) with the row and column of its cursor
 ///   television    volume 0 to 100, mute, channel 1 to 999, input
 ///   set_top_box   volume, mute, channel, playing, recording
 ///   disc_player   playing, chapter, tray
-/// A device begins switched off. Each change takes one number; what it means stands with it.
+/// A device is off at first. Each function that changes the state takes one number.
 class DeviceState {
 public:
     explicit DeviceState(DeviceType type);
@@ -35,30 +35,30 @@ public:
 
     void TogglePower(int unused, Microseconds now);
     void SetPower(int on, Microseconds now);
-    /// Also sound again, if it was muted.
+    /// Also unmutes.
     void StepVolume(int step, Microseconds now);
     void ToggleMute(int unused, Microseconds now);
     void StepChannel(int step, Microseconds now);
-    /// The channel is that of the digits so far. The number ends with its third digit, with any
-    /// other key and after two seconds.
+    /// Selects the channel that the digits so far make up. The number ends with its third digit,
+    /// with any other key and after two seconds.
     void EnterDigit(int digit, Microseconds now);
     /// The channel before the last change by number or by step.
     void RecallChannel(int unused, Microseconds now);
     void NextInput(int unused, Microseconds now);
     void SetInput(int input, Microseconds now);
-    /// 0 stop, 1 play, 2 pause, 3 fast forward, 4 rewind. A pause needs something to pause.
+    /// 0 stop, 1 play, 2 pause, 3 fast forward, 4 rewind. A stopped disc player does not pause.
     void SetPlaying(int playing, Microseconds now);
     void StartRecording(int unused, Microseconds now);
     void StepChapter(int step, Microseconds now);
     void ToggleTray(int unused, Microseconds now);
-    /// 0 none, 1 menu, 2 home, 3 guide, 4 display, 5 recordings; the one that is open closes.
+    /// 0 none, 1 menu, 2 home, 3 guide, 4 display, 5 recordings. Opening the open screen closes it.
     void OpenScreen(int screen, Microseconds now);
-    /// Moves by rows and by columns, where a screen is open.
+    /// Move the cursor by rows and by columns if a screen is open.
     void MoveRow(int step, Microseconds now);
     void MoveColumn(int step, Microseconds now);
 
 private:
-    void BringToRest();
+    void SwitchToIdle();
 
     DeviceType m_type;
     bool m_power = false;
@@ -78,13 +78,13 @@ private:
     Microseconds m_lastDigit{};
 };
 
-/// A key of a device by what it does.
+/// What a key of a device does.
 struct Action {
     std::string_view name;
     void (DeviceState::*apply)(int argument, Microseconds now);
     int argument;
     bool stepsWhenHeld;    ///< false: only a new press counts
-    bool wakes;            ///< also taken by a device that is off
+    bool worksWhenOff;     ///< also taken by a device that is off
     unsigned deviceTypes;  ///< bit n: the device type with that number has the key
 };
 

@@ -58,7 +58,7 @@ std::optional<std::uint32_t> ReadHex(std::string_view text)
     return value;
 }
 
-/// Reads one table from code to action; a code has no bits but `bits`.
+/// Reads one table from code to action. A code may have only the bits of `bits`.
 template <typename Code>
 bool ReadActions(const Json::Value& table, const std::string& name, DeviceType type,
                  std::uint32_t bits, std::map<Code, const Action*>& actions, std::string& why)
@@ -80,6 +80,7 @@ bool ReadActions(const Json::Value& table, const std::string& name, DeviceType t
                               name);
             return false;
         }
+        // JSON refuses equal names, but 0x1 and 0x01 are the same code.
         if (!actions.emplace(static_cast<Code>(*code), action).second) {
             why = fmt::format("\"{}\" in \"{}\" stands there twice", key, name);
             return false;

@@ -11,20 +11,20 @@
 
 namespace Lpm::Devices {
 
-/// The devices of a file; each receives each frame.
+/// Limit for one file, since each device decodes each frame.
 inline constexpr std::size_t kMaxDevices = 16;
 
-/// Codes of one device; a remote control has a good hundred keys.
+/// Limit for one device. A remote control has some hundred keys.
 inline constexpr std::size_t kMaxCodes = 512;
 
-/// Letters of a device's name.
+/// Limit for the characters of a device's name.
 inline constexpr std::size_t kMaxName = 32;
 
-/// The devices of a file's text:
+/// Parses the text of a devices file:
 ///   {"devices": [{"name": "television", "type": "television", "protocol": "necx",
 ///                 "codes": {"0x5bc401": "power"}, "cec": {"0x40": "power"}}]}
-/// `cec` may be left out. Names are of small letters, digits, "_" and "-", and each stands once.
-/// Empty for anything else, and `why` says what is wrong and where.
+/// `cec` may be absent. Names consist of small letters, digits, "_" and "-", and are unique. Empty,
+/// and the reason with its place in `why`, for any other text.
 std::optional<std::vector<DeviceDescription>> ParseDevicesFile(const std::string& text,
                                                                std::string& why);
 

@@ -22,32 +22,32 @@ void FrameMonitor::Receive(const InfraredFrame& frame, Microseconds begin)
         const Receiver::Reception reception = receiver.Receive(frame, begin);
         known |= reception.isOfProtocol;
         for (const InfraredCode& code : reception.codes) {
-            Say(frame, code);
+            ReportCode(frame, code);
         }
     }
     if (!known) {
-        SayUnknown(frame);
+        ReportUnknown(frame);
     }
 }
 
-void FrameMonitor::Say(const InfraredFrame& frame, const InfraredCode& code) const
+void FrameMonitor::ReportCode(const InfraredFrame& frame, const InfraredCode& code) const
 {
     Json::Value line;
-    Json::Value& light = line["light"];
-    light["carrier"] = frame.carrierHz;
-    light["protocol"] = std::string(InfoOf(code.protocol).name);
-    light["scancode"] = ScancodeText(code.protocol, code.scancode);
-    light["repeat"] = code.repeat;
+    Json::Value& signal = line["light"];
+    signal["carrier"] = frame.carrierHz;
+    signal["protocol"] = std::string(InfoOf(code.protocol).name);
+    signal["scancode"] = ScancodeText(code.protocol, code.scancode);
+    signal["repeat"] = code.repeat;
     m_line(OneLine(line));
 }
 
-void FrameMonitor::SayUnknown(const InfraredFrame& frame) const
+void FrameMonitor::ReportUnknown(const InfraredFrame& frame) const
 {
     Json::Value line;
-    Json::Value& light = line["light"];
-    light["carrier"] = frame.carrierHz;
-    light["protocol"] = "unknown";
-    light["durations"] = static_cast<Json::UInt64>(frame.durationsUs.size());
+    Json::Value& signal = line["light"];
+    signal["carrier"] = frame.carrierHz;
+    signal["protocol"] = "unknown";
+    signal["durations"] = static_cast<Json::UInt64>(frame.durationsUs.size());
     m_line(OneLine(line));
 }
 

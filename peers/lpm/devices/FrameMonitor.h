@@ -10,10 +10,9 @@
 
 namespace Lpm::Devices {
 
-/// An observer that reads every protocol it knows, and says so in one line of JSON for each press
-/// and each repeat:
+/// Decodes all known protocols and reports one line of JSON for each press and each repeat:
 ///   {"light": {"carrier": 38000, "protocol": "nec", "scancode": "0x0408", "repeat": false}}
-/// and, for a frame that is of no protocol it knows,
+/// and for a frame of an unknown protocol:
 ///   {"light": {"carrier": 38000, "protocol": "unknown", "durations": 12}}
 class FrameMonitor {
 public:
@@ -24,8 +23,8 @@ public:
     void Receive(const InfraredFrame& frame, Microseconds begin);
 
 private:
-    void Say(const InfraredFrame& frame, const InfraredCode& code) const;
-    void SayUnknown(const InfraredFrame& frame) const;
+    void ReportCode(const InfraredFrame& frame, const InfraredCode& code) const;
+    void ReportUnknown(const InfraredFrame& frame) const;
 
     OnLine m_line;
     std::vector<Receiver> m_receivers;

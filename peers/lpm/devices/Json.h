@@ -11,8 +11,8 @@ namespace Lpm::Devices {
 /// The value as text without a line break.
 std::string OneLine(const Json::Value& value);
 
-/// An object out of `text`; false, and the reason in `why`, for anything else: too long, too deep,
-/// members twice, something behind it.
+/// Parses the object in `text`. False, and the reason in `why`, for any other text: too long, too
+/// deep, with members twice or with text behind the object.
 bool ParseObject(const std::string& text, Json::Value& value, std::string& why);
 
 }  // namespace Lpm::Devices

@@ -3,10 +3,10 @@
 #include "devices/Decoder.h"
 
 // Both have bits like NEC's, the least significant first.
-// JVC: 8400 4200, address 8 bits, command 8 bits (525 and 525 or 1575), 525; while the key is held,
-// the same without the first two.
-// Sharp: address 5 bits, command 8 bits, 1, 0 (320 and 680 or 1680), 320, 40 ms of dark; then the
-// same with all but the address inverted; while the key is held, both again.
+// JVC: 8400 4200, address 8 bits, command 8 bits (525 and 525 or 1575), 525. While the key is held,
+// the same frame without the first two durations.
+// Sharp: address 5 bits, command 8 bits, 1, 0 (320 and 680 or 1680), 320, a space of 40 ms; then
+// the same with all bits but the address inverted. While the key is held, both again.
 
 namespace Lpm::Devices {
 
@@ -30,6 +30,8 @@ public:
             return {};
         }
         const std::uint32_t scancode = (*bits & 0xff) << 8 | *bits >> 8;
+        // The header marks a new press, however close it is. Without a header a frame counts only
+        // as the repeat of a press that was read.
         if (press) {
             m_held.Forget();
         } else if (!m_held.IsHeldAt(burst, scancode, false)) {
@@ -52,6 +54,7 @@ public:
         }
         if (*bits >> 13 == kPlain) {
             m_plain.Remember(*bits, false, burst);
+            // The inverted half is measured against this half, not against the last whole code.
             if (m_held.IsHeldAt(burst, ScancodeOf(*bits), false)) {
                 m_held.Remember(ScancodeOf(*bits), false, burst);
             }

@@ -2,13 +2,12 @@
 
 #include "devices/Decoder.h"
 
-// 9000 4500, four bytes (each bit 562 and 562 or 1687, the least significant first), 562; while the
+// 9000 4500, four bytes (each bit 562 and 562 or 1687, the least significant first), 562. While the
 // key is held, 9000 2250 562 every 108 ms. The bytes:
 //   nec    address, its inverse, command, its inverse
 //   necx   address low, address high, command, its inverse
-//   nec32  four bytes without a rule
-// Samsung's sends the second byte like necx, with 4500 4500 in front, and all of it again when
-// held.
+//   nec32  any four bytes
+// Samsung: the bytes of necx behind 4500 4500; while the key is held, the whole frame again.
 
 namespace Lpm::Devices {
 
@@ -84,6 +83,7 @@ InfraredCode NecDecoder::CodeOf(const Bytes& bytes)
 Reading NecDecoder::Read(const Burst& burst)
 {
     if (IsStillHeld(burst)) {
+        // The short frame has no code: it counts only as the repeat of a code of this variant.
         if (!m_held.IsHeldAt(burst)) {
             return {};
         }
@@ -94,6 +94,7 @@ Reading NecDecoder::Read(const Burst& burst)
         return {};
     }
     const InfraredCode code = CodeOf(*bytes);
+    // The short frames behind a code of a relative belong to that code, not to the one before.
     m_held.Forget();
     if (code.protocol != m_variant) {
         return {};

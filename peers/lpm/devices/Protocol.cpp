@@ -36,6 +36,7 @@ constexpr bool InOrder()
     }
     return true;
 }
+// InfoOf uses the protocol as an index.
 static_assert(InOrder());
 
 }  // namespace

@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-/// What the devices in front of the blaster know about infrared light. Nothing here is shared with
-/// the side that makes the light, so that one checks the other.
+/// Decoders of the infrared protocols, for the devices in front of the blaster. Nothing here is
+/// shared with the encoders, so that each side checks the other.
 namespace Lpm::Devices {
 
 enum class Protocol : std::uint8_t {
@@ -37,18 +37,18 @@ struct ProtocolInfo {
 
 const ProtocolInfo& InfoOf(Protocol protocol);
 
-/// Empty for a name that is none.
+/// Empty for a name without a protocol.
 std::optional<Protocol> ProtocolByName(std::string_view name);
 
-/// Such as "0x0408", with the digits that the protocol's longest scancode needs.
+/// The scancode as "0x0408", with as many digits as the protocol's longest scancode needs.
 std::string ScancodeText(Protocol protocol, std::uint32_t scancode);
 
-/// One sight of a key, in the Linux kernel's scancode convention.
+/// A decoded code, in the Linux kernel's scancode convention.
 struct InfraredCode {
     Protocol protocol;
     std::uint32_t scancode;
     std::optional<bool> toggle;  ///< empty: the protocol has none
-    bool repeat;                 ///< the key is still held, this is no new press
+    bool repeat;                 ///< the key is still held; false: a new press
 };
 
 }  // namespace Lpm::Devices

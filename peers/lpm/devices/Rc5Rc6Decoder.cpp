@@ -3,24 +3,24 @@
 #include "devices/Decoder.h"
 
 // Both change the level in the middle of each bit, the most significant first.
-// RC-5: half a bit is 889; 1 is dark then light. 1, field, toggle, address 5, command 6; the field
-// bit is the inverse of a seventh, highest bit of the command.
-// RC-6: 2664 888, then half a bit is 444; 1 is light then dark. 1, mode 3, a bit of double length,
-// and in mode 0 address 8, command 8, the double bit being the toggle; in mode 6 with the double
-// bit 0, 32 bits whose upper half names the customer. Media centre remotes have their toggle in
-// bit 15 of these.
+// RC-5: half a bit is 889; a 1 is a space, then a mark. 1, field, toggle, address 5, command 6. The
+// field bit is the inverse of a seventh, highest bit of the command.
+// RC-6: 2664 888, then half a bit is 444; a 1 is a mark, then a space. 1, mode 3, a bit of double
+// length. In mode 0 the double bit is the toggle, and address 8, command 8 follow. In mode 6 the
+// double bit is 0, and 32 bits follow, whose upper half names the customer. Media centre remotes
+// have their toggle in bit 15 of these.
 
 namespace Lpm::Devices {
 
 namespace {
 
-/// The level of each half bit; light is true.
+/// The level of each half bit; true is a mark.
 using Halves = std::vector<bool>;
 
-/// How many halves a stretch is long, 0 for none. One that is longer by 60 % must not pass for two,
-/// nor two that are shorter by as much for one: either could turn the last bit over. Three occur
-/// only next to a bit of double length; the limit below them lies where either is off by the same
-/// share.
+/// The number of half bits in a duration; 0 if it fits none. One half that is 60 % too long must
+/// not be read as two, nor two that are 60 % too short as one: either could change the last bit.
+/// Three halves occur only next to a bit of double length. The limit between two and three is the
+/// duration that deviates from both by the same factor.
 unsigned HalvesIn(std::uint32_t duration, std::uint32_t half)
 {
     const std::uint64_t permille = duration * 1000ULL / half;
@@ -36,19 +36,19 @@ unsigned HalvesIn(std::uint32_t duration, std::uint32_t half)
 std::optional<Halves> ReadHalves(std::span<const std::uint32_t> durations, std::uint32_t half)
 {
     Halves halves;
-    bool light = true;
+    bool isOn = true;
     for (const std::uint32_t duration : durations) {
         const unsigned count = HalvesIn(duration, half);
         if (count == 0) {
             return std::nullopt;
         }
-        halves.insert(halves.end(), count, light);
-        light = !light;
+        halves.insert(halves.end(), count, isOn);
+        isOn = !isOn;
     }
     return halves;
 }
 
-/// A last half bit that is dark can't be told from the pause; this adds it where it is missing.
+/// A space in the last half bit is part of the pause and was not read: adds it if it is missing.
 bool Complete(Halves& halves, std::size_t expected)
 {
     if (halves.size() + 1 == expected) {
@@ -57,7 +57,8 @@ bool Complete(Halves& halves, std::size_t expected)
     return halves.size() == expected;
 }
 
-/// Bits from half `first` on, `length` halves for either level, where `firstLevelOfOne` begins a 1.
+/// Reads `count` bits from half `first` on. `firstLevelOfOne` is the level of the first half of a
+/// 1.
 std::optional<std::uint32_t> ReadBits(const Halves& halves, std::size_t first, unsigned count,
                                       bool firstLevelOfOne)
 {
@@ -79,6 +80,7 @@ public:
         if (!halves) {
             return {};
         }
+        // The first bit is a 1: its first half is a space, which comes before the burst.
         halves->insert(halves->begin(), false);
         if (!Complete(*halves, 28)) {
             return {};
@@ -137,7 +139,7 @@ private:
     HeldKey m_held;
 };
 
-/// The customers whose remotes keep a toggle in bit 15.
+/// The customers whose remote controls have a toggle in bit 15.
 bool IsMediaCentre(std::uint32_t body)
 {
     const std::uint32_t customer = body >> 16;

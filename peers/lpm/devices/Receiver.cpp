@@ -6,7 +6,7 @@ namespace Lpm::Devices {
 
 namespace {
 
-/// What the filter of a receiver lets through on either side of its carrier.
+/// A receiver's filter passes carriers that deviate from its own by at most this.
 constexpr std::uint32_t kFilterHz = 5000;
 
 bool Passes(std::uint32_t carrierHz, Protocol protocol)
@@ -27,7 +27,7 @@ Receiver::Reception Receiver::Receive(const InfraredFrame& frame, Microseconds b
     }
     for (const Burst& burst : SplitFrame(frame, begin)) {
         const Reading reading = m_decoder->Read(burst);
-        reception.isOfProtocol |= reading.mine;
+        reception.isOfProtocol |= reading.isOfProtocol;
         if (reading.code) {
             reception.codes.push_back(*reading.code);
         }

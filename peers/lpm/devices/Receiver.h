@@ -10,10 +10,10 @@
 
 namespace Lpm::Devices {
 
-/// The photodiode of a device and the decoder of the one protocol behind it.
+/// The infrared receiver of a device: a carrier filter and the decoder of one protocol.
 class Receiver {
 public:
-    /// What a frame says: whether it is of this protocol, and the codes that it brings.
+    /// Whether a frame is of this protocol, and the codes in it.
     struct Reception {
         bool isOfProtocol = false;
         std::vector<InfraredCode> codes;
@@ -21,7 +21,7 @@ public:
 
     explicit Receiver(Protocol protocol);
 
-    /// `begin` is the time of the frame's first light on any clock that never goes back.
+    /// `begin` is the start time of the frame on a monotonic clock.
     Reception Receive(const InfraredFrame& frame, Microseconds begin);
 
 private:

@@ -2,9 +2,10 @@
 
 #include "devices/Decoder.h"
 
-// 2400, then each bit 600 of dark and 600 or 1200 of light, the least significant first: command 7
-// bits, address 5 (sony12, sony20) or 8 bits (sony15), extension 8 bits (sony20). The codes carry
-// no check, so a remote control sends each at least three times, 45 ms from start to start.
+// A mark of 2400, then for each bit a space of 600 and a mark of 600 or 1200, the least significant
+// bit first: command 7 bits, address 5 (sony12, sony20) or 8 bits (sony15), extension 8 bits
+// (sony20). The codes have no check, so a remote control sends each at least three times, 45 ms
+// from start to start.
 
 namespace Lpm::Devices {
 
@@ -40,8 +41,8 @@ std::optional<std::uint32_t> ReadMarkBits(std::span<const std::uint32_t> duratio
     return bits;
 }
 
-/// A press is seen with the second of two equal frames; the third still belongs to it, each later
-/// one says that the key is held.
+/// The second of two equal frames is the press: one frame alone could be damaged. The third frame
+/// belongs to the press too. Each later one is a repeat.
 class SonyDecoder : public DecoderIF {
 public:
     explicit SonyDecoder(Protocol variant) : m_variant(variant) {}

@@ -16,7 +16,7 @@ namespace {
 using Devices::Device;
 using Devices::Microseconds;
 
-/// The bus repeats a held key at least that often.
+/// A held key is repeated at least every half second; the rest is for late messages.
 constexpr Microseconds kCecHold = std::chrono::milliseconds(550);
 
 class LoadedDevices : public VirtualDevices {
@@ -40,7 +40,7 @@ private:
     };
 
     Microseconds Now() const { return std::chrono::milliseconds(m_clock()); }
-    void Say(const Device& device, Device::Change change) const;
+    void ReportChange(const Device& device, Device::Change change) const;
 
     OnLine m_line;
     Clock m_clock;
@@ -52,10 +52,11 @@ private:
 void LoadedDevices::HandleFrame(const InfraredFrame& frame)
 {
     const Microseconds now = Now();
+    // First the line of the frame, then the lines of what it changed.
     m_monitor.Receive(frame, now);
     for (Device& device : m_devices) {
         for (Device::Change& change : device.Receive(frame, now)) {
-            Say(device, std::move(change));
+            ReportChange(device, std::move(change));
         }
     }
 }
@@ -72,7 +73,7 @@ void LoadedDevices::ReceiveCecKey(std::uint8_t userControl, bool pressed)
     m_cecKey = CecKey{userControl, now};
     for (Device& device : m_devices) {
         if (auto change = device.ReceiveCecKey(userControl, repeat, now)) {
-            Say(device, std::move(*change));
+            ReportChange(device, std::move(*change));
         }
     }
 }
@@ -86,7 +87,7 @@ std::string LoadedDevices::StateAsJson() const
     return Devices::OneLine(all);
 }
 
-void LoadedDevices::Say(const Device& device, Device::Change change) const
+void LoadedDevices::ReportChange(const Device& device, Device::Change change) const
 {
     Json::Value line;
     line["device"] = device.Name();

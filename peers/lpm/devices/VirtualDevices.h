@@ -12,28 +12,28 @@
 
 namespace Lpm {
 
-/// The devices that stand in front of the blaster and on the CEC bus. Each decodes the light by
-/// itself and changes its state only for its own protocol and codes. On the blaster's task.
+/// The devices in front of the blaster and on the CEC bus. Each device decodes the frames itself
+/// and reacts only to its own protocol and codes. On the blaster's task.
 class VirtualDevices : public FrameSinkIF {
 public:
-    /// Gets a JSON object in one line: a `light` for each press, repeat or unknown frame that was
-    /// seen, then a `device` with its `cause` and its `state` for each change.
+    /// Gets a JSON object in one line: `light` for each press, repeat or unknown frame, then
+    /// `device` with its `cause` and its `state` for each change.
     using OnLine = std::function<void(const std::string&)>;
 
-    /// Milliseconds that never go back.
+    /// Returns monotonic milliseconds.
     using Clock = std::function<std::uint64_t()>;
 
-    /// From the text of a devices file; empty, and the reason in `why`, if it is no such file.
+    /// Loads the text of a devices file. Empty, and the reason in `why`, if the text is invalid.
     static std::unique_ptr<VirtualDevices> Load(const std::string& text, OnLine line,
                                                 std::string& why,
                                                 Clock clock = &MonotonicClock::NowMs);
 
-    /// The light of the blaster. When it comes matters: a frame that begins within 100 ms of the
-    /// last one's end says that the key is still held, as far as its protocol leaves that open.
+    /// A frame of the blaster, at the time when it begins. A frame that begins within 100 ms of the
+    /// last one's end is a repeat, unless its protocol marks a new press.
     void HandleFrame(const InfraredFrame& frame) override = 0;
 
-    /// A user control code of the CEC bus, pressed or released (the code of a release is not looked
-    /// at). The same code pressed again within 550 ms and without a release is a held key.
+    /// A user control code of the CEC bus, pressed or released. The code of a release is ignored.
+    /// The same code pressed again within 550 ms without a release is a held key.
     virtual void ReceiveCecKey(std::uint8_t userControl, bool pressed) = 0;
 
     /// The state of all devices as one JSON object in one line, a member for each device.

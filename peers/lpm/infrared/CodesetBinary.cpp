@@ -8,25 +8,26 @@
 //   3       1      number of groups
 //   4       1      number of keys
 //   5       1      0
-//   6       2      length of the whole, checksum included
+//   6       2      length of the binary, checksum included
 //   8              the groups, each:
 //                    1  protocol
-//                    1  carrier in kHz, 0 for the protocol's own
-//                    1  least number of frames of a press, 0 for the protocol's own
-//                    1  number of raw sequences; 0, and nothing behind it, unless protocol is raw
+//                    1  carrier in kHz, 0 for the protocol's carrier
+//                    1  minimum number of frames of a press, 0 for the protocol's number
+//                    1  number of raw sequences; 0 if the protocol is not raw, and then the group
+//                       ends here
 //                    1  number of durations, at most 16
 //                    2  each duration, in microseconds
 //                       each sequence:
 //                         1  number of steps of a press
 //                         1  number of steps of a repeat, 0 for the press again
-//                            the steps of both in one row, numbers of durations, two in a byte, the
-//                            earlier in the low half; a press and a repeat have even numbers of
-//                            them
+//                            the steps of press and repeat in one row: numbers of durations, two
+//                            in a byte, the earlier in the low half; press and repeat each have
+//                            an even number of steps
 //                  the keys, ascending, each:
 //                    1  UEI key number
 //                    1  number of its group, from 0
-//                    4  scancode, of a raw group the number of its sequence, from 0
-//   length - 2  2  CRC-16/CCITT-FALSE of all before it
+//                    4  scancode; in a raw group the number of the sequence, from 0
+//   length - 2  2  CRC-16/CCITT-FALSE of all bytes before it
 
 #include "infrared/CodesetBinary.h"
 
@@ -48,7 +49,7 @@ using namespace CodesetFormat;
 
 using Bytes = std::span<const std::uint8_t>;
 
-/// Reads zeros behind the end, and remembers that it did.
+/// Returns 0 behind the end and remembers that the bytes ran out.
 class ByteReader {
 public:
     explicit ByteReader(Bytes bytes) : m_rest(bytes) {}
@@ -93,6 +94,7 @@ std::string CheckEnvelope(Bytes bytes)
     if (bytes[2] != kVersion) {
         return fmt::format("version {} is unknown", bytes[2]);
     }
+    // A truncated or extended binary fails here, which names the fault better than the checksum.
     const std::size_t length = bytes[6] + std::size_t{bytes[7]} * 256;
     if (length != bytes.size()) {
         return fmt::format("{} bytes came where it says {}", bytes.size(), length);
@@ -120,6 +122,8 @@ RawSequence ReadSequence(ByteReader& reader)
     const std::size_t press = reader.Byte();
     const std::size_t repeat = reader.Byte();
     std::vector<std::uint8_t> steps = ReadSteps(reader, press + repeat);
+    // ReadSteps returns whole bytes, which is one step too many for an odd number, or fewer if the
+    // bytes ran out. Both cases are refused later.
     steps.resize(press + repeat);
     const auto middle = steps.begin() + static_cast<std::ptrdiff_t>(press);
     return {.press = {steps.begin(), middle}, .repeat = {middle, steps.end()}};
@@ -127,6 +131,7 @@ RawSequence ReadSequence(ByteReader& reader)
 
 std::string CheckSteps(const CodesetGroup& group, const std::vector<std::uint8_t>& steps)
 {
+    // An odd number ends with a mark: no space would separate it from the next frame.
     if (steps.empty() || steps.size() % 2 != 0) {
         return fmt::format("a raw sequence of {} steps does not end dark", steps.size());
     }
@@ -137,6 +142,7 @@ std::string CheckSteps(const CodesetGroup& group, const std::vector<std::uint8_t
         }
         total += group.rawDurationsUs[step];
     }
+    // A held key sends frames without end: short ones would keep the blaster's task busy.
     if (total < CodesetBinary::kMinimumFrameUs) {
         return fmt::format("a raw frame of {} us is too short", total);
     }
@@ -192,7 +198,7 @@ CodesetGroup ReadGroup(ByteReader& reader)
     group.minimumFrames = reader.Byte();
     const std::uint8_t sequences = reader.Byte();
     if (group.protocol != Protocol::kRaw) {
-        group.rawSequences.resize(sequences);  // for the check, which wants none here
+        group.rawSequences.resize(sequences);  // CheckGroup refuses any other number than 0
         return group;
     }
     const std::uint8_t durations = reader.Byte();
@@ -246,6 +252,7 @@ std::string ReadKeys(ByteReader& reader, unsigned count, std::span<const Codeset
         const std::uint8_t group = reader.Byte();
         const CodesetKey key{number, group, reader.Number(4)};
         std::string why = reader.RanOut() ? "it ends in its keys" : CheckKey(key, groups);
+        // Find searches binarily, so the keys must ascend.
         if (why.empty() && !keys.empty() && key.ueiKey <= keys.back().ueiKey) {
             why = fmt::format("key {} stands behind key {}", key.ueiKey, keys.back().ueiKey);
         }

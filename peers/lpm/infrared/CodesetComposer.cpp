@@ -30,6 +30,7 @@ void WriteSequence(ByteWriter& writer, const RawSequence& sequence)
     writer.Number(1, sequence.repeat.size());
     std::vector<std::uint8_t> steps = sequence.press;
     steps.insert(steps.end(), sequence.repeat.begin(), sequence.repeat.end());
+    // Two steps share a byte; the reader drops the half that fills the last one.
     if (steps.size() % 2 != 0) {
         steps.push_back(0);
     }
@@ -67,7 +68,7 @@ bool StepsFitTheirBytes(const CodesetGroup& group)
     });
 }
 
-/// What the binary has no room for, and so would come back as something else.
+/// Checks for values that do not fit their field and would be read back as something else.
 std::string CheckCounts(std::span<const CodesetGroup> groups, std::span<const CodesetKey> keys)
 {
     if (groups.size() > 255 || keys.size() > 255) {
@@ -118,6 +119,7 @@ std::optional<std::vector<std::uint8_t>> CodesetBinary::Compose(
     whole.Number(2, kHeaderBytes + body.bytes.size() + kChecksumBytes);
     whole.bytes.insert(whole.bytes.end(), body.bytes.begin(), body.bytes.end());
     whole.Number(2, Checksum(whole.bytes));
+    // The reader has the rules of the format; they are checked by reading the result.
     if (!Parse(whole.bytes, why)) {
         return std::nullopt;
     }

@@ -6,7 +6,8 @@
 #include <cstdint>
 #include <span>
 
-/// What the reader and the writer of a code set have in common; the reader's top draws the format.
+/// Constants that the reader and the writer of a code set share. CodesetBinary.cpp describes the
+/// format.
 namespace Lpm::CodesetFormat {
 
 constexpr std::uint8_t kVersion = 1;

@@ -9,15 +9,15 @@ namespace {
 
 using Durations = std::vector<std::uint32_t>;
 
-/// Light and dark alternate: what follows its like makes that longer, and a frame that begins dark
-/// begins with its first light.
-void Append(Durations& out, bool light, std::uint32_t us)
+/// Appends a mark (`on`) or a space. Two marks or two spaces in a row become one duration, and a
+/// space at the start of a frame is left out: the durations alternate and begin with a mark.
+void Append(Durations& out, bool on, std::uint32_t us)
 {
-    const bool lastIsLight = out.size() % 2 == 1;
-    if (us == 0 || (out.empty() && !light)) {
+    const bool lastIsOn = out.size() % 2 == 1;
+    if (us == 0 || (out.empty() && !on)) {
         return;
     }
-    if (!out.empty() && light == lastIsLight) {
+    if (!out.empty() && on == lastIsOn) {
         out.back() += us;
         return;
     }
@@ -40,12 +40,13 @@ void AppendPulses(Durations& out, const ProtocolRow& row, std::uint64_t payload)
 
 void AppendManchester(Durations& out, const ProtocolRow& row, std::uint64_t payload)
 {
+    // The highest bit first, unlike the pulse protocols.
     for (unsigned bit = 0; bit < row.bits; ++bit) {
         const bool one = (payload >> (row.bits - 1 - bit) & 1) != 0;
-        const bool startsLit = one == row.oneStartsLit;
+        const bool startsWithMark = one == row.oneStartsWithMark;
         const std::uint32_t half = row.doubleBit == bit ? 2 * row.halfBitUs : row.halfBitUs;
-        Append(out, startsLit, half);
-        Append(out, !startsLit, half);
+        Append(out, startsWithMark, half);
+        Append(out, !startsWithMark, half);
     }
 }
 
@@ -56,6 +57,7 @@ void AppendBody(Durations& out, const ProtocolRow& row, std::uint64_t payload)
         return;
     }
     AppendPulses(out, row, payload);
+    // Sharp: the receiver checks a code by a second one with these bits inverted.
     if (row.echoFlips != 0) {
         Append(out, false, row.gapUs);
         AppendPulses(out, row, payload ^ row.echoFlips);
@@ -64,6 +66,7 @@ void AppendBody(Durations& out, const ProtocolRow& row, std::uint64_t payload)
 
 void AppendGap(Durations& out, const ProtocolRow& row, FramePhase phase)
 {
+    // A period is start to start, so the last space depends on the length of the code.
     const bool ownPeriod = phase == FramePhase::kRepeat && row.repeatPeriodUs != 0;
     const std::uint32_t period = ownPeriod ? row.repeatPeriodUs : row.periodUs;
     const std::uint32_t sent = std::accumulate(out.begin(), out.end(), std::uint32_t{0});

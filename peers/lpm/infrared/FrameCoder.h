@@ -9,12 +9,12 @@
 
 namespace Lpm {
 
-/// Which frame of a press it is: one of those that any receiver needs, or one behind them.
+/// Position of a frame in a press: one of the minimum frames, or a repeat behind them.
 enum class FramePhase : std::uint8_t { kPress, kRepeat };
 
-/// Replaces `durationsUs` with one frame: light and dark in turn, light first, dark last up to the
-/// start of the next frame. The scancode must fit the protocol, which must not be the raw one.
-/// Pure; allocates only while `durationsUs` has not yet held so long a frame.
+/// Replaces `durationsUs` with one frame: marks and spaces in turn, a mark first. The last space
+/// lasts until the start of the next frame. The scancode must fit the protocol; the raw protocol is
+/// not allowed. No state; allocates only if `durationsUs` is too small for the frame.
 void EncodeFrame(const ProtocolRow& row, std::uint32_t scancode, bool toggle, FramePhase phase,
                  std::vector<std::uint32_t>& durationsUs);
 

@@ -7,15 +7,15 @@
 
 namespace Lpm {
 
-/// A piece of infrared light as the diode sends it: microseconds of light and of dark in turn,
-/// light first, dark last; the last dark lasts until the next frame of the same key may begin.
+/// A frame as the diode sends it: marks and spaces in turn, in microseconds, a mark first and a
+/// space last. The last space lasts until the next frame of the same key may begin.
 struct InfraredFrame {
     std::uint32_t carrierHz;
     std::span<const std::uint32_t> durationsUs;
 };
 
-/// Something in front of the blaster. Gets each frame when the diode begins to send it, on the task
-/// of the blaster; the durations live for the call only.
+/// A receiver of the blaster's frames. Gets each frame when the diode begins to send it, on the
+/// blaster's task. The durations are valid during the call only.
 class FrameSinkIF {
 public:
     virtual ~FrameSinkIF() = default;

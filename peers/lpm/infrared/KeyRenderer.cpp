@@ -37,6 +37,7 @@ void KeyRenderer::RenderStored(unsigned index)
 {
     const RawSequence& sequence = m_group.rawSequences[m_key.scancode];
     const bool press = index < MinimumFrames() || sequence.repeat.empty();
+    // Clearing keeps the capacity: frames of a held key allocate once.
     m_durations.clear();
     for (const std::uint8_t step : press ? sequence.press : sequence.repeat) {
         m_durations.push_back(m_group.rawDurationsUs[step]);

@@ -10,20 +10,20 @@
 
 namespace Lpm {
 
-/// One press of one key, as the frames that the diode sends while the key is held. The first frames
-/// make up a press that any receiver takes; what follows is the protocol's way to say "still held".
-/// The code set must outlive it; no thread of its own.
+/// The frames of one press of one key, for as long as the key is held. The first frames are the
+/// press, enough of them for any receiver. Then come the protocol's repeats. The code set must
+/// outlive this object. Not thread-safe.
 class KeyRenderer {
 public:
-    /// `key` is one of the code set's. `toggle` is the bit that some protocols flip with each new
-    /// press; others ignore it.
+    /// `key` belongs to the code set. `toggle` is the bit that some protocols flip with each new
+    /// press; the others ignore it.
     KeyRenderer(const CodesetBinary& codeset, const CodesetKey& key, bool toggle);
 
-    /// Frames that a press has at the least, however short it is; 1 or more.
+    /// The minimum number of frames of a press; 1 or more.
     unsigned MinimumFrames() const;
 
-    /// The frame with that number, from 0 on and without end; valid until the next call. Lasts at
-    /// least `CodesetBinary::kMinimumFrameUs`.
+    /// The frame with the number `index`, which counts from 0 without limit. Valid until the next
+    /// call. Lasts at least `CodesetBinary::kMinimumFrameUs`.
     InfraredFrame Frame(unsigned index);
 
 private:

@@ -37,7 +37,8 @@ constexpr std::uint64_t NecxPayload(std::uint32_t scancode, bool)
     return Bytes(scancode >> 16 & 0xff, scancode >> 8 & 0xff, command, Inverted(command));
 }
 
-/// 0xBBAADDCC: sent A, B, C, D, as the kernel puts what would be the inverses higher.
+/// 0xBBAADDCC: sent in the order A, B, C, D. The kernel's convention puts the byte in the place of
+/// an inverse above the byte before it.
 constexpr std::uint64_t Nec32Payload(std::uint32_t scancode, bool)
 {
     return Bytes(scancode >> 16 & 0xff, scancode >> 24 & 0xff, scancode & 0xff,
@@ -82,7 +83,7 @@ constexpr std::uint64_t JvcPayload(std::uint32_t scancode, bool)
     return (scancode >> 8 & 0xff) | (scancode & 0xff) << 8;
 }
 
-/// 0xAACC: five bits of address, command, and the two bits that tell the first half of the pair.
+/// 0xAACC: five bits of address, command, and the two bits that mark the first half of the pair.
 constexpr std::uint64_t SharpPayload(std::uint32_t scancode, bool)
 {
     return (scancode >> 8 & 0x1f) | (scancode & 0xff) << 5 | 1u << 13;
@@ -121,6 +122,7 @@ constexpr ProtocolRow SonyKind(Protocol id, std::string_view name, unsigned bits
             .zero = {600, 600},
             .one = {1200, 600},
             .periodUs = 45000,
+            // The codes have no check, so receivers compare frames; remote controls send three.
             .minimumFrames = 3};
 }
 
@@ -136,7 +138,7 @@ constexpr ProtocolRow Rc6Kind(Protocol id, std::string_view name, unsigned bits,
             .bits = bits,
             .header = {2664, 888},
             .halfBitUs = 444,
-            .oneStartsLit = true,
+            .oneStartsWithMark = true,
             .doubleBit = 4,
             .periodUs = 106667};
 }
@@ -195,7 +197,7 @@ constexpr std::array kProtocols = {
                 .zero = {320, 680},
                 .one = {320, 1680},
                 .trailerUs = 320,
-                .echoFlips = 0x7fe0,
+                .echoFlips = 0x7fe0,  // all bits but the address
                 .gapUs = 40000},
     ProtocolRow{
         .id = Protocol::kRaw, .name = "raw", .coding = Coding::kStored, .scancodeMask = 0xffffffff},
@@ -210,6 +212,7 @@ constexpr bool NumbersAreInOrder()
     }
     return true;
 }
+// FindProtocol uses the number as an index.
 static_assert(NumbersAreInOrder());
 
 constexpr std::uint32_t Length(const Pulse& pulse)
@@ -217,7 +220,7 @@ constexpr std::uint32_t Length(const Pulse& pulse)
     return pulse.markUs + pulse.spaceUs;
 }
 
-/// Else the dark behind a frame would have to be negative.
+/// A period shorter than its frame would need a negative space behind the frame.
 constexpr bool LongestFramesFitTheirPeriods()
 {
     return std::ranges::all_of(kProtocols, [](const ProtocolRow& row) {
@@ -264,6 +267,7 @@ std::optional<std::uint32_t> ParseScancode(const ProtocolRow& row, std::string_v
     const char* const end = digits.data() + digits.size();
     std::uint32_t scancode = 0;
     const auto [stop, error] = std::from_chars(digits.data(), end, scancode, hex ? 16 : 10);
+    // A number above 32 bits is a scancode that does not fit, not a malformed one.
     if (error == std::errc::invalid_argument || stop != end) {
         why = fmt::format("'{}' is no scancode; 0x0408 or 1032 is", text);
         return std::nullopt;

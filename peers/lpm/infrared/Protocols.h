@@ -10,7 +10,7 @@
 
 namespace Lpm {
 
-/// What the protocol byte of a code set's group says.
+/// Values of the protocol byte of a code set's group.
 enum class Protocol : std::uint8_t {
     kNec = 1,
     kNecx = 2,
@@ -28,25 +28,25 @@ enum class Protocol : std::uint8_t {
 };
 
 enum class Coding : std::uint8_t {
-    kPulses,      ///< each bit is a mark and a space whose lengths tell 0 from 1; lowest bit first
-    kManchester,  ///< each bit is a change of light in its middle; highest bit first
+    kPulses,      ///< the lengths of a mark and a space are one bit; lowest bit first
+    kManchester,  ///< a change between mark and space is one bit; highest bit first
     kStored,      ///< the code set holds the durations
 };
 
-/// What a remote control of this kind sends while the key stays down.
+/// What a remote control of the protocol sends while the key is held.
 enum class Repeat : std::uint8_t {
     kWhole,       ///< the same frame
-    kDitto,       ///< a short frame that says "the same again"
+    kDitto,       ///< a short frame that repeats the code before
     kHeaderless,  ///< the same frame without its header
 };
 
-/// Microseconds of light and of the dark behind it.
+/// A mark and the space behind it, in microseconds.
 struct Pulse {
     std::uint32_t markUs = 0;
     std::uint32_t spaceUs = 0;
 };
 
-/// One protocol, as data. Microseconds and hertz; what a protocol does not have is 0.
+/// One protocol as data, in microseconds and hertz. A value that a protocol does not have is 0.
 struct ProtocolRow {
     Protocol id;
     std::string_view name;  ///< as the Linux kernel writes it
@@ -61,12 +61,13 @@ struct ProtocolRow {
     Pulse one = {};
     std::uint32_t trailerUs = 0;  ///< the mark that ends the last bit's space
     std::uint32_t halfBitUs = 0;  ///< kManchester only, as the next two
-    bool oneStartsLit = false;
-    std::optional<unsigned> doubleBit = std::nullopt;  ///< sent at half the speed; 0 is the first
-    std::uint64_t echoFlips = 0;  ///< a frame is a pair; in the second half these bits are inverted
-    std::uint32_t periodUs = 0;   ///< from start to start of two frames, or else:
-    std::uint32_t gapUs = 0;      ///< the dark behind a frame, and between the halves of a pair
-    std::uint32_t repeatPeriodUs = 0;  ///< as periodUs, behind a repeat; 0: the same
+    bool oneStartsWithMark = false;
+    std::optional<unsigned> doubleBit =
+        std::nullopt;                  ///< number of a bit of double length; 0 is the first
+    std::uint64_t echoFlips = 0;       ///< bits inverted in the second half of a pair; 0: no pair
+    std::uint32_t periodUs = 0;        ///< start to start of two frames; 0: gapUs applies
+    std::uint32_t gapUs = 0;           ///< space behind a frame and between the halves of a pair
+    std::uint32_t repeatPeriodUs = 0;  ///< period of a repeat; 0: periodUs
     Repeat repeat = Repeat::kWhole;
     Pulse ditto = {};  ///< header of the short frame
     unsigned minimumFrames = 1;
@@ -75,17 +76,18 @@ struct ProtocolRow {
 /// In the order of their numbers, from 1 on.
 std::span<const ProtocolRow> AllProtocols();
 
-/// Null for a number that is no protocol's.
+/// Null for a number without a protocol.
 const ProtocolRow* FindProtocol(std::uint8_t number);
 
-/// Null for a name that is no protocol's.
+/// Null for a name without a protocol.
 const ProtocolRow* FindProtocol(std::string_view name);
 
-/// Whether the protocol can carry the scancode; raw takes any, which counts stored sequences.
+/// Whether the scancode fits the protocol. The raw protocol accepts any: its scancode is the number
+/// of a stored sequence.
 bool FitsProtocol(const ProtocolRow& row, std::uint32_t scancode);
 
-/// A scancode in decimal, or in hexadecimal behind "0x". Nothing, and the reason in `why`, for text
-/// that is no such number or a number that the protocol cannot carry.
+/// Parses a scancode in decimal, or in hexadecimal behind "0x". Nothing, and the reason in `why`,
+/// for any other text or a number that does not fit the protocol.
 std::optional<std::uint32_t> ParseScancode(const ProtocolRow& row, std::string_view text,
                                            std::string& why);
 

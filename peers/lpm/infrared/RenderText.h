@@ -8,7 +8,7 @@
 
 namespace Lpm {
 
-/// More would print megabytes.
+/// A larger number would print megabytes.
 constexpr unsigned kMaximumRenderedRepeats = 1000;
 
 /// One press, and `repeats` repeats behind it, of a key written as `protocol:scancode`: a line

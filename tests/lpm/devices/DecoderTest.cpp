@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 struct Row {
     std::string_view protocol;
     std::vector<std::uint32_t> scancodes;
-    std::uint32_t unchecked;  ///< scancode bits that the protocol sends once and without a check
+    std::uint32_t unchecked;  ///< scancode bits without a check in the protocol
 };
 
 const Row kRows[] = {
@@ -36,20 +36,21 @@ const Row kRows[] = {
     {"sharp", {0x0116, 0x0000, 0x1fff, 0x1055, 0x01aa}, 0},
 };
 
-/// A receiver and the light before it, on a clock that runs as long as the light lasts.
-class Bench {
+/// A receiver and frames for it, on a clock that advances by the length of each frame.
+class ReceiverBench {
 public:
-    Bench(Protocol protocol, std::uint32_t carrierHz) : m_receiver(protocol), m_carrier(carrierHz)
+    ReceiverBench(Protocol protocol, std::uint32_t carrierHz)
+        : m_receiver(protocol), m_carrier(carrierHz)
     {
     }
-    explicit Bench(std::string_view protocol)
-        : Bench(*ProtocolByName(protocol), InfoOf(*ProtocolByName(protocol)).carrierHz)
+    explicit ReceiverBench(std::string_view protocol)
+        : ReceiverBench(*ProtocolByName(protocol), InfoOf(*ProtocolByName(protocol)).carrierHz)
     {
     }
 
     void Wait(Microseconds time) { m_now += time; }
 
-    /// What was seen, such as "0x0408 t1 repeat, "; "-" for a frame that is foreign.
+    /// The codes that were read, such as "0x0408 t1 repeat, "; "-" for a frame of another protocol.
     std::string Receive(const std::vector<Durations>& frames)
     {
         std::string seen;
@@ -67,7 +68,7 @@ public:
         return seen;
     }
 
-    std::optional<std::uint32_t> last;  ///< scancode seen
+    std::optional<std::uint32_t> last;  ///< the last scancode read
 
 private:
     Receiver m_receiver;
@@ -85,15 +86,15 @@ TEST(Decoder, TellsAHeldKeyFromANewPress)
 {
     for (const Row& row : kRows) {
         for (const std::uint32_t scancode : row.scancodes) {
-            Bench bench(row.protocol);
+            ReceiverBench bench(row.protocol);
             for (const bool toggle : {false, true}) {
                 const std::string text = Text(row.protocol, scancode, toggle);
                 SCOPED_TRACE(std::string(row.protocol) + " " + text);
-                const Rendered light(row.protocol, scancode, toggle);
-                EXPECT_EQ(bench.Receive(light.press), text + ", ");
-                EXPECT_EQ(bench.Receive({light.held}), text + " repeat, ");
+                const Rendered rendered(row.protocol, scancode, toggle);
+                EXPECT_EQ(bench.Receive(rendered.press), text + ", ");
+                EXPECT_EQ(bench.Receive({rendered.held}), text + " repeat, ");
                 bench.Wait(90ms);
-                EXPECT_EQ(bench.Receive({light.held}), text + " repeat, ") << "a late blaster";
+                EXPECT_EQ(bench.Receive({rendered.held}), text + " repeat, ") << "a late blaster";
                 bench.Wait(text.ends_with(" t0") ? 0s : 1s);
             }
             const Rendered again(row.protocol, scancode, true);
@@ -105,18 +106,18 @@ TEST(Decoder, TellsAHeldKeyFromANewPress)
 TEST(Decoder, ReadsItsOwnProtocolAndNoOther)
 {
     for (const Row& row : kRows) {
-        const Rendered light(row.protocol, row.scancodes[0]);
+        const Rendered rendered(row.protocol, row.scancodes[0]);
         for (unsigned i = 0; i < kProtocols; ++i) {
             const auto& info = InfoOf(static_cast<Protocol>(i));
-            Bench bench(info.protocol, light.carrierHz);
-            EXPECT_EQ(bench.Receive(light.press), info.name == row.protocol
-                                                      ? Text(row.protocol, row.scancodes[0]) + ", "
-                                                      : std::string(light.press.size(), '-'))
+            ReceiverBench bench(info.protocol, rendered.carrierHz);
+            EXPECT_EQ(bench.Receive(rendered.press),
+                      info.name == row.protocol ? Text(row.protocol, row.scancodes[0]) + ", "
+                                                : std::string(rendered.press.size(), '-'))
                 << row.protocol << " by " << info.name;
         }
-        for (const std::uint32_t hz : {light.carrierHz - 5001, light.carrierHz + 5001}) {
-            Bench bench(*ProtocolByName(row.protocol), hz);
-            bench.Receive(light.press);
+        for (const std::uint32_t hz : {rendered.carrierHz - 5001, rendered.carrierHz + 5001}) {
+            ReceiverBench bench(*ProtocolByName(row.protocol), hz);
+            bench.Receive(rendered.press);
             EXPECT_FALSE(bench.last) << row.protocol;
         }
     }
@@ -127,23 +128,23 @@ TEST(Decoder, ReadsCodesWhoseDurationsAreAFifthOff)
     std::minstd_rand random(1);
     for (const Row& row : kRows) {
         const Rendered exact(row.protocol, row.scancodes[0]);
-        // Two halves less a fifth are one half and 60 %, three less a fifth two and a fifth: with
-        // halves, light that is that far off could be anything.
+        // With half bits, a deviation of a fifth is ambiguous: two halves less a fifth are one half
+        // and 60 %, three less a fifth are two and a fifth.
         const unsigned percent = exact.carrierHz == 36000 ? 18 : 20;
         for (unsigned round = 0; round < 200; ++round) {
-            auto light = exact.press;
-            for (std::uint32_t& duration : light[round % light.size()]) {
+            auto rendered = exact.press;
+            for (std::uint32_t& duration : rendered[round % rendered.size()]) {
                 duration = static_cast<std::uint32_t>(
                     duration * (100 - percent + random() % (2 * percent + 1)) / 100);
             }
-            ASSERT_EQ(Bench(row.protocol).Receive(light),
+            ASSERT_EQ(ReceiverBench(row.protocol).Receive(rendered),
                       Text(row.protocol, row.scancodes[0]) + ", ");
         }
     }
 }
 
-/// Cut off at each duration; one duration after the other shorter and longer by 60 %, gone in the
-/// dark or light round it, and dropped.
+/// Damaged copies of a frame: cut off at each duration; each duration shorter and longer by 60 %,
+/// dropped, and merged with its two neighbours.
 std::vector<Durations> Damages(const Durations& frame)
 {
     std::vector<Durations> all{Durations(frame.size(), 0), Durations(frame.size(), 0xffffffff)};
@@ -165,7 +166,7 @@ std::vector<Durations> Damages(const Durations& frame)
     return all;
 }
 
-TEST(Decoder, ReadsNoWrongCodeFromDamagedLight)
+TEST(Decoder, ReadsNoWrongCodeFromADamagedFrame)
 {
     for (const Row& row : kRows) {
         SCOPED_TRACE(row.protocol);
@@ -173,13 +174,14 @@ TEST(Decoder, ReadsNoWrongCodeFromDamagedLight)
         const Rendered intact(row.protocol, scancode);
         for (std::size_t i = 0; i < intact.press.size(); ++i) {
             for (const Durations& damaged : Damages(intact.press[i])) {
-                auto light = intact.press;
-                light[i] = damaged;
-                Bench bench(row.protocol);
-                bench.Receive(light);
+                auto rendered = intact.press;
+                rendered[i] = damaged;
+                ReceiverBench bench(row.protocol);
+                bench.Receive(rendered);
                 const std::uint32_t wrong = bench.last.value_or(scancode) ^ scancode;
                 ASSERT_EQ(wrong & ~row.unchecked, 0U) << "read " << *bench.last;
-                // Without a check the long space of a 1, cut short, is that of a 0, and no more.
+                // Without a check a 1 whose long duration is cut short reads as a 0. Nothing else
+                // may change.
                 ASSERT_EQ(wrong & ~scancode, 0U) << "read " << *bench.last;
                 ASSERT_LE(std::popcount(wrong), 1);
             }
@@ -191,7 +193,7 @@ TEST(Decoder, TakesARepeatOnlyBehindItsOwnCode)
 {
     const Rendered lg("nec", 0x0408);
     const Durations tv = Rendered("necx", 0x5bc401).press[0];
-    Bench nec("nec");
+    ReceiverBench nec("nec");
     EXPECT_EQ(nec.Receive({lg.held, lg.press[0], lg.press[0], lg.held, tv, lg.held}),
               "-0x0408, 0x0408, 0x0408 repeat, --");
     nec.Receive(lg.press);
@@ -199,13 +201,13 @@ TEST(Decoder, TakesARepeatOnlyBehindItsOwnCode)
     EXPECT_EQ(nec.Receive({lg.held}), "-");
 
     const Rendered jvc("jvc", 0x0317);
-    Bench bench("jvc");
+    ReceiverBench bench("jvc");
     EXPECT_EQ(bench.Receive({jvc.held, jvc.press[0], Rendered("jvc", 0x8317).held, jvc.held}),
               "-0x0317, -0x0317 repeat, ");
 
     const Durations up = Rendered("sony12", 0x010012).held;
     const Durations down = Rendered("sony12", 0x010013).held;
-    Bench sony("sony12");
+    ReceiverBench sony("sony12");
     EXPECT_EQ(sony.Receive({up, down, up, down, down}), "0x010013, ") << "only what comes twice";
     EXPECT_EQ(sony.Receive({down, down}), "0x010013 repeat, ");
 }
@@ -216,7 +218,7 @@ TEST(Decoder, TakesTheSecondHalfOnlyBehindTheFirst)
     const auto middle = both.begin() + static_cast<std::ptrdiff_t>(both.size() / 2);
     const Durations first(both.begin(), middle);
     const Durations second(middle, both.end());
-    Bench bench("sharp");
+    ReceiverBench bench("sharp");
     EXPECT_EQ(bench.Receive({second, first, first}), "-");
     bench.Wait(1s);
     EXPECT_EQ(bench.Receive({second}), "-");

@@ -11,7 +11,7 @@ constexpr std::string_view kGood =
     R"({"devices":[{"name":"tv","type":"television","protocol":"nec",)"
     R"("codes":{"0x0408":"power"},"cec":{"0x40":"power"}}]})";
 
-/// The good text with one piece of it replaced.
+/// The valid text with one piece replaced.
 std::string With(std::string_view piece, const std::string& other)
 {
     std::string text(kGood);

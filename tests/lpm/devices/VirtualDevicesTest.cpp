@@ -23,24 +23,24 @@ std::string LivingRoom()
     return text.str();
 }
 
-/// The living room, a diode in it, and what the room said since one last looked.
+/// The virtual devices of living-room.json, a blaster, and the lines since the last call.
 class VirtualDevicesTest : public ::testing::Test {
 protected:
-    /// One press of a key, held for so many repeats.
+    /// Sends one press of a key, held for `repeats` repeats.
     void HandleFrame(std::string_view protocol, std::uint32_t scancode, unsigned repeats = 0)
     {
         m_toggle = !m_toggle;
-        const Rendered light(protocol, scancode, m_toggle);
-        auto frames = light.press;
-        frames.insert(frames.end(), repeats, light.held);
+        const Rendered rendered(protocol, scancode, m_toggle);
+        auto frames = rendered.press;
+        frames.insert(frames.end(), repeats, rendered.held);
         for (const auto& frame : frames) {
-            m_devices->HandleFrame({light.carrierHz, frame});
+            m_devices->HandleFrame({rendered.carrierHz, frame});
             m_now += protocol == "sony20" ? 45U : 108U;
         }
         m_now += 1000;
     }
 
-    /// Of one of the living room's devices; `code` is the last byte of its scancode.
+    /// Presses a key of one of the devices; `code` is the last byte of its scancode.
     void Press(const char* device, unsigned code, unsigned repeats = 0)
     {
         const std::string_view name = device;
@@ -61,7 +61,7 @@ protected:
         }
     }
 
-    /// Some members of a device's state, given and returned as JSON.
+    /// Those members of a device's state that `members` names; both as JSON.
     std::string State(const char* device, const std::string& members) const
     {
         Json::Value all, some;
@@ -85,7 +85,7 @@ protected:
         [this] { return m_now; });
 };
 
-TEST_F(VirtualDevicesTest, SaysEachSightAndEachChangeInALine)
+TEST_F(VirtualDevicesTest, ReportsEachFrameAndEachChangeInALine)
 {
     Press(kTelevision, 0x01, 1);
     m_devices->HandleFrame({40000, std::vector<std::uint32_t>{2400, 600, 600, 10000}});
@@ -99,7 +99,7 @@ TEST_F(VirtualDevicesTest, SaysEachSightAndEachChangeInALine)
 )");
 }
 
-TEST_F(VirtualDevicesTest, TakesNothingForeignAndOnlyPowerWhileOff)
+TEST_F(VirtualDevicesTest, IgnoresOtherProtocolsAndAllKeysButPowerWhileOff)
 {
     HandleFrame("nec", 0x0408);
     HandleFrame("necx", 0xc14486);

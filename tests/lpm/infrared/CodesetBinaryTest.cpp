@@ -38,7 +38,7 @@ std::string WhyRefused(std::span<const std::uint8_t> bytes)
     return CodesetBinary::Parse(bytes, why) ? "accepted" : why;
 }
 
-/// The length and the checksum that make a changed binary look whole.
+/// Sets the length and the checksum of a changed binary, so that only the change can be refused.
 Bytes Resealed(Bytes bytes)
 {
     bytes[6] = static_cast<std::uint8_t>(bytes.size());
@@ -50,7 +50,7 @@ Bytes Resealed(Bytes bytes)
     return bytes;
 }
 
-TEST(CodesetBinary, ComesBackAsItWasComposedAndLiesInTheBytesAsDrawn)
+TEST(CodesetBinary, ReadsBackAsComposedInTheDocumentedBytes)
 {
     std::string why;
     const std::vector<CodesetKey> shuffled = {kKeys[2], kKeys[0], kKeys[1]};
@@ -85,8 +85,8 @@ TEST(CodesetBinary, RefusesEveryTruncationAndEveryChangedByte)
     }
 }
 
-/// Each key of a code set that is accepted can be sent, in frames that cannot make the blaster
-/// spin.
+/// Checks that each key of an accepted code set can be sent, in frames of the minimum length or
+/// more: shorter ones would keep the blaster's task busy.
 bool IsAcceptedAndSends(std::span<const std::uint8_t> bytes)
 {
     std::string why;

@@ -17,7 +17,7 @@ std::uint32_t Length(const Durations& frame)
     return std::accumulate(frame.begin(), frame.end(), 0U);
 }
 
-TEST(KeyRenderer, KeepsThePaceOfEachProtocol)
+TEST(KeyRenderer, KeepsThePeriodsOfEachProtocol)
 {
     const struct {
         const char* protocol;
@@ -43,16 +43,16 @@ TEST(KeyRenderer, KeepsThePaceOfEachProtocol)
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.protocol);
-        const Rendered light(row.protocol, row.scancode);
-        EXPECT_EQ(light.press.size(), row.minimum);
-        EXPECT_EQ(light.carrierHz, row.carrierHz);
-        EXPECT_EQ(Length(light.press[0]), row.firstUs);
-        EXPECT_EQ(Length(light.held), row.heldUs);
-        EXPECT_EQ(light.held.size(), row.heldDurations);
+        const Rendered rendered(row.protocol, row.scancode);
+        EXPECT_EQ(rendered.press.size(), row.minimum);
+        EXPECT_EQ(rendered.carrierHz, row.carrierHz);
+        EXPECT_EQ(Length(rendered.press[0]), row.firstUs);
+        EXPECT_EQ(Length(rendered.held), row.heldUs);
+        EXPECT_EQ(rendered.held.size(), row.heldDurations);
     }
 }
 
-TEST(KeyRenderer, LetsTheGroupSayCarrierFramesAndLight)
+TEST(KeyRenderer, LetsTheGroupSayCarrierFramesAndDurations)
 {
     const Rendered nec({.protocol = Protocol::kNec, .carrierKHz = 40, .minimumFrames = 2}, 0xa51c);
     EXPECT_EQ(nec.press.size(), 2U);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// LIRC's decoder, which nobody here wrote, judges the light: it must name the key that was sent.
+// LIRC's decoder is independent of this project. It must name the key that was rendered.
 
 #include <gtest/gtest.h>
 
@@ -15,11 +15,12 @@ using namespace Lpm;
 
 namespace {
 
-/// The keys that LIRC names, each with a blank behind it, in what LpmService prints for `--render`.
+/// The keys that LIRC decodes from the output of LpmService's `--render`, each with a blank behind
+/// it.
 std::string Decoded(const std::string& protocol, const std::string& words)
 {
     const TemporaryRoot folder;
-    // It writes a log and a dummy output wherever it runs.
+    // It writes a log and an output file to its working folder.
     const std::string command =
         "cd " + folder.Path() + " && { echo space 1000000; " LPM_SERVICE " --render " + protocol +
         ":" + words + " | grep -v carrier; } >light && XDG_CACHE_HOME=" + folder.Path() +
