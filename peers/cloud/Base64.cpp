@@ -24,7 +24,7 @@ const unsigned char* Bytes(std::string_view text)
 
 std::string ToBase64(std::string_view bytes)
 {
-    // The library ends its output with a null, for which a string has room.
+    // EVP_EncodeBlock writes a null behind its output; a string has a byte for it.
     std::string text((bytes.size() + 2) / 3 * kGroup, '\0');
     EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()), Bytes(bytes),
                     static_cast<int>(bytes.size()));
@@ -33,6 +33,7 @@ std::string ToBase64(std::string_view bytes)
 
 std::optional<std::string> FromBase64(std::string_view text)
 {
+    // Checked here: EVP_DecodeBlock skips blanks around the text and accepts "=" within it.
     const std::size_t end = std::min(text.find_first_not_of(kAlphabet), text.size());
     const std::size_t padding = text.size() - end;
     if (text.size() % kGroup != 0 || padding > 2 ||
@@ -42,6 +43,7 @@ std::optional<std::string> FromBase64(std::string_view text)
     std::string bytes(text.size() / kGroup * 3, '\0');
     EVP_DecodeBlock(reinterpret_cast<unsigned char*>(bytes.data()), Bytes(text),
                     static_cast<int>(text.size()));
+    // EVP_DecodeBlock decodes the padding to null bytes.
     bytes.resize(bytes.size() - padding);
     return bytes;
 }

@@ -14,8 +14,8 @@ namespace Cloud {
 
 namespace {
 
-/// Behind any text that begins as the one in front of it.
-constexpr std::string_view kBehindAll = "\xf4\x8f\xbf\xbf";
+/// U+10FFFF. Appended to a prefix it makes the end of the range of names with that prefix.
+constexpr std::string_view kLastCharacter = "\xf4\x8f\xbf\xbf";
 
 constexpr const char* kOneBrand =
     "FROM type JOIN brand ON brand.type = type.id AND type.name = ?1 AND brand.name = ?2 ";
@@ -47,7 +47,8 @@ constexpr const char* kTypeTest =
     "JOIN codeset ON codeset.id = used.codeset JOIN signal ON signal.codeset = codeset.id "
     "ORDER BY used.weight DESC, codeset.name, signal.place";
 
-/// The closest row first: one for the name before one for any, then one for the role.
+/// The closest row: one with the name before one for any name, then one with the role before one
+/// for any role. In descending order the empty text comes last.
 constexpr const char* kCec =
     "SELECT type, brand, codeset FROM cec WHERE vendor = ?1 AND osd IN ('', ?2) "
     "AND role IN ('', ?3) ORDER BY osd DESC, role DESC LIMIT 1";
@@ -56,7 +57,7 @@ constexpr const char* kEdid =
     "SELECT type, brand, codeset FROM edid WHERE manufacturer = ?1 AND monitor IN ('', ?2) "
     "ORDER BY monitor DESC LIMIT 1";
 
-/// What sits at a logical address of the CEC bus.
+/// The kind of device at a logical address of the CEC bus.
 std::string_view Role(unsigned address)
 {
     constexpr std::array<std::string_view, 16> kRoles = {
@@ -79,6 +80,7 @@ std::vector<TestRow> TestRows(Rows rows)
     std::vector<TestRow> test;
     while (rows.Next()) {
         std::string codeset = rows.Text(0);
+        // The rows of a code set follow each other: the query sorts by its name.
         if (test.empty() || test.back().codeset != codeset) {
             test.push_back({std::move(codeset), std::max<std::int64_t>(1, rows.Integer(1)), {}});
         }
@@ -124,6 +126,7 @@ std::unique_ptr<Catalogue> Catalogue::Open(const std::string& path, std::string&
     const std::string quota = catalogue->Meta("quota");
     const char* end = quota.data() + quota.size();
     const auto [stop, error] = std::from_chars(quota.data(), end, catalogue->m_quota);
+    // A statement that could not be prepared, because the file has other tables, fails here too.
     if (catalogue->TakeFailed()) {
         why = catalogue->m_database->Why();
         return nullptr;
@@ -148,22 +151,23 @@ std::vector<std::string> Catalogue::DeviceTypes()
 
 std::vector<std::string> Catalogue::Brands(std::string_view type, std::string_view prefix)
 {
-    return Names(m_brands.Run(type, prefix, std::string(prefix).append(kBehindAll)));
+    return Names(m_brands.Run(type, prefix, std::string(prefix).append(kLastCharacter)));
 }
 
-std::vector<LikeModel> Catalogue::Models(std::string_view type, std::string_view brand,
-                                         std::string_view hint, unsigned threshold)
+std::vector<SimilarModel> Catalogue::Models(std::string_view type, std::string_view brand,
+                                            std::string_view hint, unsigned threshold)
 {
-    std::vector<LikeModel> models;
+    std::vector<SimilarModel> models;
     auto rows = m_models.Run(type, brand);
     while (rows.Next()) {
-        LikeModel model{rows.Text(0), 0};
+        SimilarModel model{rows.Text(0), 0};
         model.value = Similarity(hint, model.name);
         if (model.value >= threshold) {
             models.push_back(std::move(model));
         }
     }
-    std::ranges::stable_sort(models, std::ranges::greater(), &LikeModel::value);
+    // Stable: the query sorts by name, which stays the order among equals.
+    std::ranges::stable_sort(models, std::ranges::greater(), &SimilarModel::value);
     return models;
 }
 

@@ -15,7 +15,7 @@
 
 namespace Cloud {
 
-struct LikeModel {
+struct SimilarModel {
     std::string name;
     unsigned value = 0;  ///< percent
 };
@@ -24,7 +24,8 @@ struct LikeModel {
 struct TestRow {
     std::string codeset;
     std::int64_t weight = 1;
-    std::vector<std::pair<int, std::int64_t>> signals;  ///< key number, light (equal: the same)
+    std::vector<std::pair<int, std::int64_t>>
+        signals;  ///< key number, signal id (equal: same signal)
 };
 
 struct FoundDevice {
@@ -33,39 +34,39 @@ struct FoundDevice {
     std::string codeset;
 };
 
-/// The catalogue in its file, read-only. Names are matched without regard to case; what is not
-/// there is an empty answer. One thread.
+/// A catalogue file, read-only. Names are compared without regard to case. A search without a match
+/// returns an empty answer. For one thread.
 class Catalogue {
 public:
-    /// Null, and the reason in `why`, for a file that is no catalogue.
+    /// Null, and the reason in `why`, if the file is not a catalogue.
     static std::unique_ptr<Catalogue> Open(const std::string& path, std::string& why);
 
     const std::string& Version() const { return m_versionText; }
 
-    /// Downloads that an identity has.
+    /// Downloads that each identity may make.
     std::int64_t DownloadQuota() const { return m_quota; }
 
     std::vector<std::string> DeviceTypes();
     std::vector<std::string> Brands(std::string_view type, std::string_view prefix);
 
-    /// Best first, and by name among equals.
-    std::vector<LikeModel> Models(std::string_view type, std::string_view brand,
-                                  std::string_view hint, unsigned threshold);
+    /// The most similar first; equal ones by name.
+    std::vector<SimilarModel> Models(std::string_view type, std::string_view brand,
+                                     std::string_view hint, unsigned threshold);
     std::vector<std::string> ModelCodesets(std::string_view type, std::string_view brand,
                                            std::string_view model);
     std::vector<std::string> BrandCodesets(std::string_view type, std::string_view brand);
 
-    /// An empty brand: all of the type.
+    /// An empty brand means all brands of the type.
     std::vector<TestRow> GuidedTest(std::string_view type, std::string_view brand);
 
     std::optional<std::string> Codeset(std::string_view name);
     std::optional<FoundDevice> FindByCec(std::uint32_t vendor, unsigned address,
                                          std::string_view osd);
 
-    /// From an EDID's first block, of 128 bytes at least.
+    /// `edid` has at least the 128 bytes of the first block.
     std::optional<FoundDevice> FindByEdid(std::span<const std::uint8_t> edid);
 
-    /// Whether the file could not be read since the last question.
+    /// Whether reading the file has failed since the last call.
     bool TakeFailed() { return m_database->TakeFailed(); }
 
 private:

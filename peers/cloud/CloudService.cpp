@@ -23,9 +23,9 @@ constexpr std::size_t kIdentityBytes = 64;
 constexpr std::size_t kEdidBytes = 256;
 constexpr std::uint32_t kLargestVendor = 0xffffff;
 constexpr std::uint32_t kLargestAddress = 0xffff;
-/// Identities whose downloads are counted; there is one for each product of a workbench.
+/// Identities whose downloads are counted, so that memory is bounded. Further ones have no quota.
 constexpr std::size_t kIdentities = 4096;
-/// Keeps the largest answer, of a whole type, well below its limit.
+/// Keeps the largest answer, that for a whole type, below kAnswerBytes.
 constexpr std::size_t kTestCodesets = 8192;
 
 Status Put(Json::Value& answer, const char* member, const std::vector<std::string>& names)
@@ -52,17 +52,18 @@ Status Put(Json::Value& answer, const std::optional<FoundDevice>& device)
     return Status::kGood;
 }
 
-/// Numbers each light of the answer as it first appears.
-Json::Value ToJson(const TestRow& row, std::map<std::int64_t, int>& lights)
+/// Numbers the signals of an answer in the order in which they first appear.
+Json::Value ToJson(const TestRow& row, std::map<std::int64_t, int>& signalNumbers)
 {
     Json::Value object;
     object["name"] = row.codeset;
     object["weight"] = Json::Int64{row.weight};
     Json::Value& signals = object["signals"] = Json::Value(Json::arrayValue);
-    for (const auto& [key, light] : row.signals) {
+    for (const auto& [key, signal] : row.signals) {
         Json::Value pair(Json::arrayValue);
         pair.append(key);
-        pair.append(lights.try_emplace(light, static_cast<int>(lights.size()) + 1).first->second);
+        pair.append(signalNumbers.try_emplace(signal, static_cast<int>(signalNumbers.size()) + 1)
+                        .first->second);
         signals.append(std::move(pair));
     }
     return object;
@@ -83,7 +84,7 @@ CloudAnswer HttpOnly(unsigned status)
 
 }  // namespace
 
-/// One function for each operation: reads its members, looks up, fills the answer.
+/// One function for each operation: reads its members, searches the catalogue, fills the answer.
 struct Operations {
     CloudService& service;
     const Json::Value& request;
@@ -118,7 +119,7 @@ struct Operations {
             return Status::kBadMember;
         }
         Json::Value models(Json::arrayValue);
-        for (const LikeModel& model : catalogue.Models(type, brand, hint, threshold)) {
+        for (const SimilarModel& model : catalogue.Models(type, brand, hint, threshold)) {
             Json::Value object;
             object["name"] = model.name;
             object["value"] = model.value;
@@ -154,12 +155,13 @@ struct Operations {
         if (!members.AreGood()) {
             return Status::kBadMember;
         }
+        // The rows are sorted by weight, so the least used code sets are left out.
         auto rows = catalogue.GuidedTest(type, brand);
         rows.resize(std::min(rows.size(), kTestCodesets));
         Json::Value& codesets = answer["codesets"] = Json::Value(Json::arrayValue);
-        std::map<std::int64_t, int> lights;
+        std::map<std::int64_t, int> signalNumbers;
         for (const TestRow& row : rows) {
-            codesets.append(ToJson(row, lights));
+            codesets.append(ToJson(row, signalNumbers));
         }
         return rows.empty() ? Status::kNothing : Status::kGood;
     }
@@ -175,6 +177,7 @@ struct Operations {
             return Status::kNothing;
         }
         answer["data"] = ToBase64(*data);
+        // Last: only a download that succeeds counts. A refusal also removes the data, in Answer.
         return service.TakeDownload(request["identity"].asString());
     }
 
@@ -265,6 +268,7 @@ CloudAnswer CloudService::Answer(std::string_view body)
         Operations operations{.service = *this, .request = *request, .answer = answer};
         status = (operations.*row->handle)();
     }
+    // An operation may have filled the answer before it failed.
     if (status != Status::kGood) {
         answer = Json::Value();
     }

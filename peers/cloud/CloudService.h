@@ -17,7 +17,7 @@
 
 namespace Cloud {
 
-/// A request's body and an answer's; docs/cloud.md says what is in them.
+/// Limits for the body of a request and of an answer. docs/cloud.md describes both.
 inline constexpr std::size_t kRequestBytes = 64UL * 1024;
 inline constexpr std::size_t kAnswerBytes = 4UL * 1024 * 1024;
 
@@ -26,17 +26,17 @@ enum class Status : int { kGood = 0, kNothing = 44, kBadMember = 45, kQuotaUsedU
 struct CloudAnswer {
     unsigned httpStatus = 200;
     std::string body;
-    std::chrono::milliseconds delay{};  ///< to wait before it is sent
+    std::chrono::milliseconds delay{};  ///< delay before the answer is sent
 };
 
 bool IsOperation(std::string_view name);
 
-/// Answers requests out of a catalogue. Knows nothing of connections. One thread.
+/// Answers requests from a catalogue. Independent of connections. For one thread.
 class CloudService {
 public:
     explicit CloudService(Catalogue& catalogue, ReplyScript script = {});
 
-    /// The answer to a request's body, whatever that is.
+    /// The answer to a request's body. Invalid bodies have an answer too.
     CloudAnswer Answer(std::string_view body);
 
 private:

@@ -6,9 +6,9 @@
 #include <array>
 #include <cstddef>
 
-// An EDID block has 128 bytes: 0 to 7 the header, 8 and 9 three letters of 5 bits each, high byte
-// first; from 54 on four descriptors of 18 bytes. One that begins 00 00 00 FC 00 is the name, up to
-// 13 characters that end with a line feed.
+// An EDID block has 128 bytes: 0 to 7 are the header, 8 and 9 three letters of 5 bits each, high
+// byte first. From 54 on it has four descriptors of 18 bytes. A descriptor that begins 00 00 00 FC
+// 00 is the name, up to 13 characters that end with a line feed.
 namespace Cloud {
 
 namespace {
@@ -29,6 +29,7 @@ std::string Name(std::span<const std::uint8_t> descriptor)
         }
         name.push_back(static_cast<char>(byte));
     }
+    // A name without a line feed may be filled up with blanks.
     name.erase(name.find_last_not_of(' ') + 1);
     return name;
 }

@@ -9,10 +9,10 @@
 
 namespace Cloud {
 
-/// Who a display says that it is.
+/// Manufacturer and name of a display.
 struct EdidMonitor {
     std::string manufacturer;  ///< three letters
-    std::string name;          ///< of the name descriptor; may be empty
+    std::string name;          ///< from the name descriptor; may be empty
 };
 
 /// Nothing if the bytes do not begin with an EDID block.

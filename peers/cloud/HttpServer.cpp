@@ -21,11 +21,12 @@ namespace http = boost::beast::http;
 using asio::ip::tcp;
 
 constexpr std::chrono::seconds kIdleLimit(30);
-constexpr std::chrono::seconds kFarewellLimit(2);
-constexpr std::size_t kFarewellBytes = 16 * kRequestBytes;
+constexpr std::chrono::seconds kLingerLimit(2);
+/// A client that goes on sending for ever is cut off.
+constexpr std::size_t kLingerBytes = 16 * kRequestBytes;
 constexpr std::chrono::milliseconds kAcceptPause(100);
 
-/// One connection: reads a request, answers it, and so on. Lives as long as something is under way.
+/// One connection, which reads and answers requests in turn. The pending operation owns it.
 class Connection : public std::enable_shared_from_this<Connection> {
 public:
     Connection(tcp::socket socket, CloudService& service, std::shared_ptr<int> share)
@@ -62,7 +63,7 @@ private:
         ReadBody();
     }
 
-    /// A client may keep its body back until it is asked for it.
+    /// A client may wait for this answer before it sends the body.
     void Continue()
     {
         m_continue = http::response<http::empty_body>(http::status::continue_, 11);
@@ -104,6 +105,7 @@ private:
             Send(answer.httpStatus, std::move(answer.body));
             return;
         }
+        // The scripted delay is not the client's fault, so it does not count as idle time.
         m_stream.expires_never();
         m_timer.expires_after(answer.delay);
         m_timer.async_wait(
@@ -112,7 +114,7 @@ private:
             });
     }
 
-    /// Whoever has gone, or was too slow, hears nothing.
+    /// Answers a malformed request. A client that has closed or was too slow gets no answer.
     void Refuse(beast::error_code error)
     {
         const bool tooLarge = error == http::error::body_limit;
@@ -154,12 +156,13 @@ private:
             });
     }
 
-    /// What is still on its way is read first, or the system would take back the answer too.
+    /// Reads what the client still sends. If unread bytes were left, the system would reset the
+    /// connection, and the client could lose the answer.
     void Close()
     {
         beast::error_code ignored;
         m_stream.socket().shutdown(tcp::socket::shutdown_send, ignored);
-        m_stream.expires_after(kFarewellLimit);
+        m_stream.expires_after(kLingerLimit);
         Discard();
     }
 
@@ -170,7 +173,7 @@ private:
             m_buffer.prepare(kRequestBytes),
             [self = shared_from_this()](beast::error_code error, std::size_t bytes) {
                 self->m_discarded += bytes;
-                if (!error && self->m_discarded < kFarewellBytes) {
+                if (!error && self->m_discarded < kLingerBytes) {
                     self->Discard();
                 }
             });
@@ -224,7 +227,7 @@ void HttpServer::Accept()
             return;
         }
         if (error) {
-            // Out of descriptors, for example: asking again at once would only burn time.
+            // Without free descriptors, for example, accepting fails at once again and again.
             m_pause.expires_after(kAcceptPause);
             m_pause.async_wait([this](boost::system::error_code stopped) {
                 if (!stopped) {
@@ -233,6 +236,7 @@ void HttpServer::Accept()
             });
             return;
         }
+        // This server holds one of the shares, so the limit is reached at a count above it.
         if (static_cast<std::size_t>(m_connections.use_count()) <= Orlu::Limits::kConnections) {
             std::make_shared<Connection>(std::move(socket), m_service, m_connections)->ReadHead();
         }

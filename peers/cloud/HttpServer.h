@@ -15,17 +15,17 @@
 
 namespace Cloud {
 
-/// Serves `POST /qsp/v1` on the loopback address. Each connection may send any number of requests;
-/// one that is idle or slow for too long is closed, and one more than the limit is closed at once.
+/// Serves `POST /qsp/v1` on the loopback address. A connection may send any number of requests. It
+/// is closed if it is idle or slow for too long, and at once if there are too many connections.
 /// Everything runs on the context's thread.
 class HttpServer {
 public:
     static constexpr const char* kTarget = "/qsp/v1";
 
-    /// Both are borrowed; the context must not run any more once the server is gone.
+    /// Both are borrowed. The context must not run after the server has been destroyed.
     HttpServer(boost::asio::io_context& context, CloudService& service);
 
-    /// Port 0: a free one. The port, or nothing and the reason in `why`.
+    /// Port 0 means any free port. Returns the port, or nothing and the reason in `why`.
     std::optional<std::uint16_t> Listen(std::uint16_t port, std::string& why);
 
 private:
@@ -34,7 +34,7 @@ private:
     CloudService& m_service;
     boost::asio::ip::tcp::acceptor m_acceptor;
     boost::asio::steady_timer m_pause;
-    /// Each connection holds a share of it.
+    /// Each connection holds a copy, so the use count is the number of connections and one.
     std::shared_ptr<int> m_connections = std::make_shared<int>(0);
 };
 

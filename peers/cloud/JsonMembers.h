@@ -10,11 +10,11 @@
 
 namespace Cloud {
 
-/// Reads a request's members. One that is missing, of the wrong type or out of range makes all of
-/// it bad, and reads as empty or 0.
+/// Reads a request's members. A member that is missing, of the wrong type or out of range reads as
+/// empty or 0, and `AreGood` is false from then on.
 class JsonMembers {
 public:
-    /// Longer names are nobody's.
+    /// The names in a catalogue are shorter.
     static constexpr std::size_t kTextBytes = 1024;
 
     explicit JsonMembers(const Json::Value& object) : m_object(object) {}

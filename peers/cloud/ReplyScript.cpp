@@ -18,7 +18,7 @@ constexpr unsigned kMaximumTimes = 1000000000;
 constexpr unsigned kMinimumHttp = 200;
 constexpr unsigned kMaximumHttp = 599;
 
-/// A number that may be absent; says in `why` what is wrong with one that is there.
+/// Reads a number that may be absent. `why` is set if it is invalid.
 std::optional<unsigned> Number(const Json::Value& object, const char* name, unsigned least,
                                unsigned most, std::string& why)
 {
@@ -55,6 +55,7 @@ bool ReplyScript::Load(std::string_view text, std::string& why)
         }
         entries.push_back(std::move(*entry));
     }
+    // Only now: a fault in a later entry leaves the old script in force.
     m_entries = std::move(entries);
     return true;
 }

@@ -14,26 +14,26 @@
 
 namespace Cloud {
 
-/// How one answer differs from the normal one. Nothing set: not at all.
+/// How one answer differs from the normal answer. Without any member set it does not differ.
 struct ScriptedReply {
-    std::optional<unsigned> http;       ///< in place of the answer, which is then empty
-    std::chrono::milliseconds delay{};  ///< before the answer
-    bool quota = false;                 ///< as if the identity's quota were used up
+    std::optional<unsigned> http;       ///< HTTP status; the answer is then empty
+    std::chrono::milliseconds delay{};  ///< delay before the answer
+    bool quota = false;                 ///< answers as if the identity's quota were used up
 };
 
-/// Tells the cloud to answer otherwise than it would.
+/// Makes the cloud answer differently than it normally does.
 ///
 ///     {"replies": [{"operation": "codeset", "http": 503, "times": 1, "delayMs": 20, "quota":
 ///     true}]}
 ///
-/// For a request the first entry of its operation counts that is not used up; without `times` it is
-/// never used up.
+/// A request gets the first entry for its operation that is not used up. An entry without `times`
+/// is never used up.
 class ReplyScript {
 public:
-    /// False, with the reason in `why`, leaves the script as it was.
+    /// False, with the reason in `why`, if the text is invalid; the script is then unchanged.
     bool Load(std::string_view text, std::string& why);
 
-    /// What is to be done with a request of this operation; uses up one time.
+    /// The entry for a request of this operation. Uses up one of its times.
     ScriptedReply Take(std::string_view operation);
 
 private:

@@ -4,8 +4,8 @@
 
 namespace Cloud {
 
-/// Tables of a catalogue. Names compare without regard to the case of ASCII letters, and the
-/// indexes are in that order too, so that a prefix is a range of one.
+/// Tables of a catalogue. Names are compared without regard to the case of ASCII letters. The
+/// indexes have the same order, so the names with a prefix are one range of an index.
 inline constexpr const char* kSchema = R"(
 CREATE TABLE meta(name TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;
 CREATE TABLE source(id INTEGER PRIMARY KEY, name TEXT NOT NULL, licence TEXT NOT NULL);
@@ -30,12 +30,12 @@ CREATE TABLE edid(manufacturer TEXT NOT NULL, monitor TEXT NOT NULL COLLATE NOCA
   PRIMARY KEY(manufacturer, monitor)) WITHOUT ROWID;
 )";
 
-/// The brands of a type from one text up to and without another, by the index alone.
+/// The brands of a type from ?2 up to ?3, which is excluded. Read from the index alone.
 inline constexpr const char* kBrandsInRange =
     "SELECT brand.name FROM type JOIN brand ON brand.type = type.id "
     "WHERE type.name = ?1 AND brand.name >= ?2 AND brand.name < ?3 ORDER BY brand.name";
 
-/// What stands for a code set where a device is known without one.
+/// The code set name of a device that is known without a code set.
 inline constexpr const char* kNoCodeset = "T9999";
 
 }  // namespace Cloud

@@ -13,7 +13,7 @@ namespace Cloud {
 
 namespace {
 
-/// Longer text is cut: the work grows with the product of the lengths.
+/// Longer text is cut, since the time grows with the product of the lengths.
 constexpr std::size_t kMaximumLength = 64;
 constexpr std::size_t kPercent = 100;
 constexpr std::size_t kLeastForPart = 60;
@@ -23,21 +23,23 @@ bool IsDigit(char c)
     return c >= '0' && c <= '9';
 }
 
-std::string Essence(std::string_view text)
+std::string LettersAndDigits(std::string_view text)
 {
-    std::string essence;
+    std::string kept;
     for (char c : text.substr(0, kMaximumLength)) {
         if (c >= 'A' && c <= 'Z') {
             c = static_cast<char>(c - 'A' + 'a');
         }
+        // Bytes from 0x80 on are parts of UTF-8 letters.
         if ((c >= 'a' && c <= 'z') || IsDigit(c) || static_cast<unsigned char>(c) >= 0x80) {
-            essence.push_back(c);
+            kept.push_back(c);
         }
     }
-    return essence;
+    return kept;
 }
 
-/// Characters to insert, drop or replace.
+/// The least number of characters to insert, drop or replace (Levenshtein), with one row of the
+/// table in memory.
 std::size_t Distance(const std::string& a, const std::string& b)
 {
     std::vector<std::size_t> row(b.size() + 1);
@@ -57,16 +59,19 @@ std::size_t Distance(const std::string& a, const std::string& b)
 
 unsigned Similarity(std::string_view hint, std::string_view name)
 {
-    const std::string asked = Essence(hint);
-    const std::string known = Essence(name);
+    const std::string asked = LettersAndDigits(hint);
+    const std::string known = LettersAndDigits(name);
     if (asked.empty() || asked == known) {
         return kPercent;
     }
     const std::size_t longer = std::max(asked.size(), known.size());
     std::size_t value = kPercent * (longer - Distance(asked, known)) / longer;
+    // A user types the beginning of a long name: each missing character would count as a
+    // difference.
     if (known.starts_with(asked)) {
         value = std::max(value, kLeastForPart + (kPercent - kLeastForPart) * asked.size() / longer);
     }
+    // 100 is for equal text only.
     return static_cast<unsigned>(std::min(value, kPercent - 1));
 }
 

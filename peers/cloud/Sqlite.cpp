@@ -10,7 +10,7 @@ namespace Cloud {
 
 Rows::~Rows()
 {
-    // None at all if it could not be prepared, which only the first of the two puts up with.
+    // A statement that could not be prepared is null, which sqlite3_clear_bindings does not accept.
     if (m_statement != nullptr) {
         sqlite3_reset(m_statement);
         sqlite3_clear_bindings(m_statement);
@@ -28,6 +28,7 @@ bool Rows::Next()
 
 std::string Rows::Text(int column) const
 {
+    // In this order: sqlite3_column_bytes is the size of the form that was read last.
     const void* bytes = sqlite3_column_blob(m_statement, column);
     const int size = sqlite3_column_bytes(m_statement, column);
     return bytes == nullptr || size <= 0
@@ -52,6 +53,7 @@ void Statement::Bind(int place, std::int64_t value)
 
 void Statement::Bind(int place, std::string_view text)
 {
+    // A null pointer would bind NULL, which equals no text.
     sqlite3_bind_text64(m_statement.get(), place, text.data() == nullptr ? "" : text.data(),
                         text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
 }
@@ -66,6 +68,7 @@ std::unique_ptr<Database> Database::Open(const std::string& path, int flags, std
     sqlite3* handle = nullptr;
     const int result = sqlite3_open_v2(path.c_str(), &handle, flags | SQLITE_OPEN_NOMUTEX, nullptr);
     auto database = std::make_unique<Database>();
+    // A failure gives a handle too, which has the reason and must be closed.
     database->m_database.reset(handle);
     if (result != SQLITE_OK) {
         why = handle == nullptr ? "no memory" : sqlite3_errmsg(handle);

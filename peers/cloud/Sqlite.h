@@ -12,7 +12,7 @@ struct sqlite3_stmt;
 
 namespace Cloud {
 
-/// The rows of one run of a statement. While it lives the statement can't be run again.
+/// The rows of one run of a statement. The statement can't be run again while this object exists.
 class Rows {
 public:
     Rows(sqlite3_stmt* statement, bool* failed) : m_statement(statement), m_failed(failed) {}
@@ -20,7 +20,7 @@ public:
     Rows(const Rows&) = delete;
     Rows& operator=(const Rows&) = delete;
 
-    /// False behind the last row, and on an error, which the database remembers.
+    /// False behind the last row, and on an error, which `Database::TakeFailed` reports.
     bool Next();
 
     /// Columns count from 0.
@@ -32,7 +32,7 @@ private:
     bool* m_failed;
 };
 
-/// A prepared statement; belongs to its database and must not outlive it.
+/// A prepared statement. Must not outlive its database.
 class Statement {
 public:
     Statement() = default;
@@ -62,20 +62,20 @@ private:
     bool* m_failed = nullptr;
 };
 
-/// A connection for one thread. An error of any kind sets `Failed` until it is asked for.
+/// A connection for one thread. Every error is remembered until `TakeFailed` reports it.
 class Database {
 public:
-    /// Null, and the reason in `why`. Read-only takes the file as one that nobody changes.
+    /// Null, and the reason in `why`, on failure.
     static std::unique_ptr<Database> OpenReadOnly(const std::string& path, std::string& why);
     static std::unique_ptr<Database> Create(const std::string& path, std::string& why);
 
     Statement Prepare(const std::string& sql);
     bool Execute(const std::string& sql);
 
-    /// Whether something has failed since the last question; forgets it.
+    /// Whether an error has occurred since the last call.
     bool TakeFailed();
 
-    /// The library's words for the last error.
+    /// SQLite's text for the last error.
     std::string Why() const;
 
 private:

@@ -20,7 +20,7 @@ ExitCode Refuse(const char* reason)
     return kRefused;
 }
 
-/// Why these words are no line; null if they are one.
+/// Why the words cannot be sent as a line; null if they can.
 const char* RefusalOf(const std::vector<std::string>& words)
 {
     std::size_t size = 0;
@@ -130,6 +130,7 @@ ExitCode Console::Help(std::string command)
         Print(text + "help COMMAND tells more of one; exit leaves.");
         return kKnown;
     }
+    // All commands belong to one family, whose name may be left out.
     if (!command.starts_with(kFamily)) {
         command.insert(0, kFamily);
     }
@@ -148,6 +149,7 @@ ExitCode Console::Help(std::string command)
 
 ServiceConnection::Outcome Console::FetchCommands()
 {
+    // An empty table means that no fetch has succeeded yet.
     return m_commands.command().empty() ? m_service.Ask(CONSOLE_DESCRIBE, Describe(), m_commands)
                                         : ServiceConnection::Outcome::kAnswered;
 }

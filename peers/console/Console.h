@@ -12,30 +12,30 @@
 
 namespace OrluConsole {
 
-/// How the program ends.
+/// Exit codes of the program.
 enum ExitCode : int { kKnown = 0, kUnknown = 1, kRefused = 2, kUnreachable = 3 };
 
-/// Takes lines to the service and its answers to the user.
+/// Sends lines to the service and prints its answers.
 class Console {
 public:
-    /// `colour`: standard output may have some.
+    /// `colour`: the output may contain colour codes.
     Console(ServiceConnection& service, bool colour) : m_service(service), m_colour(colour) {}
 
-    /// Carries out one line and prints what came of it: the answer on standard output, what kept
-    /// it from being one on standard error.
+    /// Executes one line. Prints the answer on standard output, or the reason of a failure on
+    /// standard error.
     ExitCode Execute(const std::vector<std::string>& words);
 
-    /// Carries out lines to their end, to `exit` or to a signal, which gives 0; else the code of
-    /// the last one.
+    /// Executes lines until the end of input, `exit` or a signal. Returns 0 after a signal, else
+    /// the code of the last line.
     ExitCode ExecuteAll(InputIF& input);
 
-    /// What a text may go on to: a command, or `help` with one behind it.
+    /// Completions of a text: commands, and `help` with a command behind it.
     std::vector<std::string> Complete(std::string_view text);
 
 private:
     ExitCode Send(const std::vector<std::string>& words);
     ExitCode Help(std::string command);
-    /// Once: the table does not change while a service runs.
+    /// Fetches the commands once: the table does not change while a service runs.
     ServiceConnection::Outcome FetchCommands();
     ExitCode Failed(ServiceConnection::Outcome outcome);
     void Print(const std::string& text) const;

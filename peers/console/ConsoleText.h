@@ -9,12 +9,12 @@
 
 namespace OrluConsole {
 
-/// The words of a line, with blanks and tabs between. What stands in "…" or '…' is taken as it is,
-/// as part of a word or as one. Nothing for a quote that does not end.
+/// Splits a line into words at blanks and tabs. Text in "…" or '…' is taken literally, as a word or
+/// as part of one. Nothing if a quote is not closed.
 std::optional<std::vector<std::string>> SplitWords(std::string_view line);
 
-/// A service's text as a terminal may show it: line feeds and tabs stay, other control characters
-/// and bytes that are no UTF-8 come out as `\x1b`.
+/// Makes a service's text safe for a terminal. Line feeds and tabs stay; other control characters
+/// and bytes that are not UTF-8 become text such as `\x1b`.
 std::string Printable(std::string_view text);
 
 }  // namespace OrluConsole

@@ -6,23 +6,23 @@
 
 namespace OrluConsole {
 
-/// Where lines come from.
+/// A source of lines.
 class InputIF {
 public:
     enum class Kind {
         kLine,
-        kTooLong,     ///< A line over `Limits::kConsoleLineBytes`; it was passed over.
-        kEnd,         ///< No line any more.
-        kInterrupted  ///< A signal.
+        kTooLong,     ///< A line over `Limits::kConsoleLineBytes`, which was skipped.
+        kEnd,         ///< The end of input.
+        kInterrupted  ///< A signal ended the wait.
     };
     struct Input {
         Kind kind;
-        std::string line = {};  ///< Without its end.
+        std::string line = {};  ///< Without the line feed.
     };
 
     virtual ~InputIF() = default;
 
-    /// Blocks until there is one.
+    /// Blocks until there is a line, the end of input or a signal.
     virtual Input Read() = 0;
 };
 

@@ -19,10 +19,11 @@ namespace OrluConsole {
 namespace {
 
 constexpr int kHistoryLines = 1000;
-/// Between these the editor counts no columns.
+/// The editor does not count the characters between two of these as columns: colour codes have no
+/// width.
 constexpr wchar_t kEscape = L'\1';
 
-/// What all of them begin with.
+/// The longest common prefix.
 std::string CommonBeginning(const std::vector<std::string>& texts)
 {
     std::string common = texts.front();
@@ -110,7 +111,8 @@ InputIF::Input LineEditor::Read()
     return {Kind::kLine, line};
 }
 
-/// 1, or 0 at the end of input and after a signal.
+/// Returns 1, or 0 at the end of input and after a signal. Replaces the library's reader, which
+/// would not notice the signals.
 int LineEditor::NextCharacter(wchar_t& character)
 {
     std::mbstate_t state{};
@@ -121,9 +123,9 @@ int LineEditor::NextCharacter(wchar_t& character)
             return 0;
         }
         switch (std::mbrtowc(&character, &byte, 1, &state)) {
-            case static_cast<std::size_t>(-2):
+            case static_cast<std::size_t>(-2):  // an incomplete character
                 break;
-            case static_cast<std::size_t>(-1):
+            case static_cast<std::size_t>(-1):  // an invalid byte is skipped
                 state = {};
                 break;
             default:
@@ -153,7 +155,7 @@ unsigned char LineEditor::CompleteLine()
 
 void LineEditor::LoadHistory()
 {
-    // A regular file of a size that a history has; the library reads whatever it is given.
+    // The library would read any file, of any size and kind.
     std::error_code error;
     if (std::filesystem::is_regular_file(m_historyPath, error) &&
         std::filesystem::file_size(m_historyPath, error) <= Orlu::Limits::kFileBytes) {
@@ -170,6 +172,7 @@ void LineEditor::KeepHistory()
     std::error_code error;
     std::filesystem::create_directories(std::filesystem::path(m_historyPath).parent_path(), error);
     const std::string temporary = m_historyPath + "." + std::to_string(::getpid());
+    // The library creates the file itself, so the mask makes it readable by its owner alone.
     const mode_t mask = ::umask(S_IRWXG | S_IRWXO);
     HistEvent event;
     if (history(m_history, &event, H_SAVE, temporary.c_str()) >= 0) {

@@ -14,13 +14,14 @@
 
 namespace OrluConsole {
 
-/// Lines from a terminal: editing, history kept between runs, completion with the tab key.
+/// Reads lines from a terminal, with editing, completion by the tab key, and a history that is kept
+/// between runs.
 class LineEditor final : public InputIF {
 public:
-    /// What the text up to the cursor may go on to, each as the whole text.
+    /// Returns the completions of the text up to the cursor, each with that text in front.
     using Completions = std::function<std::vector<std::string>(std::string_view text)>;
 
-    /// An empty path: the history is not kept. `colour`: the prompt may have one.
+    /// Without a path the history is not kept. `colour`: the prompt may contain colour codes.
     LineEditor(Signals& signals, std::string historyPath, bool colour, Completions completions);
     ~LineEditor() override;
     LineEditor(const LineEditor&) = delete;
@@ -28,8 +29,7 @@ public:
 
     Input Read() override;
 
-    /// Writes the history, in place of the file as a whole. A file that can't be written stays as
-    /// it was.
+    /// Replaces the history file atomically. If it can't be written, the old file stays unchanged.
     void KeepHistory();
 
 private:

@@ -27,7 +27,7 @@ std::optional<CommandWords> ParseOptions(int argc, const char* const* argv, int&
                  "OrluConsole");
     app.footer(kFooter);
     app.set_version_flag("--version", std::string("OrluConsole ") + CONSOLE_VERSION);
-    // What follows the first word is the command's, even where it looks like an option.
+    // Words behind the first one belong to the command, even if they look like options.
     app.prefix_command();
     if (!Peers::ParseCommandLine(app, argc, argv, exitCode)) {
         return std::nullopt;

@@ -8,7 +8,7 @@
 
 namespace OrluConsole {
 
-/// The words of one command; none: a prompt.
+/// The words of one command. Without words the program shows a prompt.
 using CommandWords = std::vector<std::string>;
 
 /// Reads the command line. Nothing if the program is to end with `exitCode`: help or version have

@@ -27,6 +27,7 @@ InputIF::Input PlainInput::Read()
         if (size < 0 || (m_kept.empty() && !m_passingOver)) {
             return {Kind::kEnd};
         }
+        // The last line has no line feed: TakeLine takes it with this one.
         m_kept += '\n';
     }
     return input;
@@ -37,6 +38,7 @@ bool PlainInput::TakeLine(Input& input)
     const std::size_t end = m_kept.find('\n');
     if (end == std::string::npos) {
         if (m_kept.size() > Orlu::Limits::kConsoleLineBytes) {
+            // Not kept to its end, so that a line of any length needs bounded memory.
             m_passingOver = true;
             m_kept.clear();
         }

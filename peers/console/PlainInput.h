@@ -7,7 +7,7 @@
 
 namespace OrluConsole {
 
-/// Lines from a descriptor of any kind. The last one needs no line end.
+/// Reads lines from any descriptor. The last line may lack its line feed.
 class PlainInput final : public InputIF {
 public:
     PlainInput(int fd, Signals& signals) : m_fd(fd), m_signals(signals) {}
@@ -15,7 +15,7 @@ public:
     Input Read() override;
 
 private:
-    /// The next line of what was read, if it is there whole.
+    /// Takes the next complete line of the bytes that were read. False if there is none.
     bool TakeLine(Input& input);
 
     int m_fd;

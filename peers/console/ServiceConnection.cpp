@@ -33,7 +33,7 @@ ServiceConnection::Outcome ServiceConnection::Ask(std::uint32_t id,
                                                   const google::protobuf::Message& question,
                                                   google::protobuf::Message& answer)
 {
-    // A service that has gone has left an end to be read.
+    // No answer is outstanding, so a readable socket means that the service has closed it.
     pollfd waited{m_fd, POLLIN, 0};
     if (m_fd >= 0 && ::poll(&waited, 1, 0) != 0) {
         Close();
@@ -58,12 +58,13 @@ bool ServiceConnection::Open()
     }
     std::memcpy(address.sun_path, m_path.data(), m_path.size());
     m_reader = {};
-    // Not blocking for the connection alone: a service that accepts no more is out of reach.
+    // Non-blocking, so that connect fails at once if the service does not accept connections.
     m_fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     if (m_fd < 0 ||
         ::connect(m_fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
         return FailWithError();
     }
+    // A process of another user could listen at the path and read what an engineer types.
     ucred peer{};
     socklen_t size = sizeof peer;
     if (::getsockopt(m_fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0 ||
@@ -94,7 +95,8 @@ bool ServiceConnection::FailWithError()
 
 bool ServiceConnection::Send(const std::string& bytes)
 {
-    // A request is far below what a socket takes at once, and none is sent before the last reply.
+    // A request is far smaller than the socket's buffer, and each waits for its reply, so one send
+    // takes it whole.
     const ssize_t sent = ::send(m_fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
     return sent == static_cast<ssize_t>(bytes.size()) || FailWithError();
 }
@@ -122,7 +124,8 @@ ServiceConnection::Outcome ServiceConnection::AwaitReply(std::uint32_t token,
         bool answered = false;
         IPCMessageEnvelope reply;
         auto status = m_reader.Next(reply);
-        // To the end of what was received: the reader reads it where it lies.
+        // Reads all frames that were received: the reader refers to m_received, which the next
+        // Receive overwrites.
         for (; status == IPCFrames::Reader::Status::kFrame; status = m_reader.Next(reply)) {
             if (reply.kind() == IPCFrames::kReply && reply.token() == token) {
                 answered = GetPayload(reply, answer);

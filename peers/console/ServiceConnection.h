@@ -10,23 +10,23 @@
 
 namespace OrluConsole {
 
-/// The way to a service's command line. Opens at the first question, and anew where the service
-/// has gone since the last.
+/// The connection to a service's command line. Opened with the first question, and again if the
+/// service has closed it since.
 class ServiceConnection {
 public:
     enum class Outcome {
         kAnswered,
-        kUnreachable,  ///< Nobody there, or gone before the answer; `Reason` says which.
+        kUnreachable,  ///< No connection, or lost before the answer; see `Reason`.
         kInterrupted,  ///< A signal ended the wait.
     };
 
-    /// `path` of the service's socket.
+    /// `path` is that of the service's socket.
     ServiceConnection(std::string path, Signals& signals);
     ~ServiceConnection();
     ServiceConnection(const ServiceConnection&) = delete;
     ServiceConnection& operator=(const ServiceConnection&) = delete;
 
-    /// Sends a request and waits for its answer, without limit: so do the service's commands.
+    /// Sends a request and waits for its answer without a limit, since a command may take any time.
     Outcome Ask(std::uint32_t id, const google::protobuf::Message& question,
                 google::protobuf::Message& answer);
 
@@ -38,7 +38,7 @@ private:
     bool Fail(const std::string& reason);
     bool FailWithError();
     bool Send(const std::string& bytes);
-    /// Reads what is there. False once the service has closed.
+    /// Reads the received bytes. False if the service has closed the connection.
     bool Receive();
     Outcome AwaitReply(std::uint32_t token, google::protobuf::Message& answer);
 

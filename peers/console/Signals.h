@@ -4,8 +4,9 @@
 
 namespace OrluConsole {
 
-/// Turns `SIGINT` and `SIGTERM` into something that a wait for input sees too, so that the program
-/// ends in order: terminal restored, history kept. Before any thread; lives until the program ends.
+/// Makes a wait for input end with `SIGINT` and `SIGTERM`, so that the program can restore the
+/// terminal and keep the history before it ends. Construct it before any thread; keep it until the
+/// program ends.
 class Signals {
 public:
     Signals();
@@ -13,7 +14,8 @@ public:
     Signals(const Signals&) = delete;
     Signals& operator=(const Signals&) = delete;
 
-    /// Blocks until `fd` can be read or has ended. False, from then on at once, after a signal.
+    /// Blocks until `fd` is readable or at its end. After a signal returns false, and at once in
+    /// all further calls.
     bool WaitFor(int fd);
 
 private:

@@ -17,7 +17,7 @@ namespace {
 
 constexpr const char* kServiceName = "TrellanServiceCommandLineClient";
 
-/// Empty for a variable that is not set.
+/// The value of a variable; empty if it is not set.
 std::string Environment(const char* variable)
 {
     const char* value = std::getenv(variable);
@@ -31,7 +31,7 @@ bool MayColour()
            terminal != "dumb";
 }
 
-/// In the user's own folder of such things; empty where there is none.
+/// A path in the user's folder for state files; empty if there is no such folder.
 std::string HistoryPath()
 {
     constexpr const char* kFile = "/orlu-console/history";

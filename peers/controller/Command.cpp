@@ -36,7 +36,7 @@ constexpr const char* kFooter =
     "Exit: 0 answered or interrupted, 1 no answer (120 s), 2 usage, 3 no service (3 s) or, while\n"
     "it stays connected, no longer.";
 
-/// CommandArguments of the command line, as CLI11 fills them.
+/// Arguments of the command line; CLI11 fills them.
 struct CommandArguments {
     std::vector<std::string> sources;
     std::string codeset;
@@ -52,12 +52,12 @@ struct CommandArguments {
 };
 
 template <class Message>
-ToService Say(std::uint32_t id, Message message)
+ToService MessageOf(std::uint32_t id, Message message)
 {
     return {id, std::make_shared<Message>(std::move(message))};
 }
 
-/// What a member of a message may hold; `what` names it in the complaint.
+/// Checks that a message can hold the text; `what` names the argument in the complaint.
 const std::string& Text(const std::string& text, const char* what)
 {
     if (text.size() > Orlu::Limits::kStringBytes || !StringUtils::IsUtf8(text)) {
@@ -78,6 +78,7 @@ std::uint32_t Number(const std::string& text, const char* what, std::uint32_t ma
 
 std::string Bytes(const std::string& path)
 {
+    // Only a regular file: opening a pipe would block, and a device has no end.
     struct stat status {};
     std::ifstream file;
     if (::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
@@ -99,7 +100,7 @@ Command Sources(const CommandArguments& arguments)
     for (const auto& name : arguments.sources) {
         message.add_cicode(Text(name, "NAME"));
     }
-    return {Mode::kTell, Say(TrellanService_MESSAGE_ID_SRC_CICODES, message), {}};
+    return {Mode::kTell, MessageOf(TrellanService_MESSAGE_ID_SRC_CICODES, message), {}};
 }
 
 Command Key(const CommandArguments& arguments, bool hold)
@@ -113,7 +114,8 @@ Command Key(const CommandArguments& arguments, bool hold)
     message.set_keyaction(hold ? OrluKeyReqMessage_t::KEY_ACTION_CONTINUOUS_PRESS
                                : OrluKeyReqMessage_t::KEY_ACTION_SINGLE_PRESS);
     message.set_codeset(Text(arguments.codeset, "CODESET"));
-    return {hold ? Mode::kHold : Mode::kAsk, Say(TrellanService_MESSAGE_ID_ORLU_KEY_REQ, message),
+    return {hold ? Mode::kHold : Mode::kAsk,
+            MessageOf(TrellanService_MESSAGE_ID_ORLU_KEY_REQ, message),
             std::chrono::milliseconds(arguments.holdMs)};
 }
 
@@ -121,7 +123,7 @@ Command KeyMap(const CommandArguments& arguments)
 {
     KeyMapMessage_t message;
     message.set_cicode(Text(arguments.codeset, "CODESET"));
-    return {Mode::kAsk, Say(TrellanService_MESSAGE_ID_KEYMAP_REQ, message), {}};
+    return {Mode::kAsk, MessageOf(TrellanService_MESSAGE_ID_KEYMAP_REQ, message), {}};
 }
 
 Command HasKey(const CommandArguments& arguments)
@@ -129,7 +131,7 @@ Command HasKey(const CommandArguments& arguments)
     IsKeyInCodesetMessage_t message;
     message.set_cicode(Text(arguments.codeset, "CODESET"));
     message.set_ueikey(Number(arguments.key, "N", 255));
-    return {Mode::kAsk, Say(TrellanService_MESSAGE_ID_IS_KEY_IN_CODESET, message), {}};
+    return {Mode::kAsk, MessageOf(TrellanService_MESSAGE_ID_IS_KEY_IN_CODESET, message), {}};
 }
 
 Command FindCec(const CommandArguments& arguments)
@@ -138,14 +140,14 @@ Command FindCec(const CommandArguments& arguments)
     message.set_vendorid(Number(arguments.vendor, "VENDOR", UINT32_MAX));
     message.set_logicaladdr(Number(arguments.address, "ADDR", UINT32_MAX));
     message.set_osd(Text(arguments.osd, "OSD"));
-    return {Mode::kAsk, Say(TrellanService_MESSAGE_ID_FIND_CEC_DEV_REQ, message), {}};
+    return {Mode::kAsk, MessageOf(TrellanService_MESSAGE_ID_FIND_CEC_DEV_REQ, message), {}};
 }
 
 Command FindEdid(const CommandArguments& arguments)
 {
     FindEDIDDevice_t message;
     message.set_edid(Bytes(arguments.file));
-    return {Mode::kAsk, Say(TrellanService_MESSAGE_ID_FIND_EDID_DEV_REQ, message), {}};
+    return {Mode::kAsk, MessageOf(TrellanService_MESSAGE_ID_FIND_EDID_DEV_REQ, message), {}};
 }
 
 Command Direct(const CommandArguments& arguments)
@@ -154,10 +156,10 @@ Command Direct(const CommandArguments& arguments)
     message.set_devicetype(Text(arguments.type, "TYPE"));
     message.set_brand(Text(arguments.brand, "BRAND"));
     message.set_model(Text(arguments.model, "MODEL"));
-    return {Mode::kAsk, Say(TrellanService_MESSAGE_ID_DIRECT_ENTRY, message), {}};
+    return {Mode::kAsk, MessageOf(TrellanService_MESSAGE_ID_DIRECT_ENTRY, message), {}};
 }
 
-/// The options, each with what makes its command of the arguments.
+/// The subcommands, each with the function that makes its command from the arguments.
 class Parser {
 public:
     Parser()
@@ -173,7 +175,7 @@ public:
 
     Command Parse(std::vector<std::string> arguments)
     {
-        // CLI11 takes arguments from the back, and a lone dash for no command's name.
+        // CLI11 takes the arguments in reverse order, and does not accept "-" as a subcommand.
         if (!arguments.empty() && arguments.front() == "-") {
             arguments.front() = "lines";
         }
@@ -190,6 +192,7 @@ private:
     CLI::App* Add(const char* name, const char* what, Command (*make)(const CommandArguments&))
     {
         CLI::App* command = m_app.add_subcommand(name, what);
+        // The command is made after parsing, when all arguments have been read.
         command->callback([this, make] {
             m_make = [this, make] {
                 return make(m_arguments);
@@ -215,9 +218,10 @@ private:
                 return Command{Mode::kServe, {}, {}};
             });
         Add("cloud", "ask whether the cloud is connected", [](const CommandArguments&) {
-            return Command{Mode::kAsk,
-                           Say(TrellanService_MESSAGE_ID_IS_CLOUD_CONNECTED, CloudConnectState_t()),
-                           {}};
+            return Command{
+                Mode::kAsk,
+                MessageOf(TrellanService_MESSAGE_ID_IS_CLOUD_CONNECTED, CloudConnectState_t()),
+                {}};
         });
         Add("sources", "hand over the source list; no answer, prints {\"sent\": true}", Sources)
             ->add_option("NAME", m_arguments.sources, "code sets; none: an empty list");

@@ -15,6 +15,7 @@ namespace Controller {
 
 namespace {
 
+/// The kind of an envelope that answers a request.
 constexpr std::uint32_t kReply = 2;
 
 template <class Message>
@@ -123,6 +124,7 @@ std::string EnvelopeLine(const IPCMessageEnvelope& envelope)
 
 std::optional<std::uint32_t> ReadNumber(std::string_view text, std::uint32_t max)
 {
+    // from_chars does not read the prefix of a hexadecimal number.
     int base = 10;
     if (text.starts_with("0x") || text.starts_with("0X")) {
         text.remove_prefix(2);

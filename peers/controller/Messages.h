@@ -11,7 +11,7 @@
 
 #include "orlu/IPCMessageRouter.h"
 
-/// What the product controller and the service say to each other, and how a line of text says it.
+/// The messages between the product controller and the service, and their form as lines of text.
 namespace Controller {
 
 enum class Direction {
@@ -20,7 +20,7 @@ enum class Direction {
     kFromService
 };
 
-/// One row of the catalogue; `example` gives an empty message of the kind.
+/// One row of the message table. `example` returns an empty message of the kind.
 struct MessageKind {
     std::uint32_t id;
     Direction direction;
@@ -30,17 +30,17 @@ struct MessageKind {
 /// All kinds, in the order of their ids.
 std::span<const MessageKind> MessageKinds();
 
-/// Null for an id that nobody sends.
+/// Null for an unknown id.
 const MessageKind* FindKind(std::uint32_t id);
 
-/// A message to send: an id of the catalogue that the service takes, and the message it calls for.
+/// A message to send: an id that the service accepts, and a message of the id's type.
 struct ToService {
     std::uint32_t id = 0;
     std::shared_ptr<google::protobuf::Message> message;
 };
 
-/// What a line `<id> <json>` says; no JSON at all is an empty message. Otherwise nothing, and
-/// `complaint` says why in one sentence.
+/// Parses a line `<id> <json>`. Without JSON the message is empty. Nothing, and the reason as one
+/// sentence in `complaint`, for any other line.
 std::optional<ToService> ReadLine(std::string_view line, std::string& complaint);
 
 /// The message in an envelope as one line of JSON, field names as in the schema, set fields only.

@@ -39,7 +39,7 @@ PageResources::~PageResources()
 void PageResources::Start()
 {
     for (const char* path :
-         {PageService::kStatePath, PageService::kDevicesPath, PageService::kLightPath}) {
+         {PageService::kStatePath, PageService::kDevicesPath, PageService::kSignalPath}) {
         auto value = At(LinkMessage::Type::kRegister, path);
         value.message.method = "GET";
         value.serve = [this, path](const std::string&, const ApiLink::Respond& respond) {
@@ -63,7 +63,8 @@ void PageResources::Start()
     m_page.Start();
 }
 
-/// With each new link: what has changed in between was not told.
+/// Called with each new link to the local API. Changes while there was no link were not reported,
+/// so the sources are requested and the values are sent again.
 void PageResources::AskSources()
 {
     LinkMessage ask;
@@ -75,7 +76,7 @@ void PageResources::AskSources()
         if (!isError) {
             m_page.TakeSources(json);
         }
-        // Whatever was sent before has arrived.
+        // The link keeps the order, so the registrations sent before have arrived.
         if (const auto ready = std::exchange(m_ready, nullptr)) {
             ready();
         }

@@ -12,10 +12,11 @@
 
 namespace Controller {
 
-/// The resources of `PageService` at the local API, on its task, which has a thread of its own.
+/// Registers the resources of `PageService` at the local API. On the task of `PageService`, which
+/// has a thread of its own.
 class PageResources {
 public:
-    /// `ready` is called once, when the resources are up.
+    /// `ready` is called once, when the resources are registered.
     PageResources(NotifyTargetTaskIF* task, std::uint16_t port, std::function<void()> ready);
     ~PageResources();
     PageResources(const PageResources&) = delete;
@@ -34,7 +35,7 @@ private:
     std::uint64_t m_lastId = 0;
 };
 
-/// `ORLU_PORTICO_PORT`, if it is a port's number, else the usual one.
+/// `ORLU_PORTICO_PORT` if it is a port number, else the default port.
 std::uint16_t LocalApiPort();
 
 }  // namespace Controller

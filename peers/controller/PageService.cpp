@@ -72,7 +72,7 @@ PageService::PageService(NotifyTargetTaskIF* task, Tell tell)
     Json::Value& state = m_values[kStatePath];
     state["service"] = state["cloud"] = state["syncing"] = false;
     state["blaster"] = true;
-    m_values[kDevicesPath] = m_values[kLightPath] = Json::Value(Json::objectValue);
+    m_values[kDevicesPath] = m_values[kSignalPath] = Json::Value(Json::objectValue);
     m_devices->AddHandler<LpmDevices::DeviceRoomLine>(
         LpmDevices::DEVICE_ROOM_LINE, [this](const LpmDevices::DeviceRoomLine& line,
                                              std::uint32_t) { HandleDeviceLine(line.json()); });
@@ -89,12 +89,12 @@ void PageService::Start()
 
 void PageService::Stop()
 {
-    LetGo();
+    ReleaseKey();
 }
 
 void PageService::Opened()
 {
-    // Others use this connection, as the service serves one client only.
+    // The service serves one client only. The relay lets other controllers use this connection.
     if (!m_link.IsRelayed()) {
         m_relay =
             std::make_unique<Relay>(m_task, m_link.Router(), [](const IPCMessageEnvelope&) {});
@@ -102,7 +102,7 @@ void PageService::Opened()
             m_relay.reset();
         }
     }
-    LetGo();
+    ReleaseKey();
     SendSources();
     m_link.Router()->SendRequestMessage<CloudConnectState_t>(
         TrellanService_MESSAGE_ID_IS_CLOUD_CONNECTED, CloudConnectState_t(),
@@ -112,11 +112,12 @@ void PageService::Opened()
 
 void PageService::Lost()
 {
-    // Through the queue: a relay may be the one that calls.
+    // Queued: the relay may be the caller, and must not be destroyed in its own call.
     m_task->QueueNotificationNonBlocking([this] {
         m_relay.reset();
         m_link.Open(kConnectTimeout);
     });
+    // An answer that is still missing will not come on a new connection.
     m_keyTimer->Stop();
     Json::Value state = m_values[kStatePath];
     state["service"] = state["cloud"] = state["syncing"] = false;
@@ -172,21 +173,23 @@ std::optional<std::string> PageService::Key(const std::string& body)
     }
     if (!(*json)["held"].asBool()) {
         if (m_held == press) {
-            LetGo();
+            ReleaseKey();
         }
         return {};
     }
+    // The page repeats the request while the key is held: only the first one is a press.
     if (m_held != press) {
-        LetGo();
+        ReleaseKey();
         m_held = press;
         Send(press, true);
     }
-    m_holdTimer->Start([this] { LetGo(); });
+    m_holdTimer->Start([this] { ReleaseKey(); });
     return {};
 }
 
-/// Without a connection the key stays held, to be let go over the next one.
-void PageService::LetGo()
+/// Without a connection the key stays marked as held: `Opened` releases it on the next connection,
+/// since the blaster may still be sending it.
+void PageService::ReleaseKey()
 {
     m_holdTimer->Stop();
     if (m_held && m_link.Router()->IsConnected()) {
@@ -233,6 +236,7 @@ void PageService::TakeSources(const std::string& json)
 
 void PageService::SendSources()
 {
+    // Until the local API has answered the list is unknown, which is not the same as empty.
     if (m_sources) {
         SrcCiCodeMessage_t message;
         for (const auto& name : *m_sources) {
@@ -256,9 +260,9 @@ void PageService::SetState(const char* member, Json::Value value)
 
 void PageService::SetValue(const char* path, Json::Value value)
 {
-    // Two presses of a key look the same and are two.
+    // Two presses of a key have equal values, but each is reported.
     if (std::exchange(m_values[path], std::move(value)) != m_values[path] ||
-        path == std::string_view(kLightPath)) {
+        path == std::string_view(kSignalPath)) {
         m_tell(path, Value(path));
     }
 }
@@ -284,7 +288,7 @@ void PageService::HandleDeviceLine(const std::string& json)
         return;
     }
     if ((*line)["light"].isObject()) {
-        SetValue(kLightPath, (*line)["light"]);
+        SetValue(kSignalPath, (*line)["light"]);
     } else if ((*line)["device"].isString()) {
         Json::Value devices = m_values[kDevicesPath];
         devices[(*line)["device"].asString()] = (*line)["state"];

@@ -18,40 +18,40 @@
 
 namespace Controller {
 
-/// What a page needs of the product's inside: presses keys, says how the service is, and what the
-/// devices in front of the blaster do, where there are any to watch. Gives the service the sources
-/// of the product. Stays up whatever leaves, and takes it up again. On one task.
+/// The product's side of the page: presses keys, reports the state of the service and of the
+/// devices in front of the blaster, if there are any, and sends the product's sources to the
+/// service. Reconnects to every peer that is lost. On one task.
 class PageService {
 public:
-    /// A held key ends unless it is held again in this time, so that a page which has died lets go.
+    /// A held key ends unless the page repeats the request in this time: the page may have closed.
     static constexpr std::chrono::milliseconds kHoldTimeout{1000};
-    /// A blaster counts as silent when a key is unanswered for this long.
+    /// The blaster counts as not answering when a key has had no answer for this time.
     static constexpr std::chrono::milliseconds kKeyTimeout{3000};
 
     static constexpr const char* kKeyPath = "/remote/key";
     static constexpr const char* kStatePath = "/remote/state";
     static constexpr const char* kDevicesPath = "/living-room/devices";
-    static constexpr const char* kLightPath = "/living-room/light";
+    static constexpr const char* kSignalPath = "/living-room/light";
 
-    /// Tells of a change of one of the paths; `json` is one line.
+    /// Reports a change of one of the paths. `json` is one line.
     using Tell = std::function<void(const std::string& path, const std::string& json)>;
 
     PageService(NotifyTargetTaskIF* task, Tell tell);
 
     void Start();
-    /// Lets go of a held key; it is sent at the end of the wake-up.
+    /// Releases a held key. The message is sent at the end of the wake-up.
     void Stop();
 
-    /// Presses or lets go: `{"codeset": "T2051", "key": "tv_power", "held": true}`. A key is held
-    /// from its first press on and until it is let go or another one is pressed. Nothing if done,
-    /// else a `Portico::Error` as JSON.
+    /// Presses or releases: `{"codeset": "T2051", "key": "tv_power", "held": true}`. A key is held
+    /// from its first press until its release or the press of another key. Nothing on success, else
+    /// a `Portico::Error` as JSON.
     std::optional<std::string> Key(const std::string& body);
 
-    /// The product's sources as `/system/sources` has them; those with a code set that are ready go
-    /// to the service, now and whenever it comes.
+    /// The product's sources in the form of `/system/sources`. The code sets of those that are
+    /// ready are sent to the service, now and with each new connection.
     void TakeSources(const std::string& json);
 
-    /// The value of a path, of those above that have one.
+    /// The value of a path above; the key path has none.
     std::string Value(const std::string& path) const;
 
 private:
@@ -64,7 +64,7 @@ private:
     void Opened();
     void Lost();
     void Event(const IPCMessageEnvelope& envelope);
-    void LetGo();
+    void ReleaseKey();
     void Send(const Press& press, bool isDown);
     void SendSources();
     void SetState(const char* member, Json::Value value);

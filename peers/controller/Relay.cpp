@@ -9,7 +9,7 @@
 
 namespace Controller {
 
-Relay::Relay(NotifyTargetTaskIF* task, IPCMessageRouterPtr service, Seen answered)
+Relay::Relay(NotifyTargetTaskIF* task, IPCMessageRouterPtr service, OnAnswer answered)
     : m_task(task),
       m_service(std::move(service)),
       m_answered(std::move(answered)),
@@ -38,7 +38,7 @@ void Relay::Accept(const Orlu::SocketPtr& socket)
                                             }));
         }
     }
-    // Through the queue: a router may not be destroyed from its own call.
+    // Queued: a router must not be destroyed in its own call.
     client->Connect(socket, [this, weak] {
         m_task->QueueNotificationNonBlocking([this, weak] { Leave(weak); });
     });
@@ -52,6 +52,7 @@ void Relay::Leave(const std::weak_ptr<IPCMessageRouterIF>& client)
 void Relay::PassOn(const std::weak_ptr<IPCMessageRouterIF>& client,
                    const IPCMessageEnvelope& envelope)
 {
+    // Token 0: the message expects no answer.
     if (envelope.token() == 0) {
         m_service->Send(envelope.id(), envelope);
         return;
@@ -60,6 +61,7 @@ void Relay::PassOn(const std::weak_ptr<IPCMessageRouterIF>& client,
         envelope.id(), envelope,
         [this, client, token = envelope.token()](const IPCMessageEnvelope& reply) {
             m_answered(reply);
+            // The client's own token: the request to the service had another one.
             if (const auto asker = client.lock()) {
                 asker->Reply(reply.id(), reply, token);
             }

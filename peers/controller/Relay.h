@@ -11,16 +11,16 @@
 
 namespace Controller {
 
-/// Lets other controllers use this one's connection, as the service serves one client only: their
-/// requests go on to the service, the answers come back to the asker, the events go to all.
+/// Lets other controllers use this controller's connection, since the service serves one client
+/// only. Their requests go to the service, each answer to the controller that asked, events to all.
 class Relay {
 public:
-    using Seen = std::function<void(const IPCMessageEnvelope&)>;
+    using OnAnswer = std::function<void(const IPCMessageEnvelope&)>;
 
-    /// `service` is the connection; `answered` sees each answer that passes.
-    Relay(NotifyTargetTaskIF* task, IPCMessageRouterPtr service, Seen answered);
+    /// `service` is the connection. `answered` is called with each answer of the service.
+    Relay(NotifyTargetTaskIF* task, IPCMessageRouterPtr service, OnAnswer answered);
 
-    /// False if nobody can be let through; the controller works without.
+    /// False if the relay cannot listen; the controller works without it.
     bool Serve();
 
     void Event(const IPCMessageEnvelope& envelope);
@@ -33,7 +33,7 @@ private:
 
     NotifyTargetTaskIF* m_task;
     IPCMessageRouterPtr m_service;
-    Seen m_answered;
+    OnAnswer m_answered;
     std::shared_ptr<APServerSocketListenerIF> m_listener;
     std::vector<IPCMessageRouterPtr> m_clients;
 };

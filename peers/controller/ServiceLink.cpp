@@ -44,7 +44,7 @@ void ServiceLink::Close()
 
 void ServiceLink::Attempt(const char* name, std::function<void(Orlu::SocketPtr)> done)
 {
-    // Through the queue: the attempt that reports may not be replaced while it does.
+    // Queued: `done` may start the next attempt, which must not destroy the one that reports.
     m_attempt = Orlu::Runtime().Transport().Connect(
         IPCDirectory::Get().Lookup(name).Path(), m_task->Queue(),
         [this, done = std::move(done)](const Orlu::SocketPtr& socket) {

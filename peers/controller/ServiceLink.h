@@ -13,19 +13,20 @@
 
 namespace Controller {
 
-/// The name under which a controller that stays connected lets others through.
+/// The IPC name of a controller that relays for others.
 inline constexpr const char* kRelayName = "ProductController";
 inline constexpr const char* kServiceName = "TrellanService";
 
-/// One connection to the service: through a controller that is connected already, for the service
-/// serves one client only and a second one would replace it; else straight. On one task.
+/// One connection to the service: through the relay of a controller that is connected already, else
+/// directly. The service serves one client only, and a second client would replace the first. On
+/// one task.
 class ServiceLink {
 public:
     struct Handlers {
         std::function<void()> opened;
         /// Neither a relay nor the service answered in time.
         std::function<void()> unreachable;
-        /// The connection that was open has gone.
+        /// The open connection was lost.
         std::function<void()> lost;
         /// Each event of the service.
         std::function<void(const IPCMessageEnvelope&)> event;
@@ -33,19 +34,20 @@ public:
 
     ServiceLink(NotifyTargetTaskIF* task, Handlers handlers);
 
-    /// Tries for `timeout`; then `opened` or `unreachable` is called, once. Again after `lost`.
+    /// Tries for `timeout`, then calls `opened` or `unreachable` once. May be called again after
+    /// `lost` or `unreachable`.
     void Open(std::chrono::milliseconds timeout);
 
     /// No handler is called after this.
     void Close();
 
-    /// Whether another controller stands between.
+    /// Whether the connection goes through another controller.
     bool IsRelayed() const { return m_relayed; }
-    /// For requests and events to the service; the same one for every connection.
+    /// For requests and events to the service; the same router for every connection.
     const IPCMessageRouterPtr& Router() const { return m_router; }
 
 private:
-    // One round of attempts: each goes on to the next, the last to a pause.
+    // One round of attempts: the relay, then the service, then a pause.
     void TryRelay();
     void TryService();
     void TryAgain();

@@ -70,8 +70,9 @@ void Session::Unreachable()
 void Session::Lost()
 {
     if (m_holding) {
-        // The blaster goes on sending, so the key is let go over a new connection, in its time.
+        // The blaster goes on sending, so HoldEnded releases the key on a new connection.
         m_output.complaint("the connection was closed while the key was held");
+        // Answers of the lost connection will not come.
         m_unanswered = 0;
     } else if (Stays()) {
         m_output.complaint(
@@ -95,7 +96,7 @@ void Session::Event(const IPCMessageEnvelope& envelope)
 
 void Session::OpenToOthers()
 {
-    // Behind another controller that one lets everybody through.
+    // Behind a relay there is one already, which other controllers find.
     if (m_link.IsRelayed()) {
         return;
     }
@@ -148,11 +149,11 @@ void Session::HoldEnded()
         m_link.Open(kConnectTimeout);
         return;
     }
-    LetGo();
+    ReleaseKey();
     AskedAll();
 }
 
-void Session::LetGo()
+void Session::ReleaseKey()
 {
     m_holding = false;
     OrluKeyReqMessage_t end;
@@ -192,7 +193,7 @@ void Session::Answer(const IPCMessageEnvelope& reply)
 
 void Session::AskedAll()
 {
-    // From here on, and not from the first question: lines may come for hours.
+    // The time counts from here and not from the first question: lines may come for hours.
     m_askedAll = true;
     m_answerTimer->SetTimeouts(static_cast<std::uint32_t>(kAnswerTimeout.count()), 0);
     m_answerTimer->Start([this] {
@@ -216,6 +217,7 @@ void Session::Interrupt()
         m_holdTimer->Stop();
         HoldEnded();
         if (m_holding) {
+            // Without a connection: `Opened` releases the key and ends the session.
             return;
         }
     }
@@ -229,7 +231,7 @@ void Session::End(int code)
     }
     m_holdTimer->Stop();
     m_answerTimer->Stop();
-    // Behind what the sockets write then, or the last message would go down with its connection.
+    // After the sockets have written in this wake-up: closing now would drop the last message.
     m_task->Queue()->AtEndOfWakeUp([this, code] {
         m_relay.reset();
         m_link.Close();

@@ -15,20 +15,20 @@
 
 namespace Controller {
 
-/// How long the service may take to accept the connection, and for an answer; a guided lookup in
-/// the cloud takes up to 55 s.
+/// Limits for the connection to the service and for an answer. A guided lookup in the cloud takes
+/// up to 55 s.
 inline constexpr std::chrono::milliseconds kConnectTimeout{3000};
 inline constexpr std::chrono::milliseconds kAnswerTimeout{120000};
 
-/// One command from the connection to its end. On one task.
+/// Executes one command, from the connection to the end of the program. On one task.
 class Session {
 public:
     struct Output {
         std::function<void(const std::string&)> line;
         std::function<void(const std::string&)> complaint;
-        /// A session that stays is connected: lines may come.
+        /// A session of `kWatch` or `kLines` is connected: lines may come.
         std::function<void()> ready;
-        /// The last call, once, with the program's exit code.
+        /// Called last and once, with the program's exit code.
         std::function<void(int)> end;
     };
 
@@ -36,15 +36,15 @@ public:
 
     void Start();
 
-    /// A line of input, and its end: the session ends once all that it asked is answered.
+    /// A line of input; the end of input. After the end the session waits for all answers and ends.
     void Line(const std::string& text);
     void InputEnded();
 
-    /// Ends with 0; a key that is held is let go first.
+    /// Ends with 0. A held key is released first.
     void Interrupt();
 
 private:
-    /// Whether it ends only with its input, its connection or a signal.
+    /// Whether the session ends only with its input, its connection or a signal.
     bool Stays() const;
 
     void Opened();
@@ -52,19 +52,19 @@ private:
     void Lost();
     void Event(const IPCMessageEnvelope& envelope);
 
-    /// Begins to relay, unless it is behind a relay itself.
+    /// Starts the relay, unless this session uses a relay itself.
     void OpenToOthers();
     void Hold();
-    /// Lets the key go, over a new connection where the first has gone.
+    /// Releases the key, on a new connection if the first was lost.
     void HoldEnded();
-    void LetGo();
+    void ReleaseKey();
     void Ask(const ToService& question);
     void Tell(const ToService& message);
     void Answer(const IPCMessageEnvelope& reply);
-    /// No further question follows: ends with the last answer, or once timeout has run out.
+    /// No further question follows: ends with the last answer or after `kAnswerTimeout`.
     void AskedAll();
     void EndIfAnswered();
-    /// Once; the connection is closed behind all that was sent.
+    /// Ends once. The connection is closed after all messages have been sent.
     void End(int code);
 
     NotifyTargetTaskIF* m_task;

@@ -25,7 +25,7 @@ void EndProcess(int code)
     ::kill(::getpid(), SIGTERM);
 }
 
-/// A reader that has gone ends the program as Ctrl-C does.
+/// Without a reader of standard output the program ends as with Ctrl-C.
 void Print(const std::string& line)
 {
     if (std::printf("%s\n", line.c_str()) < 0 || std::fflush(stdout) != 0) {
@@ -63,7 +63,8 @@ int Run(Controller::Command command)
                                     .end = EndProcess});
     IL::BreakThread([&session] { session->Start(); }, task.get());
 
-    // Both a signal and the session's own end wake this thread; the first signal ends the session.
+    // A signal and the end of the session both wake this thread. The first signal ends the session;
+    // a second one ends the process, in case the session waits for an answer.
     for (bool asked = false; s_code < 0;) {
         Orlu::WaitForEnd();
         if (s_code < 0 && std::exchange(asked, true)) {
@@ -91,6 +92,8 @@ int Serve()
         },
         task.get());
     Orlu::WaitForEnd();
+    // Two works: the release of a held key is sent at the end of the first, and destroying the
+    // connection in the same work would drop it.
     IL::BreakThread([&api] { api->Stop(); }, task.get());
     IL::BreakThread([&api] { api.reset(); }, task.get());
     task->Stop();

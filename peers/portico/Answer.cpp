@@ -46,6 +46,7 @@ Answer Render(unsigned status, int code, int subcode, const std::string& message
     error.set_guid("1");
     error.set_code(code);
     error.set_subcode(subcode);
+    // The message may quote a request, and JSON must be UTF-8.
     error.set_message(StringUtils::IsUtf8(message) ? message : "not UTF-8 text");
     error.set_type(TypeOf(status));
     return {status, ProtoToMarkup::ToJson(error, true, false, false), {}};
@@ -83,6 +84,7 @@ Answer ServiceFailure(const std::string& json)
 void Reply::Give(Answer answer)
 {
     m_dropped = nullptr;
+    // Emptied before the call, so that a second Give from within it has no effect.
     if (const auto give = std::exchange(m_give, nullptr)) {
         give(std::move(answer));
     }

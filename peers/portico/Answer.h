@@ -8,25 +8,25 @@
 
 namespace PorticoApi {
 
-/// What a consumer or a service gets for its request.
+/// The answer to a request of a consumer or a service.
 struct Answer {
     unsigned status = 200;
-    std::string body = "{}";  ///< JSON: the answer, or with any other status a `Portico::Error`.
-    std::string allow;        ///< With 405: the methods that there are.
+    std::string body = "{}";  ///< JSON; with any other status a `Portico::Error`.
+    std::string allow;        ///< With 405: the methods of the resource.
 };
 
 /// An error with the status as its code.
 Answer Failure(unsigned status, const std::string& message);
 
-/// 400 for a body that is no such message, code 0 and subcode 2005.
+/// 400 with code 0 and subcode 2005, for a body that is not the expected message.
 Answer BadBody(const std::string& why);
 
-/// The error that a service answered with: 400 for subcode 2005, else the error's code if that is
-/// a status, else 500.
+/// The error that a service answered with. The status is 400 for subcode 2005, else the error's
+/// code if that is an HTTP status, else 500.
 Answer ServiceFailure(const std::string& json);
 
-/// The way back of one request. Whoever serves it calls `Give` once, at any time; a second call
-/// does nothing.
+/// Returns the answer of one request. The handler calls `Give` once, at any time; a second call has
+/// no effect.
 class Reply {
 public:
     explicit Reply(std::function<void(Answer)> give) : m_give(std::move(give)) {}
@@ -35,7 +35,8 @@ public:
 
     void Give(Answer answer);
 
-    /// The asker has gone: `dropped` of the one who serves is called, unless it has answered.
+    /// Called when the consumer has closed its connection. Calls the handler's `dropped`, unless
+    /// the handler has answered.
     void Drop();
     void OnDrop(std::function<void()> dropped) { m_dropped = std::move(dropped); }
 

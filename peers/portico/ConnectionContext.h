@@ -12,14 +12,14 @@ class PublishedFiles;
 class Resources;
 class WebFolder;
 
-/// How long the other side may take.
+/// Limits for the other side.
 struct Timeouts {
-    std::chrono::milliseconds request{30'000};  ///< from the first wait for it to its last byte
-    std::chrono::milliseconds answer{120'000};  ///< of a service
-    std::chrono::milliseconds farewell{2'000};  ///< until a consumer has read the last answer
+    std::chrono::milliseconds request{30'000};  ///< from the start of the wait to the last byte
+    std::chrono::milliseconds answer{120'000};  ///< for the answer of a service
+    std::chrono::milliseconds linger{2'000};    ///< from the last answer to the consumer's close
 };
 
-/// What a connection has to do with. Outlives them all.
+/// What a connection refers to. Outlives all connections.
 struct ConnectionContext {
     Resources& resources;
     EventStreams& events;

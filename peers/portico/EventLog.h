@@ -6,7 +6,7 @@
 
 namespace PorticoApi {
 
-/// The usage events that were posted, a JSON line each, in a file that is only added to.
+/// Appends the posted usage events to a file, one JSON line each.
 class EventLog {
 public:
     EventLog() = default;
@@ -14,10 +14,11 @@ public:
     EventLog(const EventLog&) = delete;
     EventLog& operator=(const EventLog&) = delete;
 
-    /// Makes the file, for its owner alone, if it is not there. False with the reason in `errno`.
+    /// Opens the file, or creates it readable by its owner alone. False, with the reason in
+    /// `errno`, on failure.
     bool Open(const std::string& path);
 
-    /// True if the whole line stands in the file; always true without a file.
+    /// True if the whole line was written. Without a file always true.
     bool Add(const std::string& json) const;
 
 private:

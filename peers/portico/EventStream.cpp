@@ -32,7 +32,7 @@ constexpr const char* kHead =
 
 }  // namespace
 
-/// One consumer. Lives while it is connected: the read that waits for its end holds it.
+/// One consumer. The pending read of WaitForEnd owns it until the connection ends.
 class EventStreams::Stream : public std::enable_shared_from_this<Stream> {
 public:
     Stream(Socket socket, Share share) : m_socket(std::move(socket)), m_share(std::move(share)) {}
@@ -47,6 +47,7 @@ public:
     {
         m_waiting += text->size();
         if (m_waiting > Orlu::Limits::kEventQueueBytes) {
+            // Push may be called again before the pending read releases the stream.
             if (m_socket.is_open()) {
                 kLog.Put(2, "a consumer of events does not read and is cut off");
             }
@@ -60,7 +61,7 @@ public:
     }
 
 private:
-    /// A consumer of events has nothing more to say.
+    /// Reads only to notice the end: what a consumer sends behind its request is ignored.
     void WaitForEnd()
     {
         m_socket.async_read_some(
@@ -114,12 +115,13 @@ void EventStreams::Add(Socket socket, Share share)
     m_streams.push_back(stream);
 }
 
-void EventStreams::Tell(const std::string& path, const std::string& json)
+void EventStreams::Notify(const std::string& path, const std::string& json)
 {
     std::erase_if(m_streams, [](const auto& stream) { return stream.expired(); });
     if (m_streams.empty()) {
         return;
     }
+    // One text for all consumers, whose queues share it.
     const auto text = std::make_shared<const std::string>(
         R"(data: {"path":")" + path + R"(","body":)" + (json.empty() ? "null" : json) + "}\n\n");
     for (const auto& weak : m_streams) {

@@ -10,18 +10,18 @@
 
 namespace PorticoApi {
 
-/// The consumers of `GET /events`. Each gets every notification from its request on, as
+/// The consumers of `GET /events`. Each gets all notifications after its request, in the form
 ///
 ///     data: {"path":"/network/status","body":{"isPrimaryUp":true}}
 ///
-/// One that does not read is cut off behind `Limits::kEventQueueBytes`.
+/// A consumer that does not read is disconnected above `Limits::kEventQueueBytes`.
 class EventStreams {
 public:
-    /// Answers the request that came by this connection and keeps it.
+    /// Answers the request of this connection and keeps the connection.
     void Add(Socket socket, Share share);
 
-    /// `json` on one line; empty: the resource is not ready, and the body is null.
-    void Tell(const std::string& path, const std::string& json);
+    /// `json` is one line. Empty means that the resource is not ready; the body is then null.
+    void Notify(const std::string& path, const std::string& json);
 
 private:
     class Stream;

@@ -36,9 +36,11 @@ private:
 };
 
 constexpr int kFolderFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+/// O_NONBLOCK: opening a pipe without a writer must not block the server's thread.
 constexpr int kFileFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 
-/// The file's descriptor, word by word, so that no link can lead elsewhere.
+/// Opens the file one path component at a time with O_NOFOLLOW, so that no symbolic link below the
+/// folder is followed. A check of the whole path could be outrun by a link that appears after it.
 Descriptor OpenBelow(const std::string& folder, const std::string& path)
 {
     Descriptor place(::open(folder.c_str(), kFolderFlags));
@@ -72,7 +74,7 @@ std::optional<std::string> ReadFileBelow(const std::string& folder, const std::s
     }
     std::string bytes(static_cast<std::size_t>(status.st_size) + 1, '\0');
     std::size_t size = 0;
-    // One byte more than the file should have tells its end, and that it has grown.
+    // Reads one byte more than the file's size, to see its end or that it has grown.
     while (size < bytes.size()) {
         const ssize_t count = ::read(file.Get(), bytes.data() + size, bytes.size() - size);
         if (count < 0 && errno != EINTR) {

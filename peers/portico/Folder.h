@@ -8,9 +8,9 @@
 
 namespace PorticoApi {
 
-/// The regular file at `path`, words between single slashes, below `folder`, whose own path may
-/// hold links; below it none is followed. Nothing for anything else, for a word that begins with
-/// ".", and above `limit` bytes. Never waits.
+/// Reads the regular file `path` below `folder`. Symbolic links are followed in the path of
+/// `folder`, but not below it. Nothing for anything but a regular file, for an empty component or
+/// one that begins with ".", and for more than `limit` bytes. Does not block.
 std::optional<std::string> ReadFileBelow(const std::string& folder, const std::string& path,
                                          std::size_t limit);
 

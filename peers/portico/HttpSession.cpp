@@ -33,10 +33,11 @@ using Clock = std::chrono::steady_clock;
 
 constexpr DPrint kLog("PorticoServer");
 
+/// An answer that takes longer makes the session watch for the consumer's close.
 constexpr std::chrono::milliseconds kSwiftAnswer(500);
-constexpr std::size_t kFarewellBytes = std::size_t{1024} * 1024;
+constexpr std::size_t kLingerBytes = std::size_t{1024} * 1024;
 
-/// The page and what it loads and asks are ours alone, and no other page may frame it.
+/// A page may load and request only resources of this server, and no other page may frame it.
 constexpr std::string_view kPolicy =
     "Content-Security-Policy: default-src 'none'; script-src 'self'; style-src 'self'; "
     "img-src 'self'; connect-src 'self'; base-uri 'none'; form-action 'none'; "
@@ -61,6 +62,7 @@ public:
           m_share(std::move(share)),
           m_context(context)
     {
+        // For the synchronous calls of Write and OnReadable, which must not block the server.
         beast::error_code ignored;
         m_socket.non_blocking(true, ignored);
     }
@@ -87,6 +89,7 @@ private:
             return;
         }
         if (!MayAsk()) {
+            // The body was not read, so the next request of the connection could not be found.
             m_mustClose = true;
             Send(Failure(403, "asked by or for another site"));
             return;
@@ -109,7 +112,7 @@ private:
                (origin == request.end() || IsOurOrigin(origin->value(), m_context.port));
     }
 
-    /// A client may keep its body back until it is asked for it.
+    /// A client may wait for this answer before it sends the body.
     void Continue()
     {
         m_continue = http::response<http::empty_body>(http::status::continue_, 11);
@@ -184,6 +187,7 @@ private:
             Send(BadBody("not UTF-8 text"));
             return;
         }
+        // Before the request: the handler may answer within the call.
         m_isAnswered = false;
         ExpiresAfter(kSwiftAnswer);
         const auto reply =
@@ -196,8 +200,8 @@ private:
         m_context.resources.Request(method, path, hasBody ? Request().body() : kNoBody, reply);
     }
 
-    /// While the answer is awaited, also the end of the consumer is. Most answers come before that
-    /// is worth its system calls.
+    /// Waits for the consumer to close while the answer is pending. Starts only after kSwiftAnswer,
+    /// as most answers come earlier and then save these system calls.
     void WatchForEnd()
     {
         if (std::exchange(m_isWatching, true)) {
@@ -218,7 +222,7 @@ private:
         beast::error_code error;
         m_socket.receive(asio::buffer(&byte, 1), Socket::message_peek, error);
         if (error == asio::error::would_block) {
-            // The watch was left over from the request before.
+            // This wait was started for an earlier request: its bytes have been read meanwhile.
             WatchForEnd();
         } else if (const auto reply = m_reply.lock(); reply && error) {
             reply->Drop();
@@ -243,7 +247,7 @@ private:
         Send(answer);
     }
 
-    /// Whoever has gone, or was too slow, hears nothing.
+    /// Answers a malformed request. A client that has closed or was too slow gets no answer.
     void Refuse(beast::error_code error)
     {
         const bool isProtocol =
@@ -287,7 +291,8 @@ private:
         Write();
     }
 
-    /// Most answers fit into the socket at once, which spares the way round the loop.
+    /// Writes at once, since most answers fit into the socket's buffer. Only the rest waits for the
+    /// event loop.
     void Write()
     {
         beast::error_code error;
@@ -307,18 +312,19 @@ private:
         if (!error && m_keep) {
             ReadHead();
         } else if (!error) {
-            Farewell();
+            Linger();
         } else {
             ExpiresNever();
         }
     }
 
-    /// What is still on its way is read first, or the system would take back the answer too.
-    void Farewell()
+    /// Reads what the consumer still sends. If unread bytes were left, the system would reset the
+    /// connection, and the consumer could lose the answer.
+    void Linger()
     {
         beast::error_code ignored;
         m_socket.shutdown(Socket::shutdown_send, ignored);
-        ExpiresAfter(m_context.timeouts.farewell);
+        ExpiresAfter(m_context.timeouts.linger);
         Discard();
     }
 
@@ -329,7 +335,7 @@ private:
             m_buffer.prepare(Orlu::Limits::kBodyBytes),
             [self = shared_from_this()](beast::error_code error, std::size_t bytes) {
                 self->m_discarded += bytes;
-                if (!error && self->m_discarded < kFarewellBytes) {
+                if (!error && self->m_discarded < kLingerBytes) {
                     self->Discard();
                 } else {
                     self->ExpiresNever();
@@ -337,7 +343,8 @@ private:
             });
     }
 
-    /// The timer is set anew only when it fires too early: a busy connection costs it nothing.
+    /// Moves the deadline and leaves a running timer as it is unless it would fire too late: OnTime
+    /// starts it again. So a busy connection does not pay for a timer with each request.
     void ExpiresAfter(Clock::duration time)
     {
         m_deadline = Clock::now() + time;
@@ -352,6 +359,7 @@ private:
     {
         m_isTimed = true;
         m_timer.expires_at(m_deadline);
+        // Weak: a timer that is still running does not keep a closed connection.
         m_timer.async_wait([weak = weak_from_this()](beast::error_code stopped) {
             const auto self = weak.lock();
             if (self && !stopped) {
@@ -388,7 +396,7 @@ private:
     bool m_keep = false;
     Clock::time_point m_deadline = Clock::time_point::max();
     bool m_isTimed = false;
-    /// Held by whoever is to answer, and holds the session.
+    /// Owned by the handler that is to answer. The reply owns the session.
     std::weak_ptr<Reply> m_reply;
     bool m_isAnswered = true;
     bool m_isWatching = false;

@@ -7,8 +7,8 @@
 
 namespace PorticoApi {
 
-/// Serves one connection of a consumer, any number of requests, or hands it on to the link or to
-/// the events. Whatever stands still for too long is closed.
+/// Serves the requests of one connection, or passes the connection on to the link or to the events.
+/// A connection that is idle for too long is closed.
 void ServeConnection(Socket socket, const Share& share, const ConnectionContext& context);
 
 }  // namespace PorticoApi

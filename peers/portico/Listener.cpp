@@ -80,7 +80,7 @@ void Listener::Accept(Acceptor& acceptor)
                 return;
             }
             if (error) {
-                // Out of descriptors, for example: asking again at once would only burn time.
+                // Without free descriptors, for example, accepting fails at once again and again.
                 acceptor.pause.expires_after(kAcceptPause);
                 acceptor.pause.async_wait([this, &acceptor](boost::system::error_code stopped) {
                     if (!stopped) {
@@ -96,6 +96,7 @@ void Listener::Accept(Acceptor& acceptor)
 
 void Listener::Admit(Socket socket)
 {
+    // This listener holds one of the shares.
     const bool isFull =
         static_cast<std::size_t>(m_connections.use_count()) > Orlu::Limits::kConnections;
     if (isFull && !m_isFull) {
@@ -106,6 +107,7 @@ void Listener::Admit(Socket socket)
         return;
     }
     boost::system::error_code ignored;
+    // An answer is one write: waiting to fill a packet would only delay it.
     socket.set_option(Protocol::no_delay(true), ignored);
     m_accepted(std::move(socket), m_connections);
 }

@@ -16,25 +16,25 @@ namespace PorticoApi {
 
 using Protocol = boost::asio::ip::tcp;
 
-/// A connection; with the executor by its own type, as a general one costs each step an
-/// indirection.
+/// A connection. The executor has its concrete type, because the general type costs an indirection
+/// for each operation.
 using Socket = boost::asio::basic_stream_socket<Protocol, boost::asio::io_context::executor_type>;
 
-/// A place among the connections that are served at a time; held by the connection.
+/// Held by each connection; its use count is the number of connections and one.
 using Share = std::shared_ptr<const int>;
 
-/// Accepts connections at a port of the loopback addresses. One that is over the limit is closed
-/// at once, with a log line for the first.
+/// Accepts connections at a port of the loopback addresses. A connection above the limit is closed
+/// at once; the first one is logged.
 class Listener {
 public:
     using Accepted = std::function<void(Socket, Share)>;
 
     Listener(boost::asio::io_context& context, Accepted accepted);
 
-    /// Port 0: a free one. The port, or nothing and the reason in `why`. The IPv6 address joins if
-    /// the machine has it.
+    /// Port 0 means any free port. Returns the port, or nothing and the reason in `why`. Also
+    /// listens at the IPv6 address if the machine has one.
     std::optional<std::uint16_t> Listen(std::uint16_t port, std::string& why);
-    /// Accepts from here on.
+    /// Starts to accept connections.
     void Start();
 
 private:

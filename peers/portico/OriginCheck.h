@@ -7,11 +7,11 @@
 
 namespace PorticoApi {
 
-/// Whether a request is meant for us: `host` is one of the loopback's names with our port.
-/// Otherwise a page of elsewhere has had its own name point to this machine.
+/// Whether `host` is a loopback name with our port. Any other host means that a foreign page has
+/// its name resolved to this machine (DNS rebinding).
 bool IsOurHost(std::string_view host, std::uint16_t port);
 
-/// Whether a page may ask: `origin` is one of ours over plain HTTP.
+/// Whether a page of this origin may send requests: `origin` is ours over plain HTTP.
 bool IsOurOrigin(std::string_view origin, std::uint16_t port);
 
 }  // namespace PorticoApi

@@ -82,16 +82,16 @@ Product::Product(Resources& resources, PublishedFiles& files, EventLog& events, 
 {
 }
 
-void Product::PutUp(std::uint16_t port)
+void Product::AddResources(std::uint16_t port)
 {
-    PutUpValue(kSystemInfo, DeviceManagerPb::DeviceInfo::default_instance(),
-               R"({"name":"Living room","productType":"marlow-tenpenny",)"
-               R"("serialNumber":"0000000000000001","countryCode":"US"})");
-    PutUpValue(kSources, KESTRAAPI::Sources::default_instance(), R"({"sources":[]})");
-    PutUpValue(kNetworkStatus, NetManager::Protobuf::NetworkStatus::default_instance(),
-               R"({"isPrimaryUp":true})");
-    PutUpValue(kPayloadCfg, Portico::PayloadCfg::default_instance(),
-               R"({"stagingDirectory":"/mnt/nv/payload"})");
+    AddValue(kSystemInfo, DeviceManagerPb::DeviceInfo::default_instance(),
+             R"({"name":"Living room","productType":"marlow-tenpenny",)"
+             R"("serialNumber":"0000000000000001","countryCode":"US"})");
+    AddValue(kSources, KESTRAAPI::Sources::default_instance(), R"({"sources":[]})");
+    AddValue(kNetworkStatus, NetManager::Protobuf::NetworkStatus::default_instance(),
+             R"({"isPrimaryUp":true})");
+    AddValue(kPayloadCfg, Portico::PayloadCfg::default_instance(),
+             R"({"stagingDirectory":"/mnt/nv/payload"})");
     m_resources.ServeOwn("POST", kPublish,
                          [this, port](const std::string& body, const ReplyPtr& reply) {
                              reply->Give(Publish(body, port));
@@ -99,7 +99,7 @@ void Product::PutUp(std::uint16_t port)
     m_resources.SetReady(kPublish, true);
 }
 
-void Product::PutUpDataCollection()
+void Product::AddDataCollection()
 {
     const auto text = SystemUtils::ReadFile(m_root + kDataCollection);
     std::string why;
@@ -114,6 +114,7 @@ void Product::PutUpDataCollection()
         }
         const std::string& path = properties.pt_endpoint();
         const std::string state = path + "/state";
+        // The path comes from a file: it must not replace another resource.
         if (!Portico::IsResourcePath(state) || m_resources.IsKnown(path) ||
             m_resources.IsKnown(state)) {
             kLog.Log(1, "{}: no endpoint for events: {}", kDataCollection, path);
@@ -124,14 +125,14 @@ void Product::PutUpDataCollection()
                                  reply->Give(TakeEvent(body, state));
                              });
         m_resources.SetReady(path, true);
-        PutUpValue(state, DataCollection::State::default_instance(),
-                   R"({"ServiceStatus":"DATACOLLECTION_ENABLE"})");
+        AddValue(state, DataCollection::State::default_instance(),
+                 R"({"ServiceStatus":"DATACOLLECTION_ENABLE"})");
         return;
     }
 }
 
-void Product::PutUpValue(const std::string& path, const google::protobuf::Message& kind,
-                         const char* first)
+void Product::AddValue(const std::string& path, const google::protobuf::Message& kind,
+                       const char* first)
 {
     m_values[path] = {&kind, first};
     m_resources.ServeOwn(
@@ -187,6 +188,7 @@ std::optional<std::string> Product::Change(const std::string& path, const std::s
     } catch (const ProtoToMarkup::MarkupError& error) {
         return error.what();
     }
+    // On one line, as events and the link need it.
     value.json = OnOneLine(*parsed);
     m_resources.SetReady(path, true);
     m_resources.Notify(path, value.json);
@@ -218,6 +220,7 @@ Answer Product::Publish(const std::string& body, std::uint16_t port)
     if (!std::isfinite(life) || life <= 0 || life > kLongestLifeSec) {
         return Failure(400, "lifeSpanSec is to be above 0 and at most a day");
     }
+    // Read for each request: an operator may move the folder while the product runs.
     const auto& cfg = m_values[kPayloadCfg].json;
     if (cfg.empty()) {
         return Failure(503, "there is no staging directory");

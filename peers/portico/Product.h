@@ -18,34 +18,35 @@ namespace PorticoApi {
 class EventLog;
 class PublishedFiles;
 
-/// The product's own resources and their values. PUT changes a value and notifies, DELETE makes it
-/// not ready: so an operator moves the product.
+/// The product's resources and their values. PUT changes a value and notifies its subscribers;
+/// DELETE makes the resource not ready. An operator controls the product by these methods.
 class Product {
 public:
-    /// `root` is put in front of the product's paths. All are borrowed.
+    /// `root` is put in front of the product's paths. All other arguments are borrowed.
     Product(Resources& resources, PublishedFiles& files, EventLog& events, std::string root);
     Product(const Product&) = delete;
     Product& operator=(const Product&) = delete;
 
-    /// Puts up everything but what needs the data collection's endpoint.
-    void PutUp(std::uint16_t port);
+    /// Adds all resources except those of the data collection. `port` is that of published URLs.
+    void AddResources(std::uint16_t port);
 
-    /// The endpoint of `DataCollection.json`'s "UDC" entry and its state, if the file has one.
-    void PutUpDataCollection();
+    /// Adds the endpoint of the "UDC" entry of `DataCollection.json` and its state, if there is
+    /// such an entry.
+    void AddDataCollection();
 
-    /// The first values, an object of values by path; null: not ready. False and the reason in
-    /// `why` for anything else.
+    /// Sets the first values. `json` is an object of values by path; null means not ready. False,
+    /// and the reason in `why`, for any other text.
     bool ReadValues(const std::string& json, std::string& why);
 
 private:
     struct Value {
         const google::protobuf::Message* kind = nullptr;
-        std::string json;  ///< On one line; empty: not ready.
+        std::string json;  ///< One line; empty: not ready.
     };
 
-    void PutUpValue(const std::string& path, const google::protobuf::Message& kind,
-                    const char* first);
-    /// Nothing if done, else the reason why `json` is no value of this path.
+    void AddValue(const std::string& path, const google::protobuf::Message& kind,
+                  const char* first);
+    /// Nothing on success, else the reason why `json` is not a value of this path.
     std::optional<std::string> Change(const std::string& path, const std::string& json);
     void Clear(const std::string& path);
     void Get(const std::string& path, const ReplyPtr& reply) const;

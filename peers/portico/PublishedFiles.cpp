@@ -41,7 +41,7 @@ std::optional<std::string> PublishedFiles::Publish(const std::string& folder,
                                                    const std::string& name,
                                                    std::chrono::milliseconds lifeSpan)
 {
-    // What is one word of a path can be asked for as such.
+    // The name becomes one component of the URL's path.
     if (name.find('/') != std::string::npos || !Portico::IsResourcePath("/" + name)) {
         return "the file's name is no plain name";
     }
@@ -61,6 +61,7 @@ std::optional<std::string> PublishedFiles::Publish(const std::string& folder,
             m_files.erase(name);
         }
     });
+    // Destroys an earlier entry of the name, and with it the timer that would remove the new one.
     m_files.insert_or_assign(name, std::move(entry));
     return std::nullopt;
 }
@@ -68,7 +69,7 @@ std::optional<std::string> PublishedFiles::Publish(const std::string& folder,
 std::optional<FileContent> PublishedFiles::Find(const std::string& name) const
 {
     const auto found = m_files.find(name);
-    // The timer may be late.
+    // The timer may fire later than the deadline.
     if (found == m_files.end() || found->second.end->expiry() <= std::chrono::steady_clock::now()) {
         return std::nullopt;
     }

@@ -13,27 +13,27 @@
 
 namespace PorticoApi {
 
-/// A file as it is handed out.
+/// Content of a file and its content type.
 struct FileContent {
     std::shared_ptr<const std::string> bytes;
     const char* type = "application/octet-stream";
 };
 
-/// The content type by the name's end; by the content where the name says nothing.
+/// The content type by the extension of the name, or by the content if the extension is unknown.
 const char* ContentTypeOf(const std::string& name, const std::string& bytes);
 
-/// Files that services have published for a while. A file is read when it is published, so that
-/// its staging file may go at once.
+/// Files that services have published for a limited time. A file is read when it is published, so
+/// the service may remove its staging file at once.
 class PublishedFiles {
 public:
     explicit PublishedFiles(boost::asio::io_context& context) : m_context(context) {}
 
-    /// Publishes the regular file `name` of `folder`, in the place of one of that name. Nothing if
-    /// done, else the reason: no such file, no plain name, a link, too large, too many.
+    /// Publishes the regular file `name` of `folder` and replaces a file of that name. Nothing on
+    /// success, else the reason: no such file, not a plain name, a link, too large, too many files.
     std::optional<std::string> Publish(const std::string& folder, const std::string& name,
                                        std::chrono::milliseconds lifeSpan);
 
-    /// Nothing after its deadline.
+    /// Nothing for an unknown name, and after the file's deadline.
     std::optional<FileContent> Find(const std::string& name) const;
 
 private:

@@ -36,7 +36,8 @@ void Resources::SetReady(const std::string& path, bool isReady)
     UpdateInterests();
 }
 
-/// The paths of those who have left are the first to be forgotten.
+/// At the limit of known paths, removes one that no service serves any more. False if there is
+/// none.
 bool Resources::EvictUnused()
 {
     if (m_routes.size() < Orlu::Limits::kKnownPaths) {
@@ -72,6 +73,7 @@ void Resources::Remove(Match match)
     for (auto& [path, route] : m_routes) {
         for (auto& [method, place] : route.methods) {
             if (match(place)) {
+                // The method stays known: requests get 503 and not 405 until a service returns.
                 place = {};
             }
         }
@@ -98,6 +100,7 @@ void Resources::WithdrawAll(Owner owner)
 
 void Resources::Change(const std::string& path, const std::string& json, Owner owner)
 {
+    // A service must not report changes of a resource that another one serves.
     const auto route = m_routes.find(path);
     if (route != m_routes.end() &&
         std::ranges::any_of(route->second.methods,
@@ -135,7 +138,7 @@ void Resources::Request(const std::string& method, const std::string& path, cons
         reply->Give(std::move(answer));
         return;
     }
-    // A copy: the handler may change the table that it stands in.
+    // A copy: the handler may change the table that contains it.
     if (const Handler handler = place->second.handler) {
         handler(body, reply);
         return;

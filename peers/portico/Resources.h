@@ -12,53 +12,58 @@
 
 namespace PorticoApi {
 
-/// All resources, whoever serves them: who answers which method of a path, which paths are ready,
-/// and who wants to hear of it. All on one thread.
+/// All resources of the product and of services: the handler of each method of a path, the paths
+/// that are ready, and the subscribers. All on one thread.
 class Resources {
 public:
-    /// Gets a request's body, empty for GET.
+    /// Gets the body of a request, which is empty for GET.
     using Handler = std::function<void(const std::string& body, const ReplyPtr& reply)>;
-    /// Whoever put something here, and can take it back; the product's own has none.
+    /// Identifies the connection that added an entry and can withdraw it. Null for the product's
+    /// own.
     using Owner = const void*;
     using Paths = std::vector<std::string>;
 
-    /// Serves a method of a path and makes it ready. The latest one serves. False if the path is
-    /// the product's or there are too many. `id` is the owner's number for it.
+    /// Adds the handler for a method of a path, replaces an earlier one, and makes the path ready.
+    /// False if the path is the product's or there are too many paths. `id` is the owner's number
+    /// for it.
     bool Serve(const std::string& method, const std::string& path, Handler handler, Owner owner,
                std::uint64_t id);
 
-    /// The product's own: readiness goes by `SetReady`; a handler is called in any case.
+    /// Adds a handler of the product. `SetReady` sets the readiness; the handler is called in any
+    /// case.
     void ServeOwn(const std::string& method, const std::string& path, Handler handler);
     void SetReady(const std::string& path, bool isReady);
 
-    /// `changed` is called with true if all paths are ready, now or later, and at each change.
+    /// `changed` is called with true as soon as all paths are ready, and with each change.
     void AddInterest(const Paths& paths, Owner owner, std::uint64_t id,
                      std::function<void(bool isReady)> changed);
     void Subscribe(const std::string& path, Owner owner, std::uint64_t id,
                    std::function<void(const std::string& json)> notify);
 
     void Withdraw(Owner owner, std::uint64_t id);
-    /// All of an owner's; the paths that it served stay known and are not ready, which is told.
+    /// Withdraws all entries of an owner. The paths that it served stay known and become not ready,
+    /// of which the listener is notified.
     void WithdrawAll(Owner owner);
 
-    /// What a service tells of a resource that it serves itself; of another's nothing is told.
+    /// Notifies of a change that a service reports. Ignored if the owner does not serve the path.
     void Change(const std::string& path, const std::string& json, Owner owner);
 
-    /// Tells all subscribers of the path, and `SetListener`'s of every path; empty: not ready.
+    /// Notifies the subscribers of the path and the listener. An empty `json` means not ready; only
+    /// the listener gets it.
     void Notify(const std::string& path, const std::string& json);
     void SetListener(std::function<void(const std::string& path, const std::string& json)> listener)
     {
         m_listener = std::move(listener);
     }
 
-    /// The handler's answer, or 404, 405 or 503 for want of one.
+    /// Calls the handler, or answers with 404, 405 or 503 if there is none.
     void Request(const std::string& method, const std::string& path, const std::string& body,
                  const ReplyPtr& reply) const;
     bool IsKnown(const std::string& path) const { return m_routes.contains(path); }
 
 private:
     struct Place {
-        Handler handler;  ///< Empty if whoever served it has left.
+        Handler handler;  ///< Empty if its service has left.
         Owner owner = nullptr;
         std::uint64_t id = 0;
     };

@@ -30,9 +30,10 @@ std::optional<std::uint16_t> Server::Start(std::string& why)
     if (!port) {
         return std::nullopt;
     }
+    // Before the first connection: the host check of each request needs the chosen port.
     m_context.port = *port;
-    m_product.PutUp(*port);
-    m_product.PutUpDataCollection();
+    m_product.AddResources(*port);
+    m_product.AddDataCollection();
     if (!m_options.resources.empty() && !ReadValues(why)) {
         return std::nullopt;
     }
@@ -41,7 +42,7 @@ std::optional<std::uint16_t> Server::Start(std::string& why)
         return std::nullopt;
     }
     m_resources.SetListener(
-        [this](const std::string& path, const std::string& json) { m_events.Tell(path, json); });
+        [this](const std::string& path, const std::string& json) { m_events.Notify(path, json); });
     m_listener.Start();
     return port;
 }

@@ -19,16 +19,17 @@
 
 namespace PorticoApi {
 
-/// The whole local API on one context's thread. The context must not run any more once it is gone.
+/// The local API, on one context's thread. The context must not run after this object has been
+/// destroyed.
 class Server {
 public:
-    /// `root` is put in front of the product's own paths, not of those in `options`.
+    /// `root` is put in front of the product's paths, but not of the paths in `options`.
     Server(boost::asio::io_context& context, const Options& options, const std::string& root,
            const Timeouts& timeouts);
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
-    /// Accepts connections from here on. The port, or nothing and the reason in `why`.
+    /// Starts to accept connections. Returns the port, or nothing and the reason in `why`.
     std::optional<std::uint16_t> Start(std::string& why);
 
 private:

@@ -15,8 +15,8 @@ class WebFolder {
 public:
     explicit WebFolder(std::string folder) : m_folder(std::move(folder)) {}
 
-    /// The file behind a request's path, "/" being index.html. Nothing for what is not a plain path
-    /// to a file of the folder.
+    /// The file at a request's path; "/" is index.html. Nothing for a path that is not plain or has
+    /// no file in the folder.
     std::optional<FileContent> Find(const std::string& path) const;
 
 private:

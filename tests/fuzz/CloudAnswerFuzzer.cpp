@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* kConfig = "/qsp.conf";
 
-/// What the cloud answers to everything behind the session's opening.
+/// The cloud's answer to every request after the opening of the session.
 std::string s_answer;
 
 int Post(const char*, std::uint32_t, char** response, std::uint32_t* responseLength, const char*)
@@ -34,7 +34,7 @@ int TakeCodeset(const char* name, const std::uint8_t* data, std::uint32_t size)
     return sum == 0 ? 4 : 0;
 }
 
-/// Reads what a text promises to be.
+/// Checks that a returned text is terminated and not longer than the cloud's answer.
 void Read(int code, const char* text)
 {
     if (code == 0 && std::strlen(text) > s_answer.size()) {
@@ -93,8 +93,8 @@ void LookUp(QSP_SESSION session)
 
 }  // namespace
 
-// The first byte says how long a guided test is played, the bytes behind it how its user answers;
-// the rest is what the cloud says.
+// The first byte is the length of a guided test, the bytes behind it are its user's answers. The
+// rest is the cloud's answer.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     static const TemporaryRoot root;

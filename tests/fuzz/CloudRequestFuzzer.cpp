@@ -5,7 +5,7 @@
 
 #include "cloud/CloudService.h"
 
-// Whatever a body is, its answer is one that the library could read, and within the limit.
+// For every body the answer can be read by the library and is within the limit.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     static std::string why;

@@ -5,8 +5,8 @@
 #include "codesets/CodesetText.h"
 #include "infrared/CodesetBinary.h"
 
-// A binary that is accepted can be made anew from what was read; a text that is accepted makes a
-// binary that is accepted.
+// An accepted binary can be composed again from its groups and keys. An accepted text compiles to
+// an accepted binary.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     std::string why;

@@ -8,7 +8,7 @@
 
 namespace {
 
-/// What came out of a stream that arrived in pieces of `step` bytes.
+/// The frames read from a stream that arrives in pieces of `step` bytes.
 std::string ReadInPieces(std::span<const std::uint8_t> stream, std::size_t step)
 {
     using Status = IPCFrames::Reader::Status;
@@ -32,7 +32,7 @@ std::string ReadInPieces(std::span<const std::uint8_t> stream, std::size_t step)
 
 }  // namespace
 
-// A stream gives the same frames however it is cut.
+// A stream gives the same frames for each size of its pieces.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const std::span stream(data, size);

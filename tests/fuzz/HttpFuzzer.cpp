@@ -36,8 +36,8 @@ void RequireAnswer(int consumer)
 
 }  // namespace
 
-// What a consumer of the local API writes on its connection, in two pieces, before it hangs up.
-// Whatever comes back begins as an answer of HTTP.
+// The bytes that a consumer of the local API sends, in two pieces, before it closes. All that it
+// gets back begins as an HTTP answer.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     static const TemporaryRoot root;
@@ -50,9 +50,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     EventLog log;
     Product product(resources, files, log, root.Path());
     const ConnectionContext context{resources, events, files, web, {}, kPort};
-    product.PutUp(kPort);
+    product.AddResources(kPort);
     resources.SetListener(
-        [&events](const std::string& path, const std::string& json) { events.Tell(path, json); });
+        [&events](const std::string& path, const std::string& json) { events.Notify(path, json); });
     std::array<int, 2> pair{};
     if (socketpair(AF_UNIX, SOCK_STREAM, 0, pair.data()) != 0) {
         return 0;

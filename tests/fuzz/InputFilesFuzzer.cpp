@@ -20,7 +20,7 @@ struct CollectionFile : DataCollection::DataCollectionClient {
 
 }  // namespace
 
-// The first byte names the file, the rest is what stands in it.
+// The first byte selects the file, the rest is its content.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     static const TemporaryRoot root;

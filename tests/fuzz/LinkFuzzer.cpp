@@ -5,7 +5,7 @@
 
 #include "portico/LinkMessage.h"
 
-// What is taken for a message of the link reads the same once it has been written.
+// An accepted message of the link reads the same after it has been written.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const std::string text(data, data + size);

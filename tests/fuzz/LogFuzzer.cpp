@@ -7,7 +7,7 @@
 #include "orlu/LogLine.h"
 #include "orlu/SystemUtils.h"
 
-// Whatever the text, the line is UTF-8 without a control character.
+// For every text the log line is UTF-8 without control characters.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     std::string line;

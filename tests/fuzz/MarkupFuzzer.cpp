@@ -21,7 +21,7 @@
 
 namespace {
 
-/// All that is read as JSON from a file or the local API.
+/// All messages that are read as JSON from a file or the local API.
 const google::protobuf::Message* const kKinds[] = {
     &CodesetConfig::CodesetConfig::default_instance(),
     &WhiteList::WhiteList::default_instance(),
@@ -41,8 +41,8 @@ const google::protobuf::Message* const kKinds[] = {
 
 }  // namespace
 
-// The first byte picks the message, the rest is its text. What is read must come back the same from
-// what is written.
+// The first byte selects the message, the rest is its text. A message that was read must be the
+// same after writing and reading it.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     if (size == 0) {

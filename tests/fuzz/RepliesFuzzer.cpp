@@ -4,7 +4,7 @@
 
 #include "blaster/BlasterFrames.h"
 
-// No reader of a blaster's reply gives more than the reply holds.
+// No reader of a blaster's reply returns more than the reply contains.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     namespace Frames = TrellanService::BlasterFrames;

@@ -22,7 +22,7 @@ using namespace TrellanServiceMessages;
 constexpr const char* kStore = "/mnt/nv/product-persistence/TRSCodesetConfig.json";
 constexpr const char* kWhiteList = "/opt/Orlu/etc/UEI/WhiteList.json";
 
-/// A peer on one of the service's sockets that writes what it likes and reads nothing.
+/// A peer on one of the service's sockets that writes arbitrary bytes and reads nothing.
 class Wire {
 public:
     explicit Wire(const std::string& service)
@@ -104,7 +104,7 @@ constexpr std::array kEndpoints = {
     Endpoint{Portico::Method::kPut, "/remote/integration/directEntry"},
 };
 
-/// The service, and each of its interfaces by a number.
+/// The service and its interfaces, which the input selects by number.
 class Fuzzed {
 public:
     Fuzzed()
@@ -191,8 +191,8 @@ private:
 
 }  // namespace
 
-// A row of inputs to the service, each an interface, what to find there, a length, and so many
-// bytes.
+// A sequence of inputs to the service. Each is an interface, a selection within it, a length and
+// that many bytes.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     DPrint::SetLevel(4);

@@ -13,7 +13,7 @@
 
 namespace {
 
-/// One file in memory, whatever its path.
+/// One file in memory for every path.
 class MemoryFile final : public Orlu::FileSystemIF {
 public:
     std::string content;
@@ -70,7 +70,7 @@ bool AreEqual(const TrellanService::CodesetMap& one, const TrellanService::Codes
 
 }  // namespace
 
-// What the handler takes from a file it also takes from the file that it then writes.
+// The handler reads the same from a file and from the file that it writes after that.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     DPrint::SetLevel(0);

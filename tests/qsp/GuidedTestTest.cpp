@@ -39,18 +39,19 @@ const GuidedTest::Candidate& Named(const Candidates& candidates, const std::stri
     return candidates.front();
 }
 
-/// The device reacts to what `truth` sends (null: to nothing); the answer number `lie` is wrong.
+/// Plays a test whose device reacts to the signals of `truth`, or to none if it is null. The answer
+/// with the number `lie` is wrong.
 Outcome Play(const Candidates& candidates, const GuidedTest::Candidate* truth,
              std::optional<unsigned> lie = {})
 {
     GuidedTest test(candidates);
     for (unsigned question = 0; question < 1000; ++question) {
         const std::uint32_t key = test.Key().value();
-        std::uint32_t light = 0;
+        std::uint32_t sent = 0;
         for (const GuidedTest::Signal& signal : Named(candidates, test.CodesetName()).signals) {
-            light = signal.first == key ? signal.second : light;
+            sent = signal.first == key ? signal.second : sent;
         }
-        const bool works = truth != nullptr && Sends(*truth, key, light);
+        const bool works = truth != nullptr && Sends(*truth, key, sent);
         const GuidedTest::Status status = test.Report(works != (question == lie));
         EXPECT_LE(test.CodesetsTested(), test.CodesetsTotal());
         EXPECT_EQ(status == GuidedTest::Status::GoOn, test.Key().has_value());
@@ -64,7 +65,8 @@ Outcome Play(const Candidates& candidates, const GuidedTest::Candidate* truth,
     return {};
 }
 
-/// Power is shared by five, volume by three, mute by none; the last ten have power alone.
+/// Five code sets share the signal of power, three that of volume, none that of mute. The last ten
+/// have power alone.
 Candidates SixtyCodesets()
 {
     Candidates candidates;
@@ -89,7 +91,8 @@ TEST(GuidedTest, FindsEveryCodesetByFewQuestionsEvenAfterOneWrongAnswer)
         SCOPED_TRACE(truth.name);
         const Outcome honest = Play(candidates, &truth);
         EXPECT_EQ(honest.found, truth.name);
-        // Twelve lights for power, ten of codesets with nothing else, and some to tell five apart.
+        // Twelve signals for power, ten of them of code sets with no other key, and some questions
+        // to tell five code sets apart.
         EXPECT_LE(honest.questions, 28U);
         sum += honest.questions;
         for (unsigned lie = 0; lie < honest.questions; ++lie) {
@@ -99,7 +102,7 @@ TEST(GuidedTest, FindsEveryCodesetByFewQuestionsEvenAfterOneWrongAnswer)
             EXPECT_LE(lied.questions, 60U);
         }
     }
-    // One after the other they would take 30 on average.
+    // Tried one after the other, the code sets would take 30 questions on average.
     EXPECT_LE(sum, 60U * 14U);
     EXPECT_EQ(Play(candidates, nullptr).found, "");
 }
@@ -113,7 +116,7 @@ TEST(GuidedTest, AsksASecondKeyBeforeACodesetCountsAsFound)
     EXPECT_EQ(test.Key(), 2U);
     EXPECT_EQ(test.CodesetName(), "A");
     EXPECT_EQ(test.Report(true), GuidedTest::Status::GoOn);
-    // Had that answer been wrong, it would be B by its weight.
+    // If that answer was wrong, B remains, by its weight.
     EXPECT_EQ(test.CodesetName(), "B");
     EXPECT_EQ(test.Report(false), GuidedTest::Status::GoOn);
     EXPECT_EQ(test.CodesetName(), "A");
@@ -138,7 +141,7 @@ TEST(GuidedTest, OfEqualCodesetsTheCommonestIsFoundAtOnce)
 
 TEST(GuidedTest, AmongEqualQuestionsKeepsTheLoadedCodeset)
 {
-    // After A failed, B and C stand equal, and so do their keys; B is asked once, then stays.
+    // After A failed, B and C are equal, and so are their keys. B is asked once and stays.
     GuidedTest test({{"A", 9, {{1, 1}}}, {"B", 1, {{1, 2}, {2, 2}}}, {"C", 1, {{1, 3}, {2, 3}}}});
     test.Report(false);
     EXPECT_EQ(test.CodesetName(), "B");

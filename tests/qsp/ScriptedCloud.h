@@ -12,19 +12,19 @@
 #include "qsp/qsp.h"
 #include "support/TemporaryRoot.h"
 
-/// The library, started, with a session, over a cloud that answers as written here.
+/// The started library with a session, and a scripted cloud.
 class ScriptedCloud : public testing::Test {
 protected:
     ScriptedCloud();
     ~ScriptedCloud() override;
 
-    /// As the library takes it; `code` of the answers is what the post comes back with.
+    /// The post function of the library. The answer's `code` is its result.
     static int Post(const char* body, std::uint32_t bodyLength, char** response,
                     std::uint32_t* responseLength, const char* url);
     static std::string Config() { return "/qsp.conf"; }
     void Configure(const std::string& text) const { m_root.Write("/qsp.conf", text); }
 
-    /// By operation; an operation without one gets status 44.
+    /// By operation. An operation without an entry gets status 44.
     std::map<std::string, std::string> m_answers;
     int m_postCode = 0;
     Json::Value m_request;

@@ -27,7 +27,8 @@ std::int64_t Id(std::size_t place)
     return static_cast<std::int64_t>(place) + 1;
 }
 
-/// Fills an empty database, table by table, each in a fixed order.
+/// Fills an empty database table by table, each in a fixed order, so that equal collections give
+/// equal bytes.
 class Writer {
 public:
     Writer(Database& database, const Collection& collection)
@@ -37,12 +38,13 @@ public:
 
     void WriteAll()
     {
+        // Without a journal: the file is temporary until it is complete and synced.
         m_database.Execute("PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF; BEGIN");
         m_database.Execute(kSchema);
         WriteMeta();
         WriteCodesets();
         WriteBrands();
-        WriteKnown();
+        WriteAnnouncedDevices();
         m_database.Execute("COMMIT");
     }
 
@@ -66,7 +68,7 @@ private:
         }
     }
 
-    /// In the order of their names, which also becomes that of their ids.
+    /// In the order of their names, so that ids do not depend on the order of the sources.
     void WriteCodesets()
     {
         auto codeset = m_database.Prepare("INSERT INTO codeset VALUES(?, ?, ?, CAST(? AS BLOB))");
@@ -79,7 +81,7 @@ private:
             Insert(codeset, id, name, Id(entry.source), entry.binary);
             std::int64_t order = 0;
             for (const Question& question : Questions(entry.type, entry.binary)) {
-                Insert(signal, id, ++order, std::int64_t{question.ueiKey}, question.light);
+                Insert(signal, id, ++order, std::int64_t{question.ueiKey}, question.signal);
             }
         }
     }
@@ -118,7 +120,7 @@ private:
         }
     }
 
-    /// Models that use a code set; 1 for one of no known model.
+    /// The number of models that use each code set; 1 for a code set without a known model.
     static std::map<std::size_t, std::int64_t> Weights(const Collection::Brand& brand)
     {
         std::map<std::size_t, std::int64_t> weights;
@@ -133,6 +135,7 @@ private:
         return weights;
     }
 
+    /// The device's code set, or else the one that most models of its brand use.
     std::string CodesetOf(const Collection::AnnouncedDevice& known) const
     {
         if (!known.codeset.empty()) {
@@ -154,7 +157,7 @@ private:
         return best;
     }
 
-    void WriteKnown()
+    void WriteAnnouncedDevices()
     {
         auto cec = m_database.Prepare("INSERT INTO cec VALUES(?, ?, ?, ?, ?, ?)");
         for (const auto& [key, known] : m_collection.cec) {
@@ -208,7 +211,9 @@ bool WriteTemporary(const Collection& collection, const std::string& path, std::
 bool WriteCatalogue(Collection& collection, const std::string& path, std::string& why)
 {
     collection.NameCodesets();
+    // Beside the target: rename works only within a file system.
     const std::string temporary = path + ".tmp." + std::to_string(getpid());
+    // A file of a process with the same number that was killed.
     std::remove(temporary.c_str());
     bool done = WriteTemporary(collection, temporary, why);
     if (done && (!Sync(temporary, O_RDONLY) || std::rename(temporary.c_str(), path.c_str()) != 0)) {
@@ -219,6 +224,7 @@ bool WriteCatalogue(Collection& collection, const std::string& path, std::string
         std::remove(temporary.c_str());
         return false;
     }
+    // Makes the rename durable. If it fails, the file itself is still complete.
     Sync(Folder(path), O_RDONLY | O_DIRECTORY);
     return true;
 }

@@ -8,8 +8,9 @@
 
 namespace Cloud {
 
-/// Names the code sets and writes all to a file, which is replaced as a whole; the same collection
-/// gives the same bytes. False, and the reason in `why`: nothing is left behind.
+/// Names the code sets and writes the collection to a file, which is replaced atomically. The same
+/// collection gives the same bytes. False, and the reason in `why`, on failure: the old file is
+/// unchanged, and no temporary file remains.
 bool WriteCatalogue(Collection& collection, const std::string& path, std::string& why);
 
 }  // namespace Cloud

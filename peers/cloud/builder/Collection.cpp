@@ -13,7 +13,7 @@ namespace Cloud {
 
 namespace {
 
-/// A letter for each kind of device, for all others M; a name's number has 13 bits, behind H 12.
+/// The letter of each device type; M for all others. The number behind the letter has 13 bits.
 constexpr std::array<std::pair<std::string_view, char>, 6> kLetters = {{
     {"TV", 'T'},
     {"STB", 'S'},
@@ -60,6 +60,7 @@ std::size_t Collection::AddCodeset(Codeset codeset)
 {
     const std::pair<char, std::string> key(Letter(codeset.type), codeset.binary);
     const auto known = byBinary.find(key);
+    // Equal code sets without a name are stored once. A code set with a name is always added.
     if (codeset.name.empty() && known != byBinary.end()) {
         return known->second;
     }
@@ -74,7 +75,8 @@ std::size_t Collection::AddCodeset(Codeset codeset)
 
 void Collection::NameCodesets()
 {
-    // By content, so that those whose numbers clash get the same ones each time.
+    // In the order of the content, so that code sets whose numbers clash get the same numbers in
+    // each run.
     std::map<std::tuple<char, std::uint64_t, std::string>, std::size_t> unnamed;
     for (std::size_t i = 0; i < codesets.size(); ++i) {
         const Codeset& codeset = codesets[i];

@@ -13,8 +13,8 @@
 
 namespace Cloud {
 
-/// What a catalogue is made of, before it is written. References are positions in `codesets`.
-/// The maps are sorted, so that the order in which things came leaves no trace.
+/// The content of a catalogue before it is written. Code sets are referred to by their position in
+/// `codesets`. The maps are sorted, so the result does not depend on the order of the sources.
 struct Collection {
     struct Source {
         std::string name;
@@ -22,7 +22,7 @@ struct Collection {
     };
 
     struct Codeset {
-        std::string name;  ///< empty: to be named by its content
+        std::string name;  ///< empty: NameCodesets derives it from the content
         std::string type;
         std::string binary;
         std::size_t source = 0;
@@ -37,35 +37,38 @@ struct Collection {
         std::string name;
         bool guided = true;
         std::map<std::string, Model> models = {};  ///< by the name in small letters
-        std::vector<std::size_t> codesets = {};    ///< of no known model
+        std::vector<std::size_t> codesets = {};    ///< code sets without a known model
     };
 
-    /// A device that announces itself.
+    /// A device that is recognised by its CEC data or its EDID.
     struct AnnouncedDevice {
         std::string type;
         std::string brand;
-        std::string codeset;  ///< empty: the brand's commonest, if it has any
+        std::string codeset;  ///< empty: the brand's most used one, if it has any
     };
 
-    /// The code set with that binary, new or one that is there already; a name is for new ones.
+    /// Adds a code set and returns its position. A code set without a name that is there already,
+    /// with the same type letter, is not added again.
     std::size_t AddCodeset(Codeset codeset);
 
-    /// Names those without one, by a letter of the type and digits that the content gives.
+    /// Names the code sets that have no name, by a letter for the type and a number that depends on
+    /// the content.
     void NameCodesets();
 
     std::string version;
-    std::int64_t quota = 0;  ///< 0: not said
+    std::int64_t quota = 0;  ///< 0: no source gives it
     std::vector<Source> sources;
     std::vector<Codeset> codesets;
     std::map<std::string, std::size_t> byName;
     std::map<std::pair<char, std::string>, std::size_t> byBinary;
-    std::map<std::pair<std::string, std::string>, Brand> brands;  ///< by type and small name
+    std::map<std::pair<std::string, std::string>, Brand>
+        brands;  ///< by type, name in small letters
     /// By vendor, name on the bus, role; and by manufacturer, monitor.
     std::map<std::tuple<std::uint32_t, std::string, std::string>, AnnouncedDevice> cec;
     std::map<std::pair<std::string, std::string>, AnnouncedDevice> edid;
 };
 
-/// ASCII letters only, as the catalogue compares.
+/// Converts ASCII letters only, as the catalogue compares names.
 std::string SmallLetters(std::string_view text);
 
 /// The first eight bytes of the content's SHA-256.

@@ -24,7 +24,7 @@ struct TypeRow {
     Keys keys;
 };
 
-/// What shows at once and does no harm comes first.
+/// Keys with a visible and harmless effect come first.
 constexpr std::array<TypeRow, 4> kTypes = {{
     {"TV",
      {kKey_POWER, kKey_VOLUME_UP, kKey_CHANNEL_UP, kKey_MUTE, kKey_INPUT, kKey_DEVICE_MENU,
@@ -47,8 +47,9 @@ const Keys& KeysOf(std::string_view type)
     return row == kTypes.end() ? kTypes.front().keys : row->keys;
 }
 
-/// Of a whole first frame, so that two ways to write the same light are one.
-std::int64_t Light(const Lpm::CodesetBinary& codeset, const Lpm::CodesetKey& key)
+/// Hashes carrier and durations of the first frame, so that a raw key and a scancode that send the
+/// same are one signal.
+std::int64_t SignalHash(const Lpm::CodesetBinary& codeset, const Lpm::CodesetKey& key)
 {
     Lpm::KeyRenderer renderer(codeset, key, false);
     const Lpm::InfraredFrame frame = renderer.Frame(0);
@@ -73,7 +74,7 @@ std::vector<Question> Questions(std::string_view type, std::string_view binary)
     for (const ueikey number : KeysOf(type)) {
         const Lpm::CodesetKey* key = codeset->Find(static_cast<std::uint8_t>(number));
         if (key != nullptr) {
-            questions.push_back({key->ueiKey, Light(*codeset, *key)});
+            questions.push_back({key->ueiKey, SignalHash(*codeset, *key)});
         }
     }
     return questions;

@@ -9,16 +9,16 @@
 
 namespace Cloud {
 
-/// A guided test asks no more of one code set; so the answer for a whole type stays small.
+/// The maximum for one code set, which keeps the answer for a whole type small.
 inline constexpr std::size_t kMaximumQuestions = 12;
 
-/// A key of a code set that is worth a question, and what tells its light from others.
+/// A key of a code set for the guided test. Equal `signal` values are the same signal.
 struct Question {
     std::uint8_t ueiKey = 0;
-    std::int64_t light = 0;
+    std::int64_t signal = 0;
 };
 
-/// In the order in which a user of such a device would be asked.
+/// The keys for a device of that type, in the order of the test. Empty for an invalid binary.
 std::vector<Question> Questions(std::string_view type, std::string_view binary);
 
 }  // namespace Cloud

@@ -20,7 +20,7 @@ namespace {
 constexpr std::size_t kNameBytes = 64;
 constexpr std::uint32_t kLargestVendor = 0xffffff;
 
-/// Reads one source; the first fault is kept and all that follows is of no account.
+/// Reads one source. Keeps the first fault; after a fault the collection is not used.
 class Reader {
 public:
     Reader(const std::string& folder, Collection& collection, std::string& why)
@@ -74,7 +74,7 @@ private:
         return text;
     }
 
-    /// A list of objects or texts; nothing if it is absent.
+    /// A list of objects or texts. An absent list is empty.
     const Json::Value& List(const Json::Value& object, const char* name)
     {
         static const Json::Value kNone(Json::arrayValue);
@@ -139,7 +139,7 @@ private:
         m_collection.AddCodeset(std::move(codeset));
     }
 
-    /// A name, or a code set that stands here.
+    /// Adds the code set that `value` names or contains.
     void AddReference(const Json::Value& value, const std::string& type, const std::string& owner,
                       std::vector<std::size_t>& codesets)
     {

@@ -9,7 +9,7 @@
 
 namespace Cloud {
 
-/// Adds what a source says to the collection:
+/// Adds the content of a source to the collection:
 ///
 ///     {"source": "whose", "licence": "SPDX name", "version": "text", "quota": 1000,
 ///      "codesets": [{"name": "T2051", "type": "TV", "file": "T2051.json"},
@@ -21,10 +21,10 @@ namespace Cloud {
 ///               "codeset": "T2051"}],
 ///      "edid": [{"manufacturer": "AUR", "monitor": "", "type": "TV", "brand": "Aurora"}]}
 ///
-/// `groups` and the files (beside `folder`) are texts of code sets. What is a list may be absent,
-/// so may `version`, `quota`, `guided` and a known device's `osd`, `role`, `monitor`, `codeset`. A
-/// code set's name counts in all sources that follow. False, and the reason in one line in `why`:
-/// the collection is of no further use.
+/// `groups` and the files (in `folder`) are texts of code sets. Lists may be absent, and so may
+/// `version`, `quota`, `guided` and a device's `osd`, `role`, `monitor` and `codeset`. Later
+/// sources can use a code set's name. False, and the reason in one line in `why`, on failure: the
+/// collection must not be used then.
 bool AddSource(std::string_view text, const std::string& folder, Collection& collection,
                std::string& why);
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Makes a catalogue out of sources.
+// Builds a catalogue from sources.
 
 #include "cloud/builder/CatalogueWriter.h"
 #include "cloud/builder/SourceText.h"
@@ -50,9 +50,9 @@ int Build(const std::string& out, const std::vector<std::string>& sources)
 // NOLINTNEXTLINE(bugprone-exception-escape): only for want of memory
 int main(int argc, char** argv)
 {
-    // Paths on a command line mean what they say, in whatever root a product is running.
+    // SystemUtils puts ORLU_ROOT in front of paths; paths of a command line are used as given.
     unsetenv("ORLU_ROOT");
-    // It finds fault with two pairs of key names that differ by their case or by an underscore.
+    // protobuf warns of two pairs of key names that differ only by case or by an underscore.
     google::protobuf::SetLogHandler(nullptr);
     CLI::App app("Makes the cloud's catalogue out of sources", "CatalogueBuilder");
     app.set_version_flag("--version", std::string("CatalogueBuilder ") + TRELLAN_VERSION);
