@@ -19,8 +19,8 @@
 
 namespace TrellanService::Tests {
 
-/// A server task and, once it serves, an LPM side in virtual time, which leaves loads unanswered.
-/// What happens is one text, in order.
+/// A server task and, once it serves, an LPM side in virtual time, which does not answer loads. All
+/// events are one text, in order.
 class BlasterFixture : public ::testing::Test {
 protected:
     BlasterFixture()
@@ -35,7 +35,7 @@ protected:
 
     ~BlasterFixture() override { DPrint::SetLevel(3); }
 
-    /// On the server task, until nothing is left to do.
+    /// Runs work on the server task, until all tasks are idle.
     void Run(std::function<void()> work)
     {
         IL::BreakThread(std::move(work), task.get());
@@ -53,7 +53,7 @@ protected:
         runtime.RunUntilIdle();
     }
 
-    /// A callback that notes the bytes it gets behind `name`.
+    /// A callback that records its bytes behind `name`.
     AsyncCallback<std::string> Note(const std::string& name)
     {
         return {
@@ -61,7 +61,7 @@ protected:
             task.get()};
     }
 
-    /// What arrived at the LPM side, without times.
+    /// The messages that the LPM side has received, without times.
     std::string TakeRecord()
     {
         std::istringstream lines(effects.Take());

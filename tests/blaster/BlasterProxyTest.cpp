@@ -16,7 +16,7 @@ using namespace TrellanServiceMessages;
 
 namespace {
 
-/// Leaves a mark on what it fills, and a `lastResult` that is not to survive.
+/// Marks each message that it fills, and sets a `lastResult` that the proxy must replace.
 class Responses : public UEIResponsesIF {
 public:
     void FillOSMControlResp(OSMControlResp_t& response) override
@@ -49,7 +49,7 @@ protected:
         });
     }
 
-    /// Waits for a load; what comes of it is noted behind `name`.
+    /// Loads a code set and waits. The result is recorded behind `name`.
     template <class Response>
     void Queue(const std::string& name)
     {
@@ -85,7 +85,7 @@ protected:
     bool stored = false;
 };
 
-TEST_F(BlasterProxy, EachWishIsOneFrameUnderItsId)
+TEST_F(BlasterProxy, EachRequestIsOneFrameUnderItsId)
 {
     lpm.ReplyToAll("\x02\x07");
     Run([this] {

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""A whole product with its page, and a Chromium that clicks on it."""
+"""A product with its page, and a Chromium that uses it."""
 import collections
 import http.client
 import json
@@ -59,7 +59,7 @@ class System:
         return self.ask("GET", "/living-room/devices")["television"]
 
     def presses(self):
-        """Keys that the blaster has sent to their end."""
+        """The number of keys that the blaster has sent completely."""
         return (self.product.root / "record").read_text().count('"on": false')
 
     def end(self):
@@ -68,7 +68,7 @@ class System:
 
 
 class Page:
-    """The browser, at the product's page. Counts its clicks."""
+    """A browser with the product's page. Counts clicks."""
 
     def __init__(self, port):
         self.profile = tempfile.TemporaryDirectory()
@@ -89,7 +89,7 @@ class Page:
         return WebDriverWait(self.driver, TIMEOUT_SECONDS, 0.05).until(condition, what)
 
     def find(self, css, text=""):
-        """The first visible element with this text, once it is there."""
+        """Waits for a visible element with this text and returns the first one."""
         return self.until(f"no {css} with {text!r}", lambda driver: next(
             (each for each in driver.find_elements(By.CSS_SELECTOR, css)
              if each.is_displayed() and text in each.text), None))
@@ -104,14 +104,14 @@ class Page:
         self.find("#status", text)
 
     def faults(self):
-        """What axe finds on the page as it stands, one line each."""
+        """The findings of axe on the current page, one line each."""
         self.driver.execute_script((HERE / "node_modules/axe-core/axe.min.js").read_text())
         found = self.driver.execute_async_script(
             "const done = arguments[0]; axe.run().then(r => done(r.violations), e => done([{id: `${e}`, nodes: []}]))")
         return [f"{each['id']}: {[node['html'] for node in each['nodes']]}" for each in found]
 
     def strangers(self):
-        """Requests that leave the product since the last call, and errors of the page's own."""
+        """Requests to other hosts since the last call, and errors of the page."""
         requests = [json.loads(entry["message"])["message"] for entry in self.driver.get_log("performance")]
         hosts = [each["params"]["request"]["url"] for each in requests
                  if each["method"] == "Network.requestWillBeSent"]

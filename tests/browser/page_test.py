@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: Apache-2.0
-"""Clicks through the page of a whole product.
+"""Clicks through the page of a product.
 
     page_test.py BIN [IMAGES]     where BIN holds the programs; screenshots go to the folder IMAGES
 """
@@ -33,7 +33,7 @@ class PageTest(unittest.TestCase):
         self.assertEqual(self.page.strangers(), [])
 
     def look(self, name):
-        """Without a finding of axe; with a screenshot if they were asked for."""
+        """Fails on a finding of axe. Takes a screenshot if a folder was given."""
         self.assertEqual(self.page.faults(), [], name)
         if IMAGES:
             self.page.driver.save_screenshot(str(IMAGES / f"{name}.png"))
@@ -109,7 +109,7 @@ class PageTest(unittest.TestCase):
         self.still(lambda: self.system.television()["channel"])
 
     def still(self, value):
-        """The value once it has been the same for a while."""
+        """Waits until the value no longer changes, and returns it."""
         seen = []
         self.until("it goes on and on", lambda: seen.append(value()) or seen[-12:] == [seen[-1]] * 12)
         return seen[-1]

@@ -23,7 +23,7 @@ constexpr const char* kTwoCodesets = R"({"codesets": [
      "safeToBlast": true, "keyMap": {"keys": [1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,19,20,21,
      22,23,24,25]}}}]})";
 
-/// A console on the service's command line. The answer of each line is kept.
+/// A console of the service's command line. Keeps the answer of each line.
 class Typist {
 public:
     Typist() : m_task(IL::CreateTask("Typist", ""))
@@ -83,7 +83,7 @@ protected:
         m_world.TakeLog();
     }
 
-    /// What the console gets, then what the peers saw, a line each, without times.
+    /// The answers to the console, then the effects on the peers, one line each, without times.
     std::string Type(const std::vector<std::string>& words)
     {
         m_console->answers.clear();
@@ -113,7 +113,7 @@ protected:
 constexpr const char* kWarning =
     "msec (!!!WARNING!!! DELAY < 200MSEC MAY RESULT IN HARDWARE DAMAGE)";
 
-TEST_F(Commands, AnswerAtOnceWhatNeedsNobodyElse)
+TEST_F(Commands, AnswerAtOnceIfNoPeerIsNeeded)
 {
     const Row rows[] = {
         {"trs", "UNKNOWN: Unrecognized command\n"},
@@ -236,7 +236,8 @@ TEST_F(Commands, LoadCodesets)
     m_world.lpm.AnswerLoads(LpmServiceMessages::BULK_TRANSFER_ERROR);
     EXPECT_TRUE(
         Type("trs store_codeset T2051").starts_with("KNOWN: Error loading codeset in blaster\n"));
-    // Unknown to the cloud, and said to be loaded all the same: the log has the failure.
+    // The cloud does not know the code set. The command answers that it is loaded; only the log has
+    // the failure.
     EXPECT_TRUE(Type("trs load_codeset T0001").starts_with("KNOWN: Loaded codeset T0001\n"));
 }
 

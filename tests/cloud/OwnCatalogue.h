@@ -17,7 +17,7 @@
 
 namespace Cloud {
 
-/// Builds the small catalogue into a file, whose path it gives.
+/// Builds the small catalogue into a file and returns its path.
 inline std::string BuildOwn()
 {
     const std::string folder = OWN_SOURCE_FOLDER;
@@ -30,7 +30,7 @@ inline std::string BuildOwn()
     return path;
 }
 
-/// The small catalogue, open; its file is gone already.
+/// Opens the small catalogue. Its file has been removed already.
 inline std::unique_ptr<Catalogue> OpenOwn()
 {
     const std::string path = BuildOwn();

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Runs scripts/build-catalogue on keymaps and a folder of .ir files made here, with raw timings as
-LpmService itself renders them, and looks at what came of it.
+"""Runs scripts/build-catalogue on keymaps and a folder of .ir files made here, with raw timings that
+LpmService renders, and checks the catalogue.
 
 catalogue_script_test.py ROOT BIN_DIR"""
 
@@ -20,7 +20,7 @@ LOADER = importlib.machinery.SourceFileLoader("catalogue", str(ROOT / "scripts/b
 SCRIPT = importlib.util.module_from_spec(importlib.util.spec_from_loader("catalogue", LOADER))
 LOADER.exec_module(SCRIPT)
 
-# The same keys of each protocol: name in the file, scancode, and how a parsed file writes it.
+# The keys of each protocol: name in the file, scancode, and the form of a parsed file.
 PROTOCOLS = {
     "nec": ("NEC", lambda key: 0x0400 | key, "04 00 00 00"),
     "necx": ("NECext", lambda key: 0xC14400 | key, "C1 44 00 00"),
@@ -70,7 +70,7 @@ protocol = "unknown"
 }
 
 
-# What each power key of the remotes that LIRC judges our light by must become.
+# The expected result for the power key of each remote with which LIRC checks the encoder.
 LIRCD_POWER = {"nec": 0x0408, "necx": 0x835590, "nec32": 0xA10C900F, "samsung": 0x070702,
                "rc5": 0x1E3D, "rc6_0": 0x000C, "rc6_mce": 0x800F040C, "sony12": 0x010015,
                "sony15": 0x970015, "sony20": 0x1AE215}
@@ -96,7 +96,7 @@ begin remote
 
 
 def check_lircd(keys):
-    """By LIRC's own words for them, which are not ours."""
+    """The protocols under LIRC's names, which differ from ours."""
     for protocol, power in LIRCD_POWER.items():
         text = (ROOT / f"tests/lpm/infrared/lirc/{protocol}.lircd.conf").read_text(encoding="utf-8")
         (remote,) = SCRIPT.read_lircd(text)

@@ -9,7 +9,7 @@ using namespace LpmServiceMessages;
 
 constexpr const char* kDone = "\x01\0";
 
-/// A sync under way over S0456 and T2051, its reset sent.
+/// A sync of S0456 and T2051 whose reset has been sent.
 class BlasterSyncTest : public CodesetFixture {
 protected:
     void Begin(const std::vector<std::string>& names)
@@ -23,7 +23,7 @@ protected:
 
     void Succeed() { Reply({kDone, 2}); }
 
-    /// From the reset's answer to the key map of the first code set.
+    /// Answers the reset and continues to the key map of the first code set.
     void LoadBoth()
     {
         Succeed();

@@ -16,8 +16,8 @@
 inline constexpr const char* kStorePath = "/mnt/nv/product-persistence/TRSCodesetConfig.json";
 inline constexpr const char* kWhiteListPath = "/opt/Orlu/etc/UEI/WhiteList.json";
 
-/// A code set handler with a root folder and a log of its own, a server that does as told, and an
-/// engine and a blaster that note each step of a sync and wait for the test to answer it.
+/// A code set handler with a root folder and a log of its own, a scripted server, and an engine and
+/// a blaster that record each step of a sync and wait until the test answers it.
 class CodesetFixture : public testing::Test,
                        public TrellanService::CodesetServerIF,
                        public TrellanService::BlasterSyncIF {
@@ -25,7 +25,7 @@ protected:
     CodesetFixture() { Restart(); }
     ~CodesetFixture() override { task->Stop(); }
 
-    /// The state in memory is gone, the files stay.
+    /// Constructs the handler again: only the files stay.
     void Restart()
     {
         handler = std::make_unique<TrellanService::Trellan_ServiceCodesetHandler>(*this, *this);
@@ -81,13 +81,13 @@ protected:
     }
     NotifyTargetTaskIF* BlasterTask() override { return task.get(); }
 
-    /// The blaster's answer to the step under way.
+    /// Answers the current step in the blaster's place.
     void Reply(const std::string& bytes)
     {
         std::exchange(replied, {})(bytes);
         runtime.RunUntilIdle();
     }
-    /// The result of the load under way.
+    /// Answers the current load in the engine's place.
     void Loaded(LpmServiceMessages::BulkTransferResult result)
     {
         LpmServiceMessages::BulkTransferResponse response;

@@ -22,7 +22,7 @@ std::string Replaced(std::string text, const std::string& from, const std::strin
 
 class CodesetStore : public CodesetFixture {
 protected:
-    // A file in the place of another one makes some disks wait.
+    // Some file systems wait for the disk when a file is renamed over another one.
     void Remove() { std::filesystem::remove(root.Path() + kStorePath); }
 
     std::string MapOf(const std::string& text)
@@ -63,7 +63,7 @@ TEST_F(CodesetStore, SkipsWhatLacksDetailsAndGivesUpWithoutKeyMap)
 
 TEST_F(CodesetStore, TakesADamagedFileAsNone)
 {
-    // A thousand writes would feel the wait for the disk.
+    // A thousand writes would take long if each waited for the disk.
     FaultyFiles files;
     files.SkipSync();
     const std::string good = kThree;

@@ -17,7 +17,7 @@ std::string Json(const ToService& said)
     return std::to_string(said.id) + " " + ProtoToMarkup::ToJson(*said.message, true, false, false);
 }
 
-/// The words of a command line, between bars.
+/// The command line, whose words are separated by bars.
 Arguments Read(const std::string& line)
 {
     std::vector<std::string> words;

@@ -15,7 +15,8 @@
 
 namespace Controller {
 
-/// The service's side: notes what arrives with its time, and answers with what it got, or not.
+/// The service's side: records each message with its time, and answers with the same message, or
+/// not.
 class Service {
 public:
     explicit Service(Effects& effects) : m_effects(effects)
@@ -43,7 +44,7 @@ public:
         Run([this, id, envelope] { m_router->Send(id, envelope); });
     }
 
-    /// The answers that were held back, last asked first.
+    /// Sends the delayed answers, the last request first.
     void AnswerBackwards()
     {
         Run([this] {

@@ -49,7 +49,7 @@ protected:
                      }};
 };
 
-TEST_F(PageServiceTest, HoldsAKeyUntilItIsLetGoAnotherIsPressedOrItsPageHasDied)
+TEST_F(PageServiceTest, HoldsAKeyUntilItsReleaseAnotherKeyOrTheTimeout)
 {
     Start();
     Take();
@@ -83,7 +83,7 @@ TEST_F(PageServiceTest, RefusesWhatIsNoPressAndPressesWithoutAService)
                     .starts_with("{\"code\":503,"));
 }
 
-TEST_F(PageServiceTest, TellsHowTheServiceIsAndTakesItUpAgainWithItsSourcesAndAKeyToLetGo)
+TEST_F(PageServiceTest, ReportsTheServiceAndReconnectsWithSourcesAndAPendingRelease)
 {
     page.TakeSources(R"({"sources":[{"sourceName":"TV","status":"READY","details":{"ciCode":"T1"}},
                                     {"sourceName":"BD","status":"UNAVAILABLE","details":{"ciCode":"Y1"}}]})");

@@ -18,7 +18,7 @@ namespace {
 
 using namespace TrellanServiceMessages;
 
-/// One run of the program.
+/// One session of the program.
 class Program {
 public:
     Program(const std::string& name, const std::vector<std::string>& words, Effects& effects)
@@ -103,7 +103,7 @@ TEST_F(Sessions, HoldAKeyForItsTimeOrUntilTheyAreInterrupted)
     }
 }
 
-TEST_F(Sessions, EndWithTheirCodeWhenNobodyAnswers)
+TEST_F(Sessions, EndWithTheirCodeWithoutAnAnswer)
 {
     service.answers = false;
     const auto silent = Start("silent", {"cloud"});
@@ -146,7 +146,7 @@ TEST_F(Sessions, GoOnBehindABadLineAndEndWithTheLastAnswer)
               "+0 lines ends 0\n");
 }
 
-TEST_F(Sessions, LetOthersThroughOneConnection)
+TEST_F(Sessions, RelayForOtherSessions)
 {
     service.answers = false;
     const auto watch = Start("watch", {"watch"});

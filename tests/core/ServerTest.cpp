@@ -18,7 +18,7 @@ constexpr const char* kOneCodeset = R"({"codesets": [{"name": "T2051", "details"
     "ambiguousKeyBitMap": 67108864, "checksum": "c", "safeToBlast": false,
     "keyMap": {"keys": [1, 4, 25]}}}]})";
 
-/// A service whose store holds T2051, with one client connected.
+/// A service with T2051 in its store and one client.
 class ServerTest : public testing::Test {
 protected:
     ServerTest()
@@ -33,7 +33,7 @@ protected:
 
     void Run() { m_world.runtime.RunUntilIdle(); }
 
-    /// Everything since the last call.
+    /// All effects since the last call.
     std::string Effects()
     {
         Run();
@@ -99,7 +99,7 @@ TEST_F(ServerTest, RefusesWhatNeedsTheCloudAndAnswersTheRest)
         "single key press\n");
 }
 
-TEST_F(ServerTest, SourceListThatMatchesTheStoreLetsKeysOutByInfrared)
+TEST_F(ServerTest, SourceListThatMatchesTheStoreEnablesInfraredKeys)
 {
     SendSources({"T2051"});
     EXPECT_EQ(m_world.TakeLog(),
@@ -128,7 +128,7 @@ TEST_F(ServerTest, SourceListThatMatchesTheStoreLetsKeysOutByInfrared)
               "\"codeset\":\"T2051\",\"response\":\"PASS\"}\n");
 }
 
-TEST_F(ServerTest, AnotherClientTakesTheFirstOnesPlace)
+TEST_F(ServerTest, ANewClientReplacesTheFirst)
 {
     SendSources({"T2051"});
     m_world.lpm.AnswerAfter(50);

@@ -18,7 +18,7 @@ constexpr const char* kStore = "/mnt/nv/product-persistence/TRSCodesetConfig.jso
 constexpr std::uint8_t kStoreCommand = 0x22;
 constexpr std::uint8_t kKeyMapCommand = 0x02;
 
-/// A service with an empty store and a started engine, whose cloud holds two code sets.
+/// A service with an empty store and a started engine, whose cloud has two code sets.
 class SyncTest : public testing::Test {
 protected:
     SyncTest() { m_world.root.Write(kStore, "{}"); }

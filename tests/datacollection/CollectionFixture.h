@@ -18,7 +18,7 @@
 
 namespace DataCollection {
 
-/// A product without a configuration file, a local API, and everything that a client logs.
+/// A product without a configuration file, a local API, and the log of a client.
 class CollectionFixture : public testing::Test {
 protected:
     CollectionFixture()
@@ -43,14 +43,14 @@ protected:
         return ("\n" + capture.Lines()).find("\n" + line + "\n") != std::string::npos;
     }
 
-    /// Everything since the last call.
+    /// All effects and log lines since the last call.
     std::string Run()
     {
         runtime.RunUntilIdle();
         return effects.Take();
     }
 
-    /// Each change that a client tells, as "enabled 1".
+    /// Records each change that a client reports, as "enabled 1".
     Callback<bool> Noting(const std::string& what)
     {
         return [this, what](bool value) {

@@ -9,7 +9,7 @@
 namespace DataCollection {
 namespace {
 
-/// A client and the service "udc" that it looks for, on one task.
+/// A client and the service "udc" that it connects to, on one task.
 class IPCClientTest : public CollectionFixture {
 protected:
     IPCClientTest() { Configure(R"({"name": "UDC", "ipc_address": "udc"})"); }

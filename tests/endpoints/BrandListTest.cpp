@@ -12,7 +12,7 @@ constexpr const char* kPublish = "/payload/publish";
 constexpr const char* kRequest = R"({"deviceType":"DEVICE_TYPE_TV","filter":"z"})";
 constexpr const char* kRefused =
     "+0 answer POST /remote/integration/brandList {\"url\":\"\",\"deadline\":\"\"}\n";
-/// What the engine asks the library for letter z.
+/// The library calls of the engine for the letter z.
 constexpr const char* kWalk =
     "+0 qsp get_lookup_session /opt/Orlu/etc/UEI/WRLD_linux.conf 2\n"
     "+0 qsp retrieve_device_types_total\n"

@@ -14,7 +14,7 @@
 
 namespace TrellanService {
 
-/// The service with a local API that knows nothing yet, and a client.
+/// The service with a local API without ready resources, and a client.
 class EndpointsFixture : public testing::Test {
 protected:
     EndpointsFixture()
@@ -28,7 +28,7 @@ protected:
         m_world.TakeLog();
     }
 
-    /// Product, network and data collection service are there, and the cloud counts as connected.
+    /// Makes product, network and data collection ready, and waits until the cloud is connected.
     void ConnectCloud()
     {
         m_world.portico.Put("/data/udc", R"({"delivered":true})");
@@ -38,7 +38,7 @@ protected:
         m_world.TakeLog();
     }
 
-    /// Everything since the last call.
+    /// All effects since the last call.
     std::string Effects()
     {
         m_world.runtime.RunUntilIdle();

@@ -13,11 +13,11 @@ constexpr const char* kStart =
     R"({"action":"ACTION_START","deviceType":"DEVICE_TYPE_TV","deviceBrand":"Acme"})";
 constexpr const char* kRefused =
     "+0 answer PUT /remote/integration {\"lastResult\":\"LAST_RESULT_ERROR\"}\n";
-/// The blaster has the source list's code sets again.
+/// The effects when the blaster has the source list's code sets again.
 constexpr const char* kSynced = "+1 client event 9 {\"syncState\":true}\n";
 constexpr std::uint32_t kFiveMinutes = 300000;
 
-/// What an answer tells of the test.
+/// The members of an answer that describe the test.
 struct Progress {
     bool active;
     const char* result;
@@ -47,7 +47,7 @@ std::string Event(const char* name)
                        name);
 }
 
-/// A library that has one guided test, for televisions of Acme.
+/// A library with one guided test, for televisions of Acme.
 class IntegrationControl : public EndpointsFixture {
 protected:
     IntegrationControl()
@@ -139,8 +139,9 @@ TEST_F(IntegrationControl, DrivesATestFromStartToEnd)
                   Answer({true, "LAST_RESULT_CONTINUE", 3, 0, 0, "O_KEY_POWER", "T0001"}));
 
     const Progress next{true, "LAST_RESULT_CONTINUE", 3, 2, 1, "O_KEY_VOLUME_UP", "T0001"};
-    EXPECT_TRUE(Act("ACTION_USER_RESPONSE")
-                    .starts_with("+0 qsp osm_report_test_result 1\n"));  // no word: did not work
+    EXPECT_TRUE(
+        Act("ACTION_USER_RESPONSE")
+            .starts_with("+0 qsp osm_report_test_result 1\n"));  // no response: did not work
     EXPECT_TRUE(Put(R"({"action":"ACTION_USER_RESPONSE","response":"USER_RESPONSE_worked"})")
                     .starts_with("+0 qsp osm_report_test_result 1\n"));
     const std::string worked =
@@ -194,7 +195,7 @@ TEST_F(IntegrationControl, RecordsAStartThatTheEngineCannotFollow)
     DPrint::SetLevel(3);
 }
 
-TEST_F(IntegrationControl, EndsATestAfterFiveMinutesOfSilence)
+TEST_F(IntegrationControl, EndsATestAfterFiveMinutesWithoutARequest)
 {
     ConnectCloud();
     Put(kStart);

@@ -8,10 +8,10 @@ namespace {
 class Readiness : public EndpointsFixture {
 protected:
     void Information(const std::string& json) { m_world.portico.Put("/system/info", json); }
-    /// The answer of a resource that was there counts no more: changes come as notifications.
+    /// Changes the network status after it was read: the service gets the change as a notification.
     void Network(const char* json) { m_world.portico.Notify("/network/status", json); }
 
-    /// The start of the engine for a product of this serial number.
+    /// The effects of starting the engine for a product with this serial number.
     static std::string Init(const std::string& identity)
     {
         return "+0 qsp stop\n"
@@ -30,7 +30,7 @@ protected:
     static constexpr const char* kLost = "+0 client event 7 {\"connectState\":false}\n";
 };
 
-TEST_F(Readiness, PutsUpItsResourcesAndAsksForTheProducts)
+TEST_F(Readiness, RegistersItsResourcesAndRequestsTheProducts)
 {
     EXPECT_EQ(m_world.portico.Registrations(),
               "GET /remote/integration\n"
@@ -84,7 +84,7 @@ TEST_F(Readiness, StartsTheEngineAnewAfterEachOutage)
     Network(kUp);
     EXPECT_EQ(Effects(), Init("A1234"));
     EXPECT_EQ(Advance(1000), "+1000 client event 7 {\"connectState\":true}\n");
-    Network("{}");  // one that says nothing always counts
+    Network("{}");  // a status without the member always counts
     EXPECT_EQ(Effects(), kLost);
 }
 

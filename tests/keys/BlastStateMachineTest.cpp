@@ -38,7 +38,7 @@ TEST_F(BlastStateMachine, HoldsAKeyInBurstsUntilReleaseOrALostAnswer)
     EXPECT_EQ(Hold(kPlay, 500), "+0 answer ''\n+500 answer ''\n");
 }
 
-TEST_F(BlastStateMachine, EndsABurstBeforeTheTaskStandsStill)
+TEST_F(BlastStateMachine, EndsABurstBeforeTheTaskBlocks)
 {
     Start();
     Press(kPlay);
@@ -80,7 +80,7 @@ TEST_F(BlastStateMachine, KeepsAKeyOnWhereThatIsSafeAndTakesTheNextAtOnce)
     EXPECT_EQ(Hold(kPlay, 900), held);
 }
 
-// Whether a press of another key finds the machine idle tells when the last pause ended.
+// A press of another key shows whether the machine is idle, and so when the last pause ended.
 TEST_F(BlastStateMachine, IsBusyUntilTheKeyDelayHasPassed)
 {
     struct Row {

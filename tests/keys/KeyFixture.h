@@ -18,7 +18,7 @@
 #include "support/VirtualRuntime.h"
 
 /// The key handler over the real proxy and a scripted LPM service, under virtual time. Code set
-/// T2051 is known and holds no key; keys go by infrared. What happens is recorded in `effects`.
+/// T2051 is known and has no key; keys are sent by infrared. `effects` records what happens.
 class KeyFixture : public testing::Test,
                    public TrellanService::CodesetServerIF,
                    public TrellanService::UEIResponsesIF {
@@ -26,7 +26,7 @@ protected:
     KeyFixture() : codesets(*this, sync) { Learn("T2051", ""); }
     ~KeyFixture() override { task->Stop(); }
 
-    /// Builds the handler on a product with this manufacturing data.
+    /// Constructs the handler for a product with this manufacturing data.
     void Start(const std::string& mfgData = "{}")
     {
         root.Write("/opt/Orlu/etc/MfgData.json", mfgData);
@@ -38,7 +38,7 @@ protected:
         effects.Take();
     }
 
-    /// A code set enters the map with the keys of a blaster's answer behind its two first bytes.
+    /// Adds a code set with the keys in a blaster's reply behind its first two bytes.
     void Learn(const std::string& name, const std::string& heldKeys)
     {
         TrellanServiceMessages::SrcCiCodeMessage_t list;
@@ -72,7 +72,7 @@ protected:
         keys->sendSingleKey(codeset, key, Answer());
         runtime.RunUntilIdle();
     }
-    /// What a press and a release at `heldMs` bring about until all is quiet.
+    /// The effects of a press and a release at `heldMs`, until nothing more happens.
     std::string Hold(std::uint32_t key, std::uint32_t heldMs)
     {
         Press(key);

@@ -50,7 +50,7 @@ TEST(Resolution, FollowsClassAndHeldKeys)
             EXPECT_EQ(ResolveKey(row.orluKey, codeset, ~0U), 255) << codeset;
         }
     }
-    // Where the first candidate is not held the next one is taken.
+    // If the code set lacks the first candidate, the next one is used.
     constexpr struct {
         std::uint32_t key;
         const char* codeset;

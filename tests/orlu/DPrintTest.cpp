@@ -18,7 +18,7 @@
 
 namespace {
 
-TEST(DPrint, NobodyForgesALine)
+TEST(DPrint, ATextCannotForgeALine)
 {
     const std::pair<std::string_view, const char*> rows[] = {
         {"a\n2026-01-01T00:00:00.000Z 1 X: b", "a\\n2026-01-01T00:00:00.000Z 1 X: b"},
@@ -79,7 +79,7 @@ TEST(DPrint, TheEnvironmentPicksTheLevel)
     DPrint::SetSink(nullptr);
 }
 
-/// Logs in and outside of a task, with bytes straight to standard error in between.
+/// Logs inside and outside a task, with bytes written directly to standard error in between.
 [[noreturn]] void LogInAndOutsideOfATask()
 {
     constexpr DPrint kLog("Log");
@@ -114,7 +114,7 @@ TEST(DPrint, LinesOfATaskLeaveTogetherUnlessAFailureIsAmongThem)
                     "1 Log: urgent\n<3>\n<4>\n" + head + "2 Log: late\n<5>\n$");
 }
 
-TEST(LogOutput, AReaderThatStandsStillHoldsNobodyAndIsToldWhatHeMissed)
+TEST(LogOutput, AReaderThatDoesNotReadBlocksNoTaskAndLearnsOfLostLines)
 {
     int ends[2];
     ASSERT_EQ(::pipe(ends), 0);
@@ -168,7 +168,7 @@ void HangInFault(int)
     }
 }
 
-/// On a task that has a line to write yet.
+/// Fails on a task with a line that is not written yet.
 void FaultWith(void (*handler)(int))
 {
     Orlu::InstallFaultHandler(handler);
@@ -177,7 +177,7 @@ void FaultWith(void (*handler)(int))
     queue->Start([] {
         DPrint("Log").Put(3, "gathered");
         ::raise(SIGSEGV);
-        // Sent and not caused: only the second one meets the default action.
+        // The signal is sent, not caused by a fault: only the second one has the default action.
         ::raise(SIGSEGV);
     });
     runtime.RunUntilIdle();
@@ -192,11 +192,11 @@ TEST(Backtrace, AFaultNamesItsFramesAndEndsTheProcess)
     EXPECT_EXIT(FaultWith(HangInFault), testing::KilledBySignal(SIGALRM), "");
 }
 
-TEST(Backtrace, TheCallerStandsFirst)
+TEST(Backtrace, TheCallerComesFirst)
 {
     const std::vector<std::string> frames = backtrace();
     ASSERT_FALSE(frames.empty());
-    EXPECT_THAT(frames[0], testing::HasSubstr("TheCallerStandsFirst"));
+    EXPECT_THAT(frames[0], testing::HasSubstr("TheCallerComesFirst"));
     EXPECT_THAT(frames, testing::Contains("main"));
 }
 

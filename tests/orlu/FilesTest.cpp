@@ -41,7 +41,7 @@ protected:
 const std::string kOld(3000, 'o');
 const std::string kNew(5000, 'n');
 
-// Fails each call of a replacement in turn, until one goes by without reaching the failing call.
+// Fails each call of a replacement in turn, until a replacement ends before the failing call.
 TEST_F(FilesTest, AReplacementLeavesTheOldOrTheNewWhicheverCallFails)
 {
     using Lasting = FaultyFiles::Lasting;
@@ -62,7 +62,7 @@ TEST_F(FilesTest, AReplacementLeavesTheOldOrTheNewWhicheverCallFails)
                 }
                 const std::string content = root.Read(kPath);
                 EXPECT_TRUE(content == kNew || (!written && content == kOld));
-                // What cannot be removed at once goes with the next replacement.
+                // A file that could not be removed is removed by the next replacement.
                 EXPECT_EQ(FilesInFolder(), lasting == Lasting::Once ? 1U : FilesInFolder());
                 EXPECT_TRUE(Write(kNew));
                 EXPECT_EQ(FilesInFolder(), 1U);
@@ -101,7 +101,7 @@ TEST_F(FilesTest, AFailedSyncIsNotTriedAgain)
     FaultyFiles files;
     ASSERT_TRUE(Write("count"));
     const int calls = files.Calls();
-    // unlink, open, write, and then the sync: behind it only the clearing up.
+    // The calls are unlink, open, write and then the sync. Only the clean-up follows.
     files.FailCall(4, EIO);
     EXPECT_FALSE(Write(kNew));
     EXPECT_EQ(files.Calls() - calls, 6) << "close and unlink";

@@ -38,7 +38,7 @@ std::string ReadIn(std::size_t piece, const std::string& stream)
     Reader reader;
     std::string read;
     for (std::size_t at = 0; at < stream.size() && !read.ends_with('!'); at += piece) {
-        // From memory of exactly that size, so that a read past the end is seen.
+        // The memory has exactly the size of the piece, so a sanitizer finds a read past its end.
         const std::string part = stream.substr(at, piece);
         const std::vector<std::uint8_t> exact(part.begin(), part.end());
         reader.Feed(exact);

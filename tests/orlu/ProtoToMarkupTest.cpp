@@ -18,7 +18,7 @@ using ProtoToMarkup::MarkupError;
 using ProtoToMarkup::ToJson;
 using TrellanServiceMessages::OSMControlMsg_t;
 
-/// The error's text, or what the message then holds.
+/// The text of the error, or the message after reading.
 std::string Read(const std::string& text, google::protobuf::Message& message)
 {
     try {
@@ -144,7 +144,7 @@ TEST(ProtoToMarkup, TextThatWouldNotReadBackIsRefused)
     EXPECT_EQ(back.SerializeAsString(), config.SerializeAsString());
 }
 
-// No crash, and an error leaves the message empty (which `Read` checks).
+// Must not crash. After an error the message must be empty, which `Read` checks.
 TEST(ProtoToMarkup, CutAndDamagedTextsAreHarmless)
 {
     CodesetConfig::CodesetConfig config;

@@ -15,7 +15,7 @@ const char* const kPath = "/run/orlu/Thing.sock";
 
 std::string* s_lines = nullptr;
 
-/// A server and a client on tasks of their own. The messages are envelopes as well: any will do.
+/// A server and a client on tasks of their own. Envelopes serve as messages.
 class RouterTest : public testing::Test {
 protected:
     RouterTest()
@@ -63,7 +63,7 @@ protected:
         EXPECT_EQ(Effects(), "+0 connected\n");
     }
 
-    /// Id 1 answers with what came, id 2 never answers.
+    /// Id 1 answers with the request, id 2 never answers.
     void Echo()
     {
         m_server->AddHandler<IPCMessageEnvelope>(
@@ -106,7 +106,7 @@ protected:
     std::string m_effects;
 };
 
-TEST_F(RouterTest, ReplyFindsItsRequestAndWhatNobodyCanTakeIsLogged)
+TEST_F(RouterTest, ReplyFindsItsRequestAndWhatHasNoHandlerIsLogged)
 {
     ServeAndConnect();
     Ask(1, "a");
@@ -152,7 +152,7 @@ TEST_F(RouterTest, ARouterMayGoInItsOwnHandler)
     Ask(1, "unheard");
     m_runtime.RunUntilIdle();
     EXPECT_EQ(Effects(), "released\nclient lost\n");
-    // The connection comes again, but not sooner than the interval allows.
+    // The client connects again, but not before the interval has passed.
     m_runtime.Advance(2000);
     EXPECT_EQ(Effects(), "+1000 connected\n");
 }
@@ -169,7 +169,7 @@ TEST_F(RouterTest, MessagesOfEachSizeArriveWholeButForThoseBeyondAFrame)
     EXPECT_FALSE(Ask(1, std::string(Orlu::Limits::kFrameBytes, 'x')));
 }
 
-TEST_F(RouterTest, RequestsThatNobodyAnswersAreBounded)
+TEST_F(RouterTest, UnansweredRequestsAreBounded)
 {
     ServeAndConnect();
     for (std::size_t i = 0; i <= Orlu::Limits::kPendingRequests; ++i) {

@@ -29,7 +29,7 @@ public:
     bool CreateAllTasks() override { return true; }
 };
 
-/// What holds on threads holds under virtual time: the same test runs on both.
+/// Each test runs on threads and under virtual time, where the same must hold.
 class TaskTest : public testing::TestWithParam<bool> {
 protected:
     TaskTest()
@@ -119,7 +119,7 @@ TEST_P(TaskTest, ACallbackOutlivesItsTaskAndIsDroppedThen)
         task.get());
     callback("first");
     done.Wait();
-    // Work that holds the queue itself must not keep it.
+    // A work that refers to the queue itself must not keep it alive.
     task->Queue()->Post([queue = task->Queue(), held] { queue->Stop(); });
     task->Queue()->Post([queue = task->Queue(), held] {});
     held.reset();

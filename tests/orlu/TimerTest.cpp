@@ -18,7 +18,7 @@ protected:
         return timer;
     }
 
-    /// Lets `ms` pass inside a piece of work of the task.
+    /// Moves the clock by `ms` during a work of the task.
     void StandStill(std::uint32_t ms)
     {
         ConditionSemaphore over(0);
@@ -50,7 +50,7 @@ TEST_F(TimerTest, AChainOfStepsDoesNotDriftWithTheLoad)
     EXPECT_EQ(m_effects.Take(), "+10 step\n+20 step\n+30 step\n+40 step\n");
 }
 
-TEST_F(TimerTest, ATaskThatStoodStillDoesNotReplayWhatItMissed)
+TEST_F(TimerTest, ABlockedTaskDoesNotReplayMissedTicks)
 {
     const auto timer = MakeTimer(1000, 1000);
     timer->Start([this] {

@@ -27,7 +27,7 @@ protected:
         m_task->Stop();
     }
 
-    /// Runs `work` on the task and waits for its end.
+    /// Runs `work` on the task and waits until it has returned.
     void On(const Orlu::Work& work)
     {
         ConditionSemaphore done(0);
@@ -100,7 +100,7 @@ TEST_F(UnixSocketTest, TheSocketIsForUsAloneAndGoesWithItsListener)
     EXPECT_FALSE(std::filesystem::exists(m_path));
 }
 
-TEST_F(UnixSocketTest, OnlyASocketThatNobodyServesIsReplaced)
+TEST_F(UnixSocketTest, OnlyASocketWithoutAListenerIsReplaced)
 {
     const auto kept = m_root.Path() + "/kept";
     ASSERT_TRUE(Listen());
@@ -108,7 +108,7 @@ TEST_F(UnixSocketTest, OnlyASocketThatNobodyServesIsReplaced)
     EXPECT_FALSE(Listen());
     EXPECT_NE(Connect(), nullptr);
 
-    // What a process that was killed leaves behind.
+    // The socket file that a killed process leaves.
     std::filesystem::create_hard_link(m_path, kept);
     On([&first] { first.reset(); });
     std::filesystem::rename(kept, m_path);

@@ -12,7 +12,7 @@ namespace {
 
 using Orlu::Work;
 
-/// Moves the work about, runs it twice, and looks at what it holds.
+/// Moves the work, runs it twice, and checks what it captured.
 template <std::size_t kBytes>
 void TryWork()
 {

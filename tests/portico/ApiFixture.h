@@ -19,15 +19,15 @@
 
 namespace PorticoApi {
 
-/// A hand-made service at the end of a link.
+/// A service at the end of a link, driven by the test.
 class Service {
 public:
     explicit Service(std::uint16_t port);
 
     void Send(const std::string& message, bool binary = false);
-    /// Sends and waits until the server has worked off all before it.
+    /// Sends and waits until the server has handled all messages up to this one.
     void Settle(const std::string& message);
-    /// The next message; "closed".
+    /// The next message, or "closed" after the end.
     std::string Read();
 
 private:

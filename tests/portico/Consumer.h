@@ -10,20 +10,21 @@
 
 namespace PorticoApi {
 
-/// A blocking connection of one consumer; a wait without an end is the runner's to end.
+/// A blocking connection of one consumer. The test runner's timeout ends a wait without an answer.
 class Consumer {
 public:
     explicit Consumer(std::uint16_t port);
 
     void Send(const std::string& bytes);
-    /// What comes up to `end`; shorter, if the server closes before.
+    /// The bytes up to `end`, or those before the server closed.
     std::string ReadTo(const std::string& end);
-    /// The next whole answer: "200 BODY", with "Allow" before the body if it has one; "closed".
+    /// The next complete answer as "200 BODY", with its "Allow" in front of the body if it has one,
+    /// or "closed".
     std::string Read();
-    /// A request with the head that a browser of our own page would send.
+    /// Sends a request with the headers of a browser that shows our page.
     void Request(const std::string& method, const std::string& path, const std::string& body = {},
                  const std::string& more = {});
-    /// The same, and its answer.
+    /// The same, and returns the answer.
     std::string Ask(const std::string& method, const std::string& path,
                     const std::string& body = {}, const std::string& more = {});
     void Close() { m_socket.close(); }

@@ -38,7 +38,7 @@ TEST_F(ConsumerTest, AnswersEachRequestOfOneConnectionByItsKind)
         const char* method;
         const char* path;
         const char* body;
-        const char* answer;  ///< Its beginning.
+        const char* answer;  ///< The beginning of the answer.
     } const rows[] = {
         {"GET", kStatus, "", R"(200 {"isPrimaryUp":true})"},
         {"GET", "/network/status?x=1", "", R"(200 {"isPrimaryUp":true})"},
@@ -143,7 +143,7 @@ TEST_F(ConsumerTest, TellsTheConsumersOfEventsOfEveryChange)
     EXPECT_EQ(listener.ReadTo("\n\n"), "data: {\"path\":\"/network/status\",\"body\":null}\n\n");
 }
 
-TEST_F(ConsumerTest, PublishesAFileThatMayGoAtOnce)
+TEST_F(ConsumerTest, PublishesAFileThatMayBeRemovedAtOnce)
 {
     m_root.Write("/mnt/nv/payload/brandList0", R"({"brandList":["A"]})");
     Start();
@@ -165,7 +165,7 @@ TEST_F(ConsumerTest, PublishesAFileThatMayGoAtOnce)
     EXPECT_EQ(consumer.Ask("POST", "/payload/publish", brief).substr(0, 3), "503");
 }
 
-TEST_F(ConsumerTest, ClosesTheConnectionOfWhoeverStandsStill)
+TEST_F(ConsumerTest, ClosesAnIdleConnection)
 {
     m_timeouts.request = std::chrono::milliseconds(100);
     Start();

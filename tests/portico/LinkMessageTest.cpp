@@ -41,7 +41,7 @@ TEST(LinkMessageTest, WhatIsReadIsWrittenTheSameAndDamageIsNeverAFault)
     }
 }
 
-TEST(LinkMessageTest, RefusesWhatTheOtherSideCouldTripOver)
+TEST(LinkMessageTest, RefusesInvalidMessages)
 {
     const std::string rows[] = {
         "",

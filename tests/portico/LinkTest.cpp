@@ -40,7 +40,7 @@ TEST_F(LinkTest, CarriesRequestsToTheServiceAndItsAnswersBack)
     }
 }
 
-TEST_F(LinkTest, PassesChangesOfAServicesOwnResourcesToWhoeverListens)
+TEST_F(LinkTest, PassesChangesOfAServicesOwnResourcesToAllSubscribers)
 {
     Consumer events(Port());
     events.Send("GET /events HTTP/1.1\r\nHost: localhost:" + std::to_string(Port()) + "\r\n\r\n");
@@ -73,7 +73,7 @@ TEST_F(LinkTest, TheLaterServiceServesAndNoneTakesTheProductsOwn)
     EXPECT_EQ(Consumer(Port()).Ask("GET", "/network/status"), R"(200 {"isPrimaryUp":true})");
 }
 
-TEST_F(LinkTest, WhoeverWaitsIsToldWhenTheServiceGoesOrKeepsSilent)
+TEST_F(LinkTest, PendingRequestsEndWhenTheServiceLeavesOrDoesNotAnswer)
 {
     Stop();
     m_timeouts.answer = std::chrono::milliseconds(50);
@@ -120,7 +120,7 @@ TEST_F(LinkTest, ConsumersThatLeaveBeforeTheirAnswerLeaveNothingBehind)
     service.Settle("{\"type\":\"answer\",\"id\":1}\n{}");
 }
 
-TEST_F(LinkTest, CutsOffWhoeverDoesNotReadAndServesTheOthers)
+TEST_F(LinkTest, DisconnectsAConsumerThatDoesNotReadAndServesTheOthers)
 {
     Service service(Port());
     service.Settle(R"({"type":"subscribe","id":4,"path":"/system/info"})");

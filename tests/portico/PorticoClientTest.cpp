@@ -17,7 +17,7 @@ using NetManager::Protobuf::NetworkStatus;
 constexpr auto kLocal = Portico::EndpointScope::kLocal;
 constexpr const char* kStatus = "/network/status";
 
-/// What has happened on the client's side, in order.
+/// The events on the client's side, in order.
 class Events {
 public:
     void Add(const std::string& event)
@@ -52,7 +52,7 @@ protected:
         m_task->Queue()->Join();
     }
 
-    /// Its link runs on the task; on a thread of its own if it tells when it is connected.
+    /// The client's link runs on the task, or on a thread of its own if it reports the connection.
     void MakeClient(const PorticoClient::OnConnected& connected = {})
     {
         m_client =
@@ -102,7 +102,7 @@ TEST_F(PorticoClientTest, KeepsItsRegistrationsOverALostLink)
          },
          m_task.get()},
         kLocal, 1.0, "trellan", 0);
-    // The last of them: once it is answered, the others are known too.
+    // Registered last: once it answers, the registrations before it are known.
     m_client->RegisterEndpointsOfInterest({kStatus}, Note<Paths>("ready"), Note<Paths>("notReady"));
     Get(kStatus);
     for (int round = 0; round < 2; ++round) {

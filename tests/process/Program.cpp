@@ -44,7 +44,7 @@ Program::Program(const TemporaryRoot& folder, const std::string& name, const Arg
         dup2(pipes[2][1], STDERR_FILENO);
         clearenv();
         setenv("ORLU_ROOT", folder.Path().c_str(), 1);
-        setenv("ORLU_PORTICO_PORT", "1", 1);  // where nobody listens
+        setenv("ORLU_PORTICO_PORT", "1", 1);  // a port without a listener
         execv(argv[0], argv.data());
         _exit(127);
     }
@@ -96,7 +96,7 @@ bool Program::ReadMore(std::chrono::steady_clock::time_point deadline)
 {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
         deadline - std::chrono::steady_clock::now());
-    // A stream that has ended is -1, which poll passes over.
+    // A stream that has ended is -1, which poll ignores.
     std::array<pollfd, 2> polled{{{m_out.fd, POLLIN, 0}, {m_err.fd, POLLIN, 0}}};
     if ((m_out.fd < 0 && m_err.fd < 0) || left.count() <= 0 ||
         poll(polled.data(), polled.size(), static_cast<int>(left.count())) <= 0) {

@@ -13,11 +13,11 @@
 
 namespace ProcessTests {
 
-/// Words behind a program's name.
+/// The arguments of a program.
 using Arguments = std::vector<std::string>;
 
-/// One of the project's real programs, started with a product folder as its root. Waiting for it
-/// ends after a deadline with a failure, so that nothing hangs; killed at the end if it still runs.
+/// One of the project's real programs, started with a product folder as its root. Each wait has a
+/// deadline, after which the test fails. The destructor kills a program that still runs.
 class Program {
 public:
     Program(const TemporaryRoot& folder, const std::string& name, const Arguments& arguments);
@@ -38,7 +38,7 @@ public:
     /// The exit code, or the negative number of the signal that ended it.
     int WaitForEnd();
 
-    /// All of standard output and standard error that has been read so far.
+    /// Standard output and standard error as far as they have been read.
     const std::string& Output() const { return m_out.all; }
     const std::string& Log() const { return m_err.all; }
 
@@ -60,7 +60,7 @@ private:
     Stream m_err;
 };
 
-/// Runs a program to its end and gives its standard output; `code` must be its exit code.
+/// Runs a program to its end and returns its standard output. Its exit code must be `code`.
 std::string RunProgram(const TemporaryRoot& folder, const std::string& name,
                        const Arguments& arguments, int code = 0);
 

@@ -13,7 +13,7 @@ namespace {
 
 constexpr const char* kStoreFolder = "/mnt/nv/product-persistence";
 
-/// A product with the programs that a test wants of it.
+/// A product with the programs that a test starts.
 class ServiceProcessTest : public testing::Test {
 protected:
     ServiceProcessTest()
@@ -159,7 +159,7 @@ TEST_F(ServiceProcessTest, AnInterruptedWaitLeavesTheServiceAsItWas)
     Program waiting(m_folder, "OrluConsole", {"trs", "list_codesets"});
     m_service->WaitForLog("Command trs list_codesets");
     Program behind(m_folder, "OrluConsole", {"trs", "get_version"});
-    // The blocked command line keeps only the consoles waiting.
+    // The blocked command line delays only the consoles.
     Controller({"cloud"});
     waiting.Signal(SIGINT);
     EXPECT_EQ(waiting.WaitForEnd(), 0);

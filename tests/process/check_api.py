@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: Apache-2.0
-"""Compares a whole product's answers with openapi.yaml.
+"""Compares a product's answers with openapi.yaml.
 
     check_api.py OPENAPI BIN     where BIN holds the programs
 
@@ -25,7 +25,7 @@ EVENTS = "/{eventsEndpoint}"
 
 
 class Check:
-    """Asks, and holds each answer against the description."""
+    """Sends requests and compares each answer with the description."""
 
     def __init__(self, description, port):
         self.description, self.faults, self.asked = description, [], set()
@@ -40,7 +40,7 @@ class Check:
             self.fault(f"{what}: {error.message}")
 
     def ask(self, method, path, body=None, status=200, real=None, **expected):
-        """The answer's body; `real` is the path where the described one has a parameter."""
+        """The answer's body. `real` is the requested path if the described path has a parameter."""
         text = None if body is None else body if isinstance(body, str) else json.dumps(body)
         headers = {} if body is None else {"Content-Type": "application/json"}
         self.connection.request(method, real or path, text, headers)
@@ -64,7 +64,7 @@ class Check:
         return value
 
     def examples(self, node, path=""):
-        """Every example of the description is one of its schema."""
+        """Checks each example of the description against its schema."""
         if isinstance(node, dict):
             examples = [entry["value"] for entry in node.get("examples", {}).values()]
             examples += [node["example"]] if "example" in node else []
@@ -75,7 +75,7 @@ class Check:
 
 
 def walk(check):
-    """Through the guided test, the lists and every refusal."""
+    """Goes through the guided test, the lists and every refusal."""
     ask = check.ask
     ask("GET", CONTROL, sessionActive=False)
     ask("PUT", CONTROL, {}, lastResult="LAST_RESULT_ERROR")

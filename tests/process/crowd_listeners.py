@@ -4,9 +4,9 @@
 
     crowd_listeners.py BIN     where BIN holds the programs
 
-Each socket in turn gets a crowd whose members say nothing, half a message or garbage. Whoever was
-served before is served meanwhile, but for the service's client, whose place the last to come has.
-When the crowd has gone, the listener is open as before, and no descriptor is left behind.
+Each listener in turn gets connections that send nothing, half a message or garbage. Clients that were
+connected before are served meanwhile, except the service's client: a new client replaces it. After
+the connections are closed, the listener accepts clients as before, and no descriptor remains open.
 """
 import http.client
 import json
@@ -67,7 +67,7 @@ class Listeners:
                 for name, program in self.product.programs.items()}
 
     def are_descriptors_back(self, before):
-        """The loops take up the ends of a crowd between two requests."""
+        """Whether all ends were handled: the event loops see them between two requests."""
         return any(self.descriptors() == before or not self.is_consumer_served()
                    for _ in range(500))
 

@@ -4,10 +4,10 @@
 
     kill_peers.py BIN [TIMES [SEED]]     where BIN holds the programs
 
-LpmService, PorticoServer, the cloud and the client are each killed TIMES times in random order and
-started anew, while keys are pressed, the local API is asked and code sets are looked up. After each
-round all are let up: then every key has to arrive. The service must live through it as the same
-process, and need no more memory at the end.
+LpmService, PorticoServer, the cloud and the client are each killed and restarted TIMES times in random
+order, while keys are pressed, the local API is queried and code sets are looked up. After each round
+all peers run, and every key must arrive. The service must not end, and must not need more memory at
+the end.
 """
 import collections
 import http.client
@@ -30,7 +30,7 @@ KILLS_A_ROUND = 20
 
 
 class Client:
-    """A ProductController that takes lines, and what it prints."""
+    """A ProductController that reads lines, and its output."""
 
     def __init__(self, product):
         self.program = product.start("ProductController", "-")
@@ -84,7 +84,7 @@ class Run:
         self.client = Client(product)
         self.loaded = threading.Event()
         self.over = threading.Event()
-        # Nobody may be left without a reader, or it would wait for one.
+        # A program whose output is not read would block at its next line.
         threading.Thread(target=lambda: collections.deque(self.service.stdout, 0),
                          daemon=True).start()
         for load in (self.press_keys, self.ask_api):
@@ -128,22 +128,24 @@ class Run:
         else:
             self.product.start_at_port(name)
 
-    def lights(self):
+    def emissions(self):
         return (self.product.root / "record").read_text().count('"on": true')
 
     def recover(self):
-        """Until a key is taken by the blaster."""
+        """Waits until the blaster accepts a key."""
         end = time.monotonic() + RECOVERY_SECONDS
         while time.monotonic() < end:
             if self.client.ended:
                 self.client = Client(self.product)
-            # LpmService has forgotten its code sets; only a list that brings a new one loads them.
+            # A restarted LpmService has no code sets. Only a list with a new one makes the service
+            # load them.
             ONE_MORE.reverse()
             self.client.clear()
             self.client.send(1, {"ciCode": SOURCES + ONE_MORE[:1]})
             if self.is_synced_and_well():
                 return
-            # A sync that failed, or was cut short by another list, waits for the network.
+            # A sync that failed, or was ended by another list, is repeated when the network
+            # returns.
             self.client.clear()
             for is_up in (False, True):
                 self.request("PUT", "/network/status", {"isPrimaryUp": is_up})
@@ -153,9 +155,9 @@ class Run:
 
     def is_synced_and_well(self):
         self.client.wait(lambda m: m["id"] == 9 and m["message"].get("syncState"), 3)
-        before = self.lights()
+        before = self.emissions()
         answer = self.client.press() or {}
-        return answer.get("response") == "PASS" and self.lights() == before + 1
+        return answer.get("response") == "PASS" and self.emissions() == before + 1
 
     def check(self):
         self.loaded.clear()
@@ -165,16 +167,16 @@ class Run:
             if time.monotonic() > end:
                 sys.exit("all peers are up, and the local API does not answer")
             self.over.wait(PACE_SECONDS)
-        before = self.lights()
+        before = self.emissions()
         for _ in range(KEYS_A_CHECK):
             self.client.press()
-        if (arrived := self.lights() - before) != KEYS_A_CHECK:
+        if (arrived := self.emissions() - before) != KEYS_A_CHECK:
             sys.exit(f"{arrived} of {KEYS_A_CHECK} keys arrived")
         if self.service.poll() is not None:
             sys.exit(f"the service has ended with {self.service.returncode}")
 
     def memory(self):
-        """KiB that are the service's own alone; what it shares depends on who else runs."""
+        """The service's private memory in KiB; shared memory depends on the other processes."""
         with open(f"/proc/{self.service.pid}/smaps_rollup", encoding="ascii") as rollup:
             return next(int(line.split()[1]) for line in rollup if line.startswith("Private_Dirty:"))
 
@@ -190,7 +192,7 @@ def main():
         product = Product(sys.argv[1], root)
         try:
             run = Run(product)
-            for name in names:  # a first time, after which memory is at home
+            for name in names:  # the first restart of each may allocate memory that stays
                 run.restart(name, 0)
             run.check()
             before = run.memory()

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Packs what BUILD holds, unpacks it into an empty root, judges it and runs the product from there.
+"""Packs the content of BUILD, unpacks it into an empty root, checks it and runs the product there.
 
     package_test.py BUILD
 """

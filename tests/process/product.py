@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""A whole product of the real programs in a folder of its own."""
+"""A product of the real programs, in a folder of its own."""
 import json
 import os
 import pathlib
@@ -8,7 +8,7 @@ import sys
 
 
 class Product:
-    """The programs by name, each with its output as a stream of lines."""
+    """The running programs by name, each with its output as lines."""
 
     def __init__(self, binaries, root):
         self.binaries, self.root = pathlib.Path(binaries), pathlib.Path(root)
@@ -33,7 +33,7 @@ class Product:
         sys.exit(f"a program ended before it said {text!r}")
 
     def start_at_port(self, name, *arguments):
-        """At a free port, and at the same one each time."""
+        """Starts a program at a free port; a restart uses the same port."""
         program = self.start(name, "--port", str(self.ports.get(name, 0)), *arguments)
         if name not in self.ports:
             self.ports[name] = int(self.wait_for(program, "port ").split()[1])
@@ -41,7 +41,8 @@ class Product:
         return self.ports[name]
 
     def bring_up(self, *arguments, devices=None):
-        """To where the service takes requests. The arguments are PorticoServer's."""
+        """Starts cloud, blaster, local API and service, and waits until the service has its cloud. The
+        arguments are PorticoServer's. Returns the port of the local API."""
         self.write("opt/Orlu/etc/MfgData.json", {"productType": "marlow-tenpenny"})
         self.write("opt/Orlu/etc/DataCollection.json",
                    {"properties": [{"name": "UDC", "pt_endpoint": "/collect"}]})

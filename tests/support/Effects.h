@@ -8,8 +8,8 @@
 
 #include "support/VirtualRuntime.h"
 
-/// What a test saw happen, in order, as one text: a line "+<milliseconds> <what>" for each effect,
-/// counted from the last `Take`.
+/// The effects that a test observes, in order, as one text: a line "+<milliseconds> <what>" for
+/// each. Milliseconds count from the last `Take`.
 class Effects {
 public:
     explicit Effects(VirtualRuntime& runtime) : m_runtime(runtime) {}
@@ -21,7 +21,7 @@ public:
         m_text += "\n";
     }
 
-    /// All since the last call; time counts from now on.
+    /// All effects since the last call. Time counts from now on.
     std::string Take()
     {
         m_origin = m_runtime.Elapsed();

@@ -80,7 +80,7 @@ int FaultyFiles::Sync(int fd)
     return m_syncs ? m_real.Sync(fd) : 0;
 }
 
-// A failing close still closes, as the system's does.
+// A close that fails still closes the descriptor, as in the system.
 int FaultyFiles::Close(int fd)
 {
     --m_open;

@@ -6,7 +6,7 @@
 
 #include "orlu/Files.h"
 
-/// The real files, of which one call fails on purpose. In force while it lives.
+/// The real files, with one call that fails on purpose. In force while this object exists.
 class FaultyFiles final : public Orlu::FileSystemIF {
 public:
     enum class Lasting { Once, FromThenOn };
@@ -28,7 +28,7 @@ public:
     /// No read or write takes more than so many bytes.
     void LimitBytes(std::size_t bytes) { m_bytes = bytes; }
 
-    /// From now on nothing waits for the disk.
+    /// From now on no call waits for the disk.
     void SkipSync() { m_syncs = false; }
 
     int Calls() const { return m_calls; }

@@ -8,8 +8,8 @@
 
 #include "orlu/DPrint.h"
 
-/// Takes the log while it lives, a line "<level> <text>" for each of the wanted loggers' lines. One
-/// at a time, and a fixture's first member, so that it has all that the others log.
+/// Captures the log while it exists, a line "<level> <text>" for each line of the wanted loggers.
+/// One at a time. It must be a fixture's first member to capture the log of the others.
 class LogCapture {
 public:
     using Wanted = bool (*)(std::string_view logger);
@@ -33,7 +33,7 @@ public:
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;
 
-    /// Since the last `Take`.
+    /// The lines since the last `Take`.
     const std::string& Lines() const { return s_lines; }
     std::string Take() { return std::exchange(s_lines, {}); }
 

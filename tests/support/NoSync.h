@@ -4,7 +4,7 @@
 
 #include "codesets/BlasterSyncIF.h"
 
-/// Neither cloud nor blaster: no sync begins, and one that was begun gets no further.
+/// Stands for a missing cloud and blaster: no sync starts, and a started one does not continue.
 class NoSync : public TrellanService::BlasterSyncIF {
 public:
     bool TestConnection() override { return false; }

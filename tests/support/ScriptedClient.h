@@ -9,11 +9,12 @@
 #include "orlu/IPCMessageRouter.h"
 #include "support/Effects.h"
 
-/// The product controller of a test: connects to "TrellanService" in memory, sends what the test
-/// says, and records what comes back: "client reply 6 {…}", "client event 9 {…}", "client closed".
+/// The product controller of a test: connects to "TrellanService" in memory, sends the test's
+/// messages and records what it receives: "client reply 6 {…}", "client event 9 {…}", "client
+/// closed".
 class ScriptedClient {
 public:
-    /// Connects at the next turn of the tasks; `name` stands in the records.
+    /// Connects when the tasks run next. `name` begins each record.
     ScriptedClient(Effects& effects, std::string name);
     ~ScriptedClient();
     ScriptedClient(const ScriptedClient&) = delete;

@@ -22,7 +22,8 @@ std::string Unhex(std::string_view text);
 
 /// The LPM service of a test, in memory, for any number of clients. It records each thing received:
 /// "lpm 80 000100" for frames (80, 82, 84), "lpm 65539 length 105 type 2 0067…" for loads, "lpm 169
-/// value 36 state 0" for CEC keys. It answers each with success at once, unless the test says else.
+/// value 36 state 0" for CEC keys. It answers each with success at once, unless the test scripts
+/// it.
 class ScriptedLpm {
 public:
     explicit ScriptedLpm(Effects& effects);
@@ -30,32 +31,32 @@ public:
     ScriptedLpm(const ScriptedLpm&) = delete;
     ScriptedLpm& operator=(const ScriptedLpm&) = delete;
 
-    /// From now on every answer comes so much later.
+    /// Delays every answer from now on.
     void AnswerAfter(std::uint32_t ms) { m_delayMs = ms; }
-    /// From now on the blaster answers a command with these bytes, or not at all.
+    /// Sets the blaster's reply to a command from now on, or none.
     void Reply(std::uint8_t command, std::optional<std::string> bytes);
-    /// The same for the commands that have no reply of their own.
+    /// The same for all commands that have no reply of their own.
     void ReplyToAll(std::optional<std::string> bytes) { m_reply = std::move(bytes); }
-    /// From now on replies name this as their payload's type.
+    /// Sets the payload type that replies name from now on.
     void NameReplies(const std::string& type) { m_replyType = type; }
-    /// From now on transfers have this result, or no answer.
+    /// Sets the result of transfers from now on, or no answer.
     void AnswerLoads(std::optional<LpmServiceMessages::BulkTransferResult> result)
     {
         m_bulkResult = result;
     }
-    /// From now on how things were sent is recorded too: "lpm 80 request TRS_BlasterMsg_t 2 000100"
+    /// Also records how messages are sent from now on: "lpm 80 request TRS_BlasterMsg_t 2 000100"
     /// names the message in the packet and its destination, "lpm 65540 request bare LowPowerSet
     /// 0801" a message without a packet.
     void NotePackets() { m_notePackets = true; }
 
-    /// Sends to every client, unasked.
+    /// Sends to every client, unsolicited.
     void SendEvent(std::uint32_t id, const google::protobuf::Message& message);
-    /// The blaster's word on a load, and a key map, unasked, in hexadecimal.
+    /// Sends the result of a load, or a key map, unsolicited, in hexadecimal.
     void BlasterDone(const std::string& hex);
     void KeyMap(const std::string& hex);
-    /// Closes every connection; clients find the service again.
+    /// Closes every connection. Clients can connect again.
     void DropClients();
-    /// Goes away: clients lose their link and find nobody, until `Serve`.
+    /// Closes every connection and does not listen until `Serve`.
     void Leave();
     void Serve();
 

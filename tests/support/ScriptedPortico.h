@@ -11,7 +11,7 @@
 #include "support/Effects.h"
 
 /// The local API of a test, in memory, in the place of `PorticoClient::Create`'s client. One at a
-/// time; every client made while it lives is connected to it. It records what reaches it:
+/// time. Every client that is created while it exists is connected to it. It records:
 ///
 ///     portico GET /system/info
 ///     portico POST /payload/publish {"fileName":"brandList0","lifeSpanSec":10}
@@ -24,7 +24,7 @@ public:
     ScriptedPortico(const ScriptedPortico&) = delete;
     ScriptedPortico& operator=(const ScriptedPortico&) = delete;
 
-    /// Makes a product's resource ready, with what it answers to GET and POST.
+    /// Makes a resource of the product ready, with its answer to GET and POST.
     void Put(const std::string& path, const std::string& json);
     /// From now on the resource answers with an error; it stays ready.
     void Fail(const std::string& path, const std::string& errorJson);
@@ -40,7 +40,7 @@ public:
     /// "GET /remote/integration" and so on, in the order of registration, a line each; then
     /// "interest PATH" and "notification PATH" likewise.
     std::string Registrations() const { return m_registrations; }
-    /// The names of the clients that were made, a line each.
+    /// The names of the clients that were created, one line each.
     std::string Clients() const { return m_clients; }
 
 private:
@@ -70,8 +70,8 @@ private:
 
     Effects& m_effects;
     std::map<std::string, Resource> m_resources;
-    std::map<std::string, Serve> m_endpoints;     ///< By method, a blank and path.
-    std::map<std::string, Text> m_notifications;  ///< The last one of a path.
+    std::map<std::string, Serve> m_endpoints;     ///< by method, a blank and path
+    std::map<std::string, Text> m_notifications;  ///< the last notification of a path
     std::vector<Interest> m_interests;
     std::vector<std::pair<std::string, Respond>> m_held;
     bool m_hold = false;

@@ -24,7 +24,7 @@ const char* OrNull(const char* text)
     return text == nullptr ? "(null)" : text;
 }
 
-/// Notes the call; its scripted result.
+/// Records the call and returns its scripted result.
 template <class... Args>
 int Note(std::string_view function, const Args&... args)
 {
@@ -118,7 +118,7 @@ std::int32_t ScriptedQsp::NextNumber(std::string_view function)
 const char* ScriptedQsp::Text(std::string_view function)
 {
     if (const auto list = textLists.find(function); list != textLists.end()) {
-        // The text lasts until the next call.
+        // The text is valid until the next call.
         m_text = list->second.front();
         if (list->second.size() > 1) {
             list->second.erase(list->second.begin());
@@ -275,7 +275,7 @@ int QSP_osm_report_test_result(QSP_SESSION, int32_t failed, int32_t* status)
 {
     const int code = Note("osm_report_test_result", failed);
     if (ScriptedQsp::Current() != nullptr) {
-        // A status comes with some failures too: 3 with the code 4.
+        // Some failures have a status too: code 4 has status 3.
         *status = ScriptedQsp::Current()->NextNumber("osm_report_test_result");
     }
     return code;

@@ -11,11 +11,11 @@
 
 #include "support/Effects.h"
 
-/// The UEI library as a test scripts it, linked in the library's place. Each call is noted as
-/// "qsp <function without QSP_> <arguments>", handles and functions left out. One at a time; while
-/// there is none, every function of the library returns 1.
+/// A scripted UEI library, linked in the library's place. Each call is recorded as "qsp <function
+/// without QSP_> <arguments>", without handles and functions. One object at a time; without one,
+/// every function of the library returns 1.
 ///
-/// Everything is named by the function that it answers, without "QSP_".
+/// All values are named by the function that returns them, without "QSP_".
 class ScriptedQsp {
 public:
     explicit ScriptedQsp(Effects& effects);
@@ -23,28 +23,29 @@ public:
     ScriptedQsp(const ScriptedQsp&) = delete;
     ScriptedQsp& operator=(const ScriptedQsp&) = delete;
 
-    /// A function that is not here returns 0; with another result it gives out nothing.
+    /// A function without an entry returns 0. With another result it has no output.
     std::map<std::string, int, std::less<>> results;
 
-    /// By name of the code set. One that is not here gives 44; else the result is the callback's.
+    /// By name of the code set. A name without an entry gives 44; else the result is the
+    /// callback's.
     std::map<std::string, std::string, std::less<>> binaries;
 
-    /// What a total counts, and what the functions that go by an index give out; an index outside
-    /// gives 45. "get_brand_name" also stands for "retrieve_brands_total", and likewise the others.
+    /// The rows of functions with an index, whose number is the total; another index gives 45. The
+    /// list of "get_brand_name" also serves "retrieve_brands_total", and likewise the others.
     std::map<std::string, std::vector<std::string>, std::less<>> lists;
 
-    /// Texts and numbers that other functions give out: "" and 0 where there are none.
+    /// Texts and numbers that other functions return; "" and 0 if there is no entry.
     std::map<std::string, std::string, std::less<>> texts;
-    /// One for each call, the last one again and again.
+    /// One for each call; the last one repeats.
     std::map<std::string, std::vector<std::int32_t>, std::less<>> numbers;
-    /// The same of texts, where more than one is wanted.
+    /// The same for texts, for functions that need more than one.
     std::map<std::string, std::vector<std::string>, std::less<>> textLists;
 
-    /// What the service gave to the library.
+    /// The callbacks that the service has passed to the library.
     int (*post)(const char*, std::uint32_t, char**, std::uint32_t*, const char*) = nullptr;
     int (*deliver)(const char*, const std::uint8_t*, std::uint32_t) = nullptr;
 
-    /// For the functions of the library.
+    /// Used by the functions of the library.
     static ScriptedQsp* Current() { return s_current; }
     int Called(std::string_view function, std::string_view arguments);
     std::int32_t NextNumber(std::string_view function);

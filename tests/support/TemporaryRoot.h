@@ -8,7 +8,7 @@
 #include <iterator>
 #include <string>
 
-/// A folder that is `ORLU_ROOT` while it lives, and then removed.
+/// A folder that is `ORLU_ROOT` while this object exists. The destructor removes it.
 class TemporaryRoot {
 public:
     TemporaryRoot() : m_path((std::filesystem::temp_directory_path() / "root.XXXXXX").string())
@@ -29,14 +29,14 @@ public:
 
     const std::string& Path() const { return m_path; }
 
-    /// By the absolute path in the product.
+    /// `path` is absolute, as in the product.
     void Write(const std::string& path, const std::string& text) const
     {
         const std::filesystem::path file = m_path + path;
         std::filesystem::create_directories(file.parent_path());
         std::ofstream(file, std::ios::binary) << text;
     }
-    /// Empty if there is none.
+    /// Empty if there is no such file.
     std::string Read(const std::string& path) const
     {
         std::ifstream file(m_path + path, std::ios::binary);

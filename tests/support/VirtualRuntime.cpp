@@ -20,27 +20,27 @@ namespace {
 constexpr MonotonicMs kStart{1'000'000};
 constexpr std::chrono::seconds kWallClockStart{1'700'000'000};
 
-/// Longer than anything that a test waits for.
+/// Longer than every wait of a test.
 constexpr MonotonicMs kTimeout = std::chrono::hours(1);
 
-/// More works without a pause than any test has: two pieces of work post each other for ever.
+/// More works in a row than any test has: beyond it two works post each other for ever.
 constexpr std::size_t kWorksInOneGo = 10'000'000;
 
 class VirtualQueue;
 
 }  // namespace
 
-/// The clock and who runs next. Queues hold it too, as they may outlive the runtime.
+/// The clock and the order of the tasks. Queues share it, since they may outlive the runtime.
 class VirtualRuntime::Scheduler {
 public:
     MonotonicMs now = kStart;
 
     void Add(const std::shared_ptr<VirtualQueue>& queue) { m_queues.push_back(queue); }
 
-    /// Gives the next task its turn; false if none has work.
+    /// Runs the next task that has work; false if none has.
     bool RunOne();
 
-    /// Moves the clock to the next deadline up to `limit` and runs it; false if there is none.
+    /// Moves the clock to the next alarm up to `limit` and runs it; false if there is none.
     bool RunNextAlarm(MonotonicMs limit);
 
     void RunUntilIdle()
@@ -49,7 +49,7 @@ public:
         }
     }
 
-    /// Runs tasks, and time where they wait for it, until `done`.
+    /// Runs tasks, and moves the clock if all wait for it, until `done`.
     template <class Done>
     void RunUntil(Done done, const char* what)
     {
@@ -118,7 +118,7 @@ public:
     bool HasWork() const { return !m_work.empty() || !m_endOfWakeUp.empty(); }
     bool IsStopped() const { return m_stopped; }
 
-    /// One wake-up, which `first` begins.
+    /// One wake-up, which starts with `first`.
     void TakeTurn(const Work& first)
     {
         const auto self = shared_from_this();

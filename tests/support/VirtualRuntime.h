@@ -11,10 +11,10 @@
 #include "orlu/Runtime.h"
 #include "support/VirtualTransport.h"
 
-/// Runs all tasks of a test on the test's own thread, under one clock that moves only when the test
-/// says so. In force while it lives; tasks may outlive it, but do not run any more.
+/// Runs all tasks of a test on the test's own thread. The clock moves only when the test moves it.
+/// In force while this object exists. Tasks may outlive it, but do not run any more.
 ///
-/// Tasks take turns in the order in which they were made; a turn is a wake-up: all that is queued,
+/// Tasks run in turn, in the order of their construction. A turn is one wake-up: all queued works,
 /// then the works of `AtEndOfWakeUp`.
 class VirtualRuntime final : public Orlu::RuntimeIF {
 public:
@@ -23,13 +23,14 @@ public:
     VirtualRuntime(const VirtualRuntime&) = delete;
     VirtualRuntime& operator=(const VirtualRuntime&) = delete;
 
-    /// Runs until no task has work. Time stands still.
+    /// Runs until no task has work. The clock does not move.
     void RunUntilIdle();
 
-    /// Moves the clock and runs all that falls due on the way, in order of (due, armed).
+    /// Moves the clock and runs all alarms that become due, in the order of due time, then of
+    /// arming.
     void Advance(std::uint32_t ms);
 
-    /// Milliseconds since the runtime was made.
+    /// Milliseconds since the construction of the runtime.
     std::int64_t Elapsed() const;
 
     VirtualTransport& Net();
@@ -37,11 +38,11 @@ public:
     Orlu::TaskQueuePtr CreateTaskQueue(const std::string& name) override;
     Orlu::MonotonicMs Now() override;
     std::chrono::system_clock::time_point WallClock() override;
-    /// The same row of numbers in every run.
+    /// Random numbers, the same in every run.
     std::uint64_t Random() override;
     Orlu::TransportIF& Transport() override;
-    /// `Wait` there runs the other tasks, and the clock where they wait for it. It throws, and so
-    /// fails the test, if nothing is left that could signal, or an hour has passed.
+    /// `Wait` of this semaphore runs the other tasks, and moves the clock if they wait for it. It
+    /// throws, and so fails the test, if no task could signal any more, or after an hour.
     std::unique_ptr<Orlu::SemaphoreIF> CreateSemaphore(unsigned count) override;
 
     class Scheduler;

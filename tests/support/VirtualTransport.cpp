@@ -149,7 +149,7 @@ struct VirtualTransport::Places {
     std::map<std::string, std::vector<std::weak_ptr<VirtualSocket>>> served;
     unsigned connections = 0;
 
-    /// The client's end of a new connection; empty if nobody listens.
+    /// The client's end of a new connection; empty if there is no listener.
     Orlu::SocketPtr Open(const std::string& path, const Orlu::TaskQueuePtr& queue)
     {
         const auto place = listening.find(path);

@@ -11,8 +11,8 @@
 
 #include "orlu/Network.h"
 
-/// One end of a connection in memory. Bytes leave at the end of the sender's wake-up and arrive as
-/// work on the receiver's queue.
+/// One end of a connection in memory. Bytes are sent at the end of the sender's wake-up and are
+/// delivered as work on the receiver's queue.
 class VirtualSocket final : public Network::ConnectorSocket,
                             public std::enable_shared_from_this<VirtualSocket> {
 public:
@@ -27,7 +27,7 @@ public:
     /// While stalled, this end reads nothing, as a process that hangs.
     void Stall(bool stalled);
 
-    /// `bytes` more reach the peer from here; then the connection breaks for both ends.
+    /// After `bytes` more bytes to the peer the connection breaks for both ends.
     void CutAfter(std::size_t bytes);
 
     bool IsOpen() const { return m_open; }

@@ -14,8 +14,8 @@
 #include "support/TemporaryRoot.h"
 #include "support/VirtualRuntime.h"
 
-/// The whole service under virtual time: its own instances, a root folder of its own, and in the
-/// place of each peer one that does as the test says. What happens is recorded in `effects`.
+/// The whole service under virtual time, with instances and a root folder of its own, and a
+/// scripted peer in place of each real one. `effects` records what happens.
 class World {
 public:
     World();
@@ -23,7 +23,7 @@ public:
     World(const World&) = delete;
     World& operator=(const World&) = delete;
 
-    /// Starts the service, as `main` does, and lets it and the LPM service find each other.
+    /// Starts the service as `main` does and waits until it is connected to the LPM service.
     void Start();
 
     /// Makes the product's resources ready: one with the serial number A1234, its network up and a

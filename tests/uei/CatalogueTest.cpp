@@ -25,7 +25,7 @@ protected:
         qsp.numbers["get_model_fuzzy_value"] = {90, 70};
     }
 
-    /// The calls of the library, its result and what it gave out.
+    /// The calls of the library, the result and the returned values.
     template <class Query>
     std::string Ask(Query query)
     {
@@ -44,7 +44,7 @@ protected:
         return engine.GetBrandList(request);
     }
 
-    /// The first characters that the library was asked for.
+    /// The prefixes that the library was asked for.
     std::string Walk()
     {
         std::string walk;

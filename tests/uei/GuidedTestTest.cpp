@@ -114,7 +114,7 @@ TEST_F(GuidedTest, AnAnswerHoldsNothingOfBefore)
 TEST_F(GuidedTest, AStartThatFailsAnswersWithTheStateOfBefore)
 {
     struct Row {
-        const char* function;  ///< Of the library, which fails, or gives out `number`.
+        const char* function;  ///< The library's function that fails or returns `number`.
         std::int32_t number;
         const char* log;
         const char* result = "LAST_RESULT_ERROR";
@@ -220,7 +220,7 @@ TEST_F(GuidedTest, FailuresOfTheBlasterReachTheClient)
     EXPECT_TRUE(
         SendKey().ends_with("active LAST_RESULT_ERROR T0001 0 of 0, 3 keys, next O_KEY_POWER\n"));
     EXPECT_TRUE(TakeLog().ends_with("3 Send key status = 7\n2 Send key to blaster failed\n"));
-    // The delete is refused, and so is the load behind it.
+    // The blaster refuses the delete and the load behind it.
     EXPECT_TRUE(Respond(false).ends_with(
         "+0 lpm 65539 length 6 type 2 000422000262\n"
         "+0 active LAST_RESULT_ERROR T0002 1 of 2, 3 keys, next O_KEY_VOLUME_UP\n"));

@@ -22,7 +22,7 @@ using boost::asio::ip::tcp;
 /// Answers one request on loopback, then closes.
 class OneAnswer {
 public:
-    /// Endless: more bytes follow until the client has had enough.
+    /// Endless: sends more bytes until the client closes.
     explicit OneAnswer(std::string answer, bool endless = false)
         : m_acceptor(m_context, {boost::asio::ip::address_v4::loopback(), 0}),
           m_thread([this, answer = std::move(answer), endless] { Serve(answer, endless); })
@@ -34,7 +34,7 @@ public:
         return "http://127.0.0.1:" + std::to_string(m_acceptor.local_endpoint().port()) + "/q";
     }
 
-    /// What arrived; after the post.
+    /// The request; valid after the post.
     std::string Request()
     {
         m_thread.join();

@@ -32,7 +32,7 @@ protected:
         };
     }
 
-    /// The answer, the last line of what came of it.
+    /// The answer: the last recorded line.
     std::string Enter(const std::string& type, const std::string& model, bool load)
     {
         DirectEntryReq_t request;

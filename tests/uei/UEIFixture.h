@@ -34,7 +34,7 @@ protected:
         deviceInfo.set_serialnumber(serialNumber);
         return engine.Init(task.get(), deviceInfo);
     }
-    /// On the engine's task, until nothing is left to do; all that came of it.
+    /// Runs work on the engine's task until all tasks are idle. Returns all effects.
     std::string Run(std::function<void()> work)
     {
         IL::BreakThread(std::move(work), task.get());
