@@ -61,9 +61,10 @@ function(trellan_protos name)
     add_custom_command(
       OUTPUT ${base}.pb.cc ${base}.pb.h
       COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_CURRENT_BINARY_DIR}/generated
-      COMMAND protobuf::protoc --cpp_out=${CMAKE_CURRENT_BINARY_DIR}/generated
+      COMMAND ${CMAKE_COMMAND} -P ${PROJECT_SOURCE_DIR}/cmake/Protoc.cmake $<TARGET_FILE:protobuf::protoc>
+              --cpp_out=${CMAKE_CURRENT_BINARY_DIR}/generated
               -I${ARG_ROOT} ${ARG_IMPORTS} ${ARG_ROOT}/${file}
-      DEPENDS ${ARG_ROOT}/${file}
+      DEPENDS ${ARG_ROOT}/${file} protobuf::protoc
       VERBATIM)
     list(APPEND outputs ${base}.pb.cc)
   endforeach()

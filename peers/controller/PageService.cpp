@@ -141,11 +141,13 @@ void PageService::Event(const IPCMessageEnvelope& envelope)
             break;
         case TrellanService_MESSAGE_ID_BLASTER_SYNC_COMPLETE:
             if (GetPayload(envelope, sync)) {
+                NoteStateChange(sync.syncstate());
                 SetState("syncing", !sync.syncstate());
             }
             break;
         case TrellanService_MESSAGE_ID_STATE_CHANGED:
             if (GetPayload(envelope, test)) {
+                NoteStateChange(false);
                 SetState("test", TrellanService_State_Name(test.state()));
             }
             break;
@@ -181,6 +183,7 @@ std::optional<std::string> PageService::Key(const std::string& body)
     if (m_held != press) {
         ReleaseKey();
         m_held = press;
+        m_pathMayDiffer = false;
         Send(press, true);
     }
     m_holdTimer->Start([this] { ReleaseKey(); });
@@ -192,8 +195,25 @@ std::optional<std::string> PageService::Key(const std::string& body)
 void PageService::ReleaseKey()
 {
     m_holdTimer->Stop();
-    if (m_held && m_link.Router()->IsConnected()) {
-        Send(*std::exchange(m_held, {}), false);
+    if (!m_held || !m_link.Router()->IsConnected()) {
+        return;
+    }
+    const Press press = *std::exchange(m_held, {});
+    Send(press, false);
+    if (m_pathMayDiffer && !press.codeset.empty()) {
+        // The service sends an end press by the path of its state, which may not be the press's
+        // own: one without a code set ends the key on the CEC bus, and one more, behind the sync,
+        // by infrared. Where no key is held, either does nothing.
+        Send({.codeset = "", .key = press.key}, false);
+        m_owed = press;
+    }
+}
+
+void PageService::NoteStateChange(bool isReady)
+{
+    m_pathMayDiffer = true;
+    if (isReady && m_owed && m_link.Router()->IsConnected()) {
+        Send(*std::exchange(m_owed, {}), false);
     }
 }
 

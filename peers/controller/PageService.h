@@ -65,6 +65,7 @@ private:
     void Lost();
     void Event(const IPCMessageEnvelope& envelope);
     void ReleaseKey();
+    void NoteStateChange(bool isReady);
     void Send(const Press& press, bool isDown);
     void SendSources();
     void SetState(const char* member, Json::Value value);
@@ -81,6 +82,10 @@ private:
     std::shared_ptr<APTimer> m_holdTimer;
     std::shared_ptr<APTimer> m_keyTimer;
     std::optional<Press> m_held;
+    /// The service may have taken another path since the press that is held.
+    bool m_pathMayDiffer = false;
+    /// Let go while the service may not have sent it by infrared; sent again once it does.
+    std::optional<Press> m_owed;
     std::optional<std::vector<std::string>> m_sources;
     Json::Value m_values;
 };

@@ -44,6 +44,18 @@ const char* RefusalOf(const Line& line)
     return size > Orlu::Limits::kConsoleLineBytes ? "Line too long" : "";
 }
 
+/// Cuts an answer that no frame takes, and says so behind the last whole line.
+void Fit(std::string& answer)
+{
+    if (answer.size() <= Orlu::Limits::kConsoleAnswerBytes) {
+        return;
+    }
+    const std::size_t size = answer.size();
+    const std::size_t line = answer.rfind('\n', Orlu::Limits::kConsoleAnswerBytes - 1);
+    answer.resize(line == std::string::npos ? Orlu::Limits::kConsoleAnswerBytes : line + 1);
+    answer += "(cut: " + std::to_string(size - answer.size()) + " bytes more)\n";
+}
+
 }  // namespace
 
 class CLIClient::Server {
@@ -75,7 +87,9 @@ private:
             });
         router->AddHandler<Line>(
             CONSOLE_LINE, [this, asker = router.get()](const Line& line, std::uint32_t token) {
-                asker->ReplyMessage(CONSOLE_LINE, Execute(line), token);
+                Answer answer = Execute(line);
+                Fit(*answer.mutable_response());
+                asker->ReplyMessage(CONSOLE_LINE, answer, token);
             });
         router->Connect(socket, [this, console] { Leave(console); });
     }

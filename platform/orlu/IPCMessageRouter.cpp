@@ -82,6 +82,7 @@ private:
     bool Put(std::uint32_t id, IPCMessageEnvelope& envelope, std::uint32_t kind,
              std::uint32_t token);
     bool Put(const IPCFrames::Head& head, const google::protobuf::Message& message);
+    bool LoseReply(std::uint32_t id) const;
     CallbackConnection AwaitReply(std::uint32_t id, std::uint32_t token, EnvelopeHandler reply);
     std::uint32_t NewToken();
 
@@ -222,13 +223,23 @@ bool Router::SendMessage(std::uint32_t id, const google::protobuf::Message& mess
 
 bool Router::Reply(std::uint32_t id, IPCMessageEnvelope envelope, std::uint32_t token)
 {
-    return Put(id, envelope, IPCFrames::kReply, token);
+    return Put(id, envelope, IPCFrames::kReply, token) || LoseReply(id);
 }
 
 bool Router::ReplyMessage(std::uint32_t id, const google::protobuf::Message& message,
                           std::uint32_t token)
 {
-    return Put({id, IPCFrames::kReply, token}, message);
+    return Put({id, IPCFrames::kReply, token}, message) || LoseReply(id);
+}
+
+/// Its asker waits for ever, so it is told here at least. False.
+bool Router::LoseReply(std::uint32_t id) const
+{
+    if (m_socket) {
+        s_log.Log(2, "{}: a reply with id {} is too large, or its reader too far behind", m_name,
+                  id);
+    }
+    return false;
 }
 
 void Router::Flush()

@@ -57,6 +57,9 @@ inline constexpr std::size_t kEventQueueBytes = std::size_t{256} * 1024;
 /// Paths of resources that the local API remembers of services that have left.
 inline constexpr std::size_t kKnownPaths = 1024;
 
+/// The text of an answer to a console; a longer one is cut. It fits a frame with its envelope.
+inline constexpr std::size_t kConsoleAnswerBytes = kFrameBytes - std::size_t{4} * 1024;
+
 /// One line typed at the console, and the words in it.
 inline constexpr std::size_t kConsoleLineBytes = std::size_t{4} * 1024;
 inline constexpr std::size_t kConsoleWords = 16;

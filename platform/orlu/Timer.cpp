@@ -37,6 +37,7 @@ public:
     {
         m_alarm->Cancel();
         m_callback.reset();
+        m_running.reset();
     }
 
     void Shutdown() override

@@ -13,6 +13,7 @@
 ///
 /// Deadlines are kept, not delays: a timer that is started again from its own callback counts from
 /// the time at which that callback was due, so a chain of 10 ms steps does not drift with the load.
+/// Stopped before that, it counts from now.
 class APTimer {
 public:
     /// The name is for logs.

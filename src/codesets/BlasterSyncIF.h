@@ -31,6 +31,9 @@ public:
     virtual void GetBlasterKeyMap(const std::string& name,
                                   const AsyncCallback<std::string>& callback) = 0;
 
+    /// The task is about to wait for the disk: ends a burst that must not outlast it.
+    virtual void EndBurst() = 0;
+
     /// The task to which these callbacks are bound.
     virtual NotifyTargetTaskIF* BlasterTask() = 0;
 };

@@ -87,6 +87,8 @@ void Trellan_ServiceCodesetHandler::StoreCodesetConfig()
     }
     try {
         const std::string text = ProtoToMarkup::ToJson(config, true, false, false);
+        // Writing waits for the disk twice, and a key may be held since before the sync.
+        m_sync.EndBurst();
         SystemUtils::WriteFile(text.data(), text.data() + text.size(), ConfigPath());
     } catch (const ProtoToMarkup::MarkupError& error) {
         kCodesetLog.Prefix("StoreCodesetConfig")

@@ -10,6 +10,24 @@ namespace TrellanService {
 
 using namespace TrellanServiceMessages;  // NOLINT(google-build-using-namespace)
 
+namespace {
+
+/// The longest code set name that a key request may have, in bytes; real ones have 5 to 11.
+constexpr std::size_t kNameBytes = 64;
+
+/// A code set name as log and history may keep it. What is too long for a name is no name any more,
+/// so that no cut makes it one.
+std::string BoundedName(const std::string& name)
+{
+    if (name.size() <= kNameBytes) {
+        return name;
+    }
+    kServerLog.Log(2, "Code set name of {} bytes in a key request", name.size());
+    return name.substr(0, kNameBytes) + "...";
+}
+
+}  // namespace
+
 void Trellan_Server::AddHandlers(const IPCMessageRouterPtr& router)
 {
     kServerLog.Put(4, __PRETTY_FUNCTION__);
@@ -77,6 +95,7 @@ void Trellan_Server::RequestHandler_OrluKeyReq(const OrluKeyReqMessage_t& messag
                                                std::uint32_t token)
 {
     kServerLog.Put(4, __PRETTY_FUNCTION__);
+    const std::string codeset = BoundedName(message.codeset());
     OrluKeyReqMessage_t answer = message;
     answer.set_response("PASS");
     const AsyncCallback<std::string> callback(
@@ -87,13 +106,13 @@ void Trellan_Server::RequestHandler_OrluKeyReq(const OrluKeyReqMessage_t& messag
     Trellan_ServiceKeyHandler& keys = m_neighbours.KeyHandler();
     switch (message.keyaction()) {
         case OrluKeyReqMessage_t::KEY_ACTION_CONTINUOUS_PRESS:
-            keys.sendContinuousKey(message.codeset(), message.keyval(), callback, false);
+            keys.sendContinuousKey(codeset, message.keyval(), callback, false);
             break;
         case OrluKeyReqMessage_t::KEY_ACTION_END_PRESS:
-            keys.sendEndKey(message.codeset(), callback, false);
+            keys.sendEndKey(codeset, callback, false);
             break;
         case OrluKeyReqMessage_t::KEY_ACTION_SINGLE_PRESS:
-            keys.sendSingleKey(message.codeset(), message.keyval(), callback);
+            keys.sendSingleKey(codeset, message.keyval(), callback);
             break;
     }
 }

@@ -21,6 +21,10 @@ void Trellan_ServiceKeyHandler::HandleBlastState(BlastEvent event, std::string c
     if (!Step(event, std::move(codeset), orluKey)) {
         return;  // a tick that is armed still comes, and finds `BlastIdle`
     }
+    if (m_elapsed == 0) {
+        // A state that begins late lasts its whole time: none of its ticks is made up for.
+        m_timer->Stop();
+    }
     m_timer->SetTimeouts(m_tick, 0);
     m_timer->Start([this] { HandleBlastState(BlastTick, "", kInvalidUEIKey); });
 }

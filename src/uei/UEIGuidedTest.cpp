@@ -135,7 +135,7 @@ int UEIInterface::GetCurrentCodesetName()
     const int code = QSP_osm_get_current_codeset_name(session, &name);
     if (code == 0) {
         m_osmText = OrEmpty(name);
-        osmCodeset = m_osmText.c_str();
+        osmCodeset = name == nullptr ? nullptr : m_osmText.c_str();
     }
     return code;
 }

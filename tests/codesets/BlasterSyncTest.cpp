@@ -48,7 +48,7 @@ TEST_F(BlasterSyncTest, LoadsInOrderOfNameThenReadsTheKeysBack)
     Reply({"\x03\0\x04\x05", 4});
     TakeLog();
     Reply({"\x02\0\x13", 3});
-    EXPECT_EQ(TakeSteps(), "load S0456 2;load T2051 2;keymap S0456;keymap T2051;");
+    EXPECT_EQ(TakeSteps(), "load S0456 2;load T2051 2;keymap S0456;keymap T2051;end burst;");
     EXPECT_EQ(notified, "begun;done;");
     EXPECT_EQ(Map(),
               "S0456 31c8 0  unsafe 0405;"
@@ -69,7 +69,7 @@ TEST_F(BlasterSyncTest, OverAnEmptyMapResetsAndIsDone)
 {
     Begin({""});
     Succeed();
-    EXPECT_EQ(TakeSteps(), "");
+    EXPECT_EQ(TakeSteps(), "end burst;");
     EXPECT_EQ(notified, "begun;done;");
     EXPECT_EQ(handler->GetSendKeyState(), SendKeyReady);
     EXPECT_NE(TakeLog().find("3 Done loading codesets\n3 Done storing ambiguous key bit maps\n"),
@@ -122,7 +122,7 @@ TEST_F(BlasterSyncTest, ANewListBeginsItAnewAtTheNextStep)
     Loaded(BULK_TRANSFER_SUCCESS);
     Succeed();
     Succeed();
-    EXPECT_EQ(TakeSteps(), "load C0123 2;load T2051 2;keymap C0123;keymap T2051;");
+    EXPECT_EQ(TakeSteps(), "load C0123 2;load T2051 2;keymap C0123;keymap T2051;end burst;");
     EXPECT_EQ(notified, "begun;begun;begun;done;");
 }
 
@@ -136,7 +136,7 @@ TEST_F(BlasterSyncTest, AnAnswerForAnEntryThatIsGoneGoesToNoOther)
     handler->HandlePCSourceList(List({"N0001", "V0001"}));
     Reply({"\x02\0\x08", 3});
     Reply({"\x02\0\x09", 3});
-    EXPECT_EQ(TakeSteps(), "load C0001 2;load T0001 2;keymap T0001;keymap V0001;");
+    EXPECT_EQ(TakeSteps(), "load C0001 2;load T0001 2;keymap T0001;keymap V0001;end burst;");
     EXPECT_EQ(Map(), "N0001 2001 0  unsafe ;V0001 4001 0  unsafe 09;");
 }
 

@@ -79,6 +79,7 @@ protected:
         steps += "keymap " + name + ";";
         replied = callback;
     }
+    void EndBurst() override { steps += "end burst;"; }
     NotifyTargetTaskIF* BlasterTask() override { return task.get(); }
 
     /// Answers the current step in the blaster's place.

@@ -71,6 +71,32 @@ TEST_F(PageServiceTest, HoldsAKeyUntilItsReleaseAnotherKeyOrTheTimeout)
     EXPECT_EQ(Take(), "+1000 " + Pressed(85, "END"));
 }
 
+TEST_F(PageServiceTest, SendsAnEndPressAgainIfTheStateHasChangedSinceThePress)
+{
+    const auto sync = [this](bool ended) {
+        BlasterSync_t message;
+        message.set_syncstate(ended);
+        service.Event(9, message);
+        runtime.RunUntilIdle();
+    };
+    const std::string cecEnd =
+        "service 0 {\"keyVal\":85,\"keyAction\":\"KEY_ACTION_END_PRESS\",\"codeset\":\"\"}\n";
+    Start();
+    Key("play", true);
+    sync(false);
+    Take();
+    Key("play", false);
+    EXPECT_EQ(Take(), "+0 done\n+0 " + Pressed(85, "END") + "+0 " + cecEnd);
+    sync(true);
+    EXPECT_TRUE(Take().ends_with("+0 " + Pressed(85, "END")));
+    sync(true);
+    Key("play", true);
+    Take();
+    Key("play", false);
+    sync(true);
+    EXPECT_EQ(Take(), "+0 done\n+0 " + Pressed(85, "END"));
+}
+
 TEST_F(PageServiceTest, RefusesWhatIsNoPressAndPressesWithoutAService)
 {
     for (const char* body : {"", "[]", "{}", R"({"codeset":1,"key":"play","held":true})",

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "ProtoBufs/Trellan_MessageIDs.pb.h"
+#include "keys/Trellan_ServiceKeyHandler.h"
 #include "support/ScriptedClient.h"
 #include "support/World.h"
 
@@ -61,6 +62,17 @@ protected:
     World m_world;
     std::optional<ScriptedClient> m_client;
 };
+
+TEST(ServerWithoutASocket, SaysThatItServesNobody)
+{
+    World world;
+    const auto task = IL::CreateTask("other", "");
+    const auto taken = world.runtime.Net().Listen(
+        IPCDirectory::Get().Lookup("TrellanService").Path(), task->Queue(), {});
+    world.Start();
+    EXPECT_NE(world.TakeLog().find("1 TrellanServer: TrellanServer serve failed.\n"),
+              std::string::npos);
+}
 
 TEST_F(ServerTest, RefusesWhatNeedsTheCloudAndAnswersTheRest)
 {
@@ -152,6 +164,31 @@ TEST_F(ServerTest, ANewClientReplacesTheFirst)
               "3 TrellanServer: the client connection has been disconnected.\n"
               "2 TrellanServer: Trellan_Server is not connected\n"
               "2 TrellanServer: Trellan_Server is not connected \n");
+}
+
+TEST_F(ServerTest, KeepsNoCodesetNameAtALengthThatNoneHas)
+{
+    SendSources({"T2051"});
+    Effects();
+    m_world.TakeLog();
+    // In front of the cut stands a name that is held.
+    const std::string longName = "T2051" + std::string(100'000, 'x');
+    for (const auto action : {OrluKeyReqMessage_t::KEY_ACTION_SINGLE_PRESS,
+                              OrluKeyReqMessage_t::KEY_ACTION_CONTINUOUS_PRESS,
+                              OrluKeyReqMessage_t::KEY_ACTION_END_PRESS}) {
+        RequestKey(*m_client, 140, longName, action);
+    }
+    m_world.runtime.Advance(1000);
+    EXPECT_EQ(Effects().find("lpm 80 0007"), std::string::npos);
+    const std::string log = m_world.TakeLog();
+    EXPECT_NE(log.find("2 TrellanServer: Code set name of 100005 bytes in a key request\n"),
+              std::string::npos);
+    EXPECT_LT(log.size(), 4000U);
+    EXPECT_EQ(m_world.service.KeyHandler().GetKeyHistory().back(),
+              "Value: 8c Key: kKey_POWER ciCode: T2051" + std::string(59, 'x') + "... Flag: 80\n");
+    RequestKey(*m_client, 140, "T" + std::string(58, '0') + "02051",
+               OrluKeyReqMessage_t::KEY_ACTION_SINGLE_PRESS);
+    EXPECT_NE(Effects().find("lpm 80 000701080301800000"), std::string::npos);
 }
 
 TEST_F(ServerTest, CloudCountsAsConnectedASecondLaterAndAsLostAtOnce)

@@ -144,7 +144,7 @@ TEST_F(PTClientTest, MakesATaskAndAClientOfItsOwn)
     Configure(R"({"name": "NDC", "pt_endpoint": "/data/ndc"})");
     const auto shared = PorticoClient::Create("shared", "localhost", 1, "", "", {}, {}, {});
     const auto ndc = CreateNDCService(nullptr, shared);
-    EXPECT_EQ(portico.Clients(), "shared\n");
+    EXPECT_EQ(portico.Clients(), "shared localhost:1\n");
     portico.Fail("/data/ndc/state", "{}");
     Run();
     EXPECT_TRUE(ndc->IsDataCollectionServiceUp());
@@ -154,8 +154,10 @@ TEST_F(PTClientTest, MakesATaskAndAClientOfItsOwn)
     const auto ndcAgain = CreateNDCService(task.get(), nullptr);  // the file is read once only
     Run();
     EXPECT_TRUE(ndcAgain->IsDataCollectionServiceUp());
-    EXPECT_THAT(portico.Clients(), testing::MatchesRegex("shared\ndatacollection[0-9]+-[0-9]+\n"
-                                                         "datacollection[0-9]+-[0-9]+\n"));
+    EXPECT_THAT(portico.Clients(),
+                testing::MatchesRegex("shared localhost:1\n"
+                                      "datacollection[0-9]+-[0-9]+ localhost:8084\n"
+                                      "datacollection[0-9]+-[0-9]+ localhost:8084\n"));
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include <gmock/gmock.h>
+
 #include "endpoints/EndpointsFixture.h"
 
 namespace TrellanService {
@@ -42,8 +44,10 @@ TEST_F(Readiness, RegistersItsResourcesAndRequestsTheProducts)
               "interest /data/udc/state\n"
               "notification /data/udc/state\n"
               "interest /network/status\n");
-    EXPECT_TRUE(m_world.portico.Clients().starts_with("TrellanService\ndatacollection"));
-    m_world.KnowProduct();
+    EXPECT_THAT(m_world.portico.Clients(),
+                testing::MatchesRegex("TrellanService localhost:8084\n"
+                                      "datacollection[0-9]+-[0-9]+ localhost:8084\n"));
+    m_world.PutProductValues();
     EXPECT_EQ(Effects(),
               "+0 portico GET /payload/cfg\n"
               "+0 portico GET /system/info\n"

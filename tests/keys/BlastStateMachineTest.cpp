@@ -66,7 +66,9 @@ TEST_F(BlastStateMachine, KeepsAKeyOnWhereThatIsSafeAndTakesTheNextAtOnce)
     const std::string held = pressed + "+900 answer ''\n+900 lpm 80 000100\n";
     Start();
     keys->m_allowContinuous = true;
+    TakeLog();
     EXPECT_EQ(Hold(kPlay, 900), held);
+    EXPECT_TRUE(TakeLog().starts_with("3 Sending continuous key\n"));
     Press(kPlay);
     Release();
     EXPECT_EQ(effects.Take(), pressed + "+0 answer ''\n+0 lpm 80 000100\n");
@@ -94,6 +96,8 @@ TEST_F(BlastStateMachine, IsBusyUntilTheKeyDelayHasPassed)
         {"release while sending", 20, 50, 270},
         // end at 120; release begins the wait anew, answer at 220
         {"release while the end is awaited", 100, 150, 420},
+        // the answer is lost; the wait that the release began anew at 150 ends at 350
+        {"release while the end is awaited, lost answer", 100000, 150, 550},
         // answer at 140; the pause goes on from there, and the release counts as a tick
         {"release in the pause", 20, 200, 330},
         // the answer never comes: 200 ms, then the pause; when held, both begin at 120
@@ -143,6 +147,20 @@ TEST_F(BlastStateMachine, ShorterDelayShortensThePauseAndALateAnswerIsIgnored)
               "+50 lpm 80 000100\n"
               "+100 answer ''\n"
               "+110 answer ''\n+110 lpm 80 000701080318ff0000\n");
+}
+
+// The ticks of a burst are made up for, those of a pause are not.
+TEST_F(BlastStateMachine, ATaskThatWasHeldUpTakesNothingFromThePause)
+{
+    Start();
+    keys->SetKeyDelay(25, 50);
+    Press(kPlay);
+    runtime.Advance(10);
+    IL::BreakThread([this] { runtime.Advance(90); }, task.get());
+    runtime.Advance(150);
+    EXPECT_EQ(effects.Take(),
+              "+0 answer ''\n+0 lpm 80 000701080318ff0000\n"
+              "+100 lpm 80 000100\n+150 lpm 82 000701080318000000\n");
 }
 
 TEST_F(BlastStateMachine, PowerIsAlwaysASinglePress)

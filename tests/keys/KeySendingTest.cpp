@@ -42,6 +42,32 @@ TEST_F(KeySending, GoesByCecWithoutACodesetOrAReadyBlaster)
     EXPECT_TRUE(keys->GetKeyHistory().empty());
 }
 
+// The path of an end press is that of the state which it finds, not of its press.
+TEST_F(KeySending, AnEndPressThatFindsAnotherStateLeavesTheKeyHeld)
+{
+    Start();
+    Press(85);
+    codesets.SetSendKeyState(SendKeySyncPending);
+    Release();
+    runtime.Advance(320);
+    EXPECT_EQ(effects.Take(),
+              "+0 answer ''\n+0 lpm 80 000701080318ff0000\n"
+              "+0 answer 'CEC key sent'\n+0 lpm 169 value 0 state 1\n"
+              "+120 lpm 80 000100\n+320 lpm 82 000701080318000000\n");
+    codesets.SetSendKeyState(SendKeyReady);
+    Release();
+    runtime.Advance(1000);
+    EXPECT_EQ(effects.Take(), "+0 answer ''\n+0 lpm 80 000100\n");
+
+    codesets.SetSendKeyState(SendKeySyncPending);
+    Press(85);
+    codesets.SetSendKeyState(SendKeyReady);
+    Release();
+    runtime.Advance(1000);
+    EXPECT_EQ(effects.Take(),
+              "+0 answer 'CEC key sent'\n+0 lpm 169 value 85 state 0\n+0 answer ''\n");
+}
+
 TEST_F(KeySending, ForcedBlastIgnoresTheState)
 {
     Start();

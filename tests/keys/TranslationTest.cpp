@@ -3,6 +3,9 @@
 #include "KeyFixture.h"
 
 #include <algorithm>
+#include <map>
+#include <string_view>
+#include <utility>
 
 #include "keys/KeyResolution.h"
 #include "keys/KeyTables.h"
@@ -11,66 +14,83 @@ using namespace TrellanService;
 
 namespace {
 
-struct ClassRow {
+/// The number behind `text` up to anything else; `text` then begins there.
+unsigned TakeNumber(std::string_view& text)
+{
+    unsigned number = 0;
+    for (; !text.empty() && text[0] >= '0' && text[0] <= '9'; text.remove_prefix(1)) {
+        number = number * 10 + static_cast<unsigned>(text[0] - '0');
+    }
+    return number;
+}
+
+/// Columns A C H N T V Y; A stands for A D M R, C for C S. In a cell "17:21 25" is key 21 where bit
+/// 17 is set, else 25; 255 where nothing is left.
+struct ResolutionCells {
     std::uint32_t orluKey;
-    unsigned allHeld[7];  // by column
-    unsigned noneHeld[7];
+    const char* cells[7];
 };
 
 constexpr const char* kColumns[7] = {"ADMR", "CS", "H", "N", "T", "V", "Y"};
-constexpr ClassRow kByClass[] = {
-    {20, {255, 21, 255, 21, 21, 255, 25}, {255, 25, 255, 255, 255, 255, 25}},
-    {26, {25, 25, 25, 25, 25, 25, 25}, {26, 26, 26, 26, 26, 26, 26}},
-    {87, {27, 27, 255, 27, 27, 27, 27}, {255, 255, 255, 255, 255, 255, 255}},
-    {88, {28, 28, 255, 28, 28, 28, 28}, {255, 255, 255, 255, 255, 255, 255}},
-    {89, {255, 100, 255, 100, 100, 255, 31}, {255, 255, 255, 255, 255, 255, 255}},
-    {90, {255, 99, 255, 99, 99, 255, 30}, {255, 255, 255, 255, 255, 255, 255}},
-    {100, {46, 46, 255, 46, 46, 255, 46}, {46, 46, 255, 46, 46, 255, 46}},
-    {140, {2, 2, 2, 2, 2, 2, 2}, {1, 1, 1, 1, 1, 1, 1}},
-    {144, {33, 33, 33, 33, 33, 33, 97}, {33, 255, 33, 33, 255, 33, 255}},
-    {160, {40, 40, 40, 40, 40, 40, 40}, {40, 255, 40, 255, 255, 40, 40}},
-    {182, {255, 96, 255, 255, 72, 255, 98}, {255, 255, 255, 255, 72, 255, 98}},
-    {193, {255, 121, 255, 121, 86, 255, 121}, {255, 255, 255, 255, 255, 255, 255}},
-    {204, {3, 3, 3, 3, 3, 3, 3}, {1, 1, 1, 1, 1, 1, 1}},
-    {224, {42, 42, 42, 42, 42, 42, 42}, {255, 255, 255, 255, 255, 255, 255}},
+constexpr const char* kStop = "26:25 26";
+constexpr const char* kEnter = "1:42 0:19";
+constexpr const char* kOn = "24:2 1";
+constexpr const char* kOff = "25:3 1";
+constexpr ResolutionCells kResolution[] = {
+    {20, {"", "17:21 25", "", "17:21 5:37", "17:21 5:37", "", "25"}},
+    {26, {kStop, kStop, kStop, kStop, kStop, kStop, kStop}},
+    {87,
+     {"23:27 14:31", "23:27 13:100 14:31", "", "23:27 14:31", "23:27 13:100 14:31",
+      "23:27 13:100 14:31", "23:27 13:100 14:31"}},
+    {88,
+     {"22:28 8:30", "22:28 7:99 8:30", "", "22:28 8:30", "22:28 7:99 8:30", "22:28 7:99 8:30",
+      "22:28 7:99 8:30"}},
+    {89, {"", "13:100 14:31", "", "13:100 14:31", "13:100 14:31", "", "14:31 13:100"}},
+    {90, {"", "7:99 8:30", "", "7:99 8:30", "7:99 8:30", "", "8:30 7:99"}},
+    {100, {"46", "46", "", "46", "46", "", "46"}},
+    {140, {kOn, kOn, kOn, kOn, kOn, kOn, kOn}},
+    {144, {"33", "12:33 11:123", "33", "33", "12:33 11:123", "33", "18:97 12:33"}},
+    {160, {"40", "4:40 5:37", "40", "4:40 5:37", "4:40 5:37", "40", "40"}},
+    {182, {"", "2:96 3:105 6:72", "", "", "72", "", "98"}},
+    {193,
+     {"", "9:121 15:87 16:86", "", "9:121 10:98 15:87 16:86", "16:86 9:121 15:87", "",
+      "9:121 15:87 16:86"}},
+    {204, {kOff, kOff, kOff, kOff, kOff, kOff, kOff}},
+    {224, {kEnter, kEnter, kEnter, kEnter, kEnter, kEnter, kEnter}},
 };
 
-TEST(Resolution, FollowsClassAndHeldKeys)
+TEST(Resolution, TakesTheFirstCandidateThatTheCodesetHolds)
 {
-    for (const ClassRow& row : kByClass) {
+    for (const auto& [orluKey, cells] : kResolution) {
         for (std::size_t column = 0; column < std::size(kColumns); ++column) {
-            for (const char letter : std::string(kColumns[column])) {
-                SCOPED_TRACE(testing::Message() << row.orluKey << " " << letter);
+            for (const char letter : std::string_view(kColumns[column])) {
+                SCOPED_TRACE(testing::Message() << orluKey << " " << letter);
                 const std::string codeset = std::string(1, letter) + "0001";
-                EXPECT_EQ(ResolveKey(row.orluKey, codeset, ~0U), row.allHeld[column]);
-                EXPECT_EQ(ResolveKey(row.orluKey, codeset, 0), row.noneHeld[column]);
+                // Each candidate in turn is held by nobody any more, nor is what stands before it.
+                std::uint32_t bits = ~0U;
+                unsigned last = 255;
+                for (std::string_view cell = cells[column]; !cell.empty() && last == 255;) {
+                    const unsigned number = TakeNumber(cell);
+                    if (cell.empty()) {
+                        last = number;
+                        break;
+                    }
+                    cell.remove_prefix(1);
+                    EXPECT_EQ(ResolveKey(orluKey, codeset, bits), TakeNumber(cell));
+                    bits &= ~(1U << number);
+                    cell.remove_prefix(cell.empty() ? 0 : 1);
+                }
+                EXPECT_EQ(ResolveKey(orluKey, codeset, bits), last);
             }
         }
         for (const char* codeset : {"", "t2051", "B0001", "X0001"}) {
-            EXPECT_EQ(ResolveKey(row.orluKey, codeset, ~0U), 255) << codeset;
+            EXPECT_EQ(ResolveKey(orluKey, codeset, ~0U), 255) << codeset;
         }
     }
-    // If the code set lacks the first candidate, the next one is used.
-    constexpr struct {
-        std::uint32_t key;
-        const char* codeset;
-        std::uint32_t bits;
-        unsigned ueiKey;
-    } kRows[] = {
-        {20, "N0001", 0x20, 37},     {87, "A0001", 0x4000, 31},    {87, "C0001", 0x6000, 100},
-        {87, "C0001", 0x4000, 31},   {88, "A0001", 0x100, 30},     {88, "C0001", 0x180, 99},
-        {88, "C0001", 0x100, 30},    {89, "C0001", 0x4000, 31},    {89, "Y0001", 0x2000, 100},
-        {90, "C0001", 0x100, 30},    {90, "Y0001", 0x80, 99},      {144, "C0001", 0x800, 123},
-        {144, "Y0001", 0x1000, 33},  {160, "C0001", 0x20, 37},     {182, "C0001", 0x48, 105},
-        {182, "C0001", 0x40, 72},    {193, "C0001", 0x18000, 87},  {193, "C0001", 0x10000, 86},
-        {193, "N0001", 0x18400, 98}, {193, "N0001", 0x18000, 87},  {193, "N0001", 0x10000, 86},
-        {193, "T0001", 0x8200, 121}, {193, "T0001", 0x8000, 87},   {224, "A0001", 0x1, 19},
-        {193, "T2051", 0, 121},      {193, "T2051", 0x10000, 121}, {193, "T20510", 0, 255},
-        {144, "T2051", 0, 255}};
-    for (const auto& row : kRows) {
-        EXPECT_EQ(ResolveKey(row.key, row.codeset, row.bits), row.ueiKey)
-            << row.key << row.codeset << row.bits;
-    }
+    EXPECT_EQ(ResolveKey(193, "T2051", 0), 121);
+    EXPECT_EQ(ResolveKey(193, "T2051", 1U << 16), 121);
+    EXPECT_EQ(ResolveKey(193, "T20510", 0), 255);
+    EXPECT_EQ(ResolveKey(144, "T2051", 0), 255);
 }
 
 TEST(UEIKeyNames, FollowTheSchemaButForOne)
@@ -92,6 +112,24 @@ TEST(UEIKeyNames, FollowTheSchemaButForOne)
 
 class Translation : public KeyFixture {};
 
+TEST_F(Translation, GivesTheFixedKeyOfEachProductKeyAndNoneForTheOthers)
+{
+    constexpr std::pair<std::uint32_t, unsigned> kFixed[] = {
+        {24, 5},    {25, 4},    {32, 39},   {36, 1},    {44, 1},   {48, 36},  {60, 22},
+        {64, 18},   {65, 9},    {66, 10},   {67, 11},   {68, 12},  {69, 13},  {70, 14},
+        {71, 15},   {72, 16},   {73, 17},   {85, 24},   {86, 26},  {92, 120}, {96, 41},
+        {104, 44},  {105, 43},  {112, 73},  {113, 74},  {114, 75}, {115, 76}, {116, 81},
+        {138, 141}, {139, 142}, {142, 164}, {143, 166}, {154, 51}, {156, 29}, {162, 105},
+        {163, 134}, {164, 161}, {167, 165}, {176, 135}, {192, 38}, {197, 77}, {198, 78},
+        {199, 79},  {200, 80},  {208, 35},  {248, 37}};
+    const std::map<std::uint32_t, unsigned> fixed(std::begin(kFixed), std::end(kFixed));
+    Start();
+    for (std::uint32_t key = 0; key < 256; ++key) {
+        const auto row = fixed.find(key);
+        EXPECT_EQ(keys->TranslateOrluToUEI(key, ""), row == fixed.end() ? 255 : row->second) << key;
+    }
+}
+
 TEST_F(Translation, ReadsTheCodesetsKeys)
 {
     Start();
@@ -102,11 +140,10 @@ TEST_F(Translation, ReadsTheCodesetsKeys)
     };
     Learn("C0123", "\x19\x15");
     constexpr Row kRows[] = {
-        {85, "C0123", 24},          {163, "C0123", 134}, {248, "C0123", 37}, {24, "C0123", 5},
-        {26, "C0123", 25},          {26, "C0001", 26},   {20, "C0123", 21},  {20, "C0001", 25},
-        {140, "C0123", 1},          {36, "C0123", 1},    {36, "", 1},        {36, "c0123", 1},
-        {26, "c0123", 255},         {3, "C0123", 255},   {292, "C0123", 1},  // 256 and 36
-        {282, "C0123", 255},                                                 // 256 and 26
+        {85, "C0123", 24},          {26, "C0123", 25}, {26, "C0001", 26},
+        {20, "C0123", 21},          {20, "C0001", 25}, {140, "C0123", 1},
+        {26, "c0123", 255},         {292, "C0123", 1},  // 256 and 36
+        {282, "C0123", 255},                            // 256 and 26
         {0xFFFFFFFF, "C0123", 255},
     };
     for (const Row& row : kRows) {

@@ -166,7 +166,15 @@ TEST_F(RouterTest, MessagesOfEachSizeArriveWholeButForThoseBeyondAFrame)
         m_runtime.RunUntilIdle();
         EXPECT_EQ(Effects(), "asked " + text + "\nanswer " + text + "\n");
     }
-    EXPECT_FALSE(Ask(1, std::string(Orlu::Limits::kFrameBytes, 'x')));
+    const std::string tooLarge(Orlu::Limits::kFrameBytes, 'x');
+    EXPECT_FALSE(Ask(1, tooLarge));
+    IPCMessageEnvelope reply;
+    reply.set_payload(tooLarge);
+    EXPECT_FALSE(m_server->Reply(7, reply, 1));
+    EXPECT_FALSE(m_server->ReplyMessage(8, reply, 1));
+    EXPECT_EQ(Effects(),
+              "2 server: a reply with id 7 is too large, or its reader too far behind\n"
+              "2 server: a reply with id 8 is too large, or its reader too far behind\n");
 }
 
 TEST_F(RouterTest, UnansweredRequestsAreBounded)

@@ -63,6 +63,18 @@ TEST_F(TimerTest, ABlockedTaskDoesNotReplayMissedTicks)
     EXPECT_EQ(m_effects.Take(), "+1000 tick\n+56000 tick\n+56900 tick\n+57900 tick\n");
 }
 
+TEST_F(TimerTest, StoppedInItsOwnCallbackItCountsFromNow)
+{
+    const auto timer = MakeTimer(10);
+    timer->Start([this, &timer] {
+        StandStill(7);
+        timer->Stop();
+        timer->Start([this] { m_effects.Add("from now"); });
+    });
+    m_runtime.Advance(100);
+    EXPECT_EQ(m_effects.Take(), "+27 from now\n");
+}
+
 TEST_F(TimerTest, NoCallComesAfterStop)
 {
     const auto first = MakeTimer(10);

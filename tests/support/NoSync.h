@@ -14,6 +14,7 @@ public:
     }
     void ResetBlaster(const AsyncCallback<std::string>&) override {}
     void GetBlasterKeyMap(const std::string&, const AsyncCallback<std::string>&) override {}
+    void EndBurst() override {}
     NotifyTargetTaskIF* BlasterTask() override { return task; }
 
     NotifyTargetTaskIF* task = nullptr;

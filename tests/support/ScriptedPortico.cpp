@@ -144,14 +144,14 @@ void ScriptedPortico::UpdateInterests()
     }
 }
 
-std::shared_ptr<PorticoClientIF> PorticoClient::Create(const std::string& name, const std::string&,
-                                                       std::uint16_t, const std::string&,
-                                                       const std::string&,
+std::shared_ptr<PorticoClientIF> PorticoClient::Create(const std::string& name,
+                                                       const std::string& host, std::uint16_t port,
+                                                       const std::string&, const std::string&,
                                                        const OnConnected& connected,
                                                        const OnFailure&,
                                                        const Portico::CommonClientCreationInfo&)
 {
-    theApi->m_clients += name + "\n";
+    theApi->m_clients += name + " " + host + ":" + std::to_string(port) + "\n";
     if (connected) {
         connected();
     }

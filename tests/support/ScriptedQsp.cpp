@@ -126,7 +126,10 @@ const char* ScriptedQsp::Text(std::string_view function)
         return m_text.c_str();
     }
     const auto found = texts.find(function);
-    return found == texts.end() ? "" : found->second.c_str();
+    if (found == texts.end()) {
+        return "";
+    }
+    return found->second == kNull ? nullptr : found->second.c_str();
 }
 
 int QSP_stop()

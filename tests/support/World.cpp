@@ -4,6 +4,8 @@
 
 #include <filesystem>
 
+#include <gtest/gtest.h>
+
 #include "datacollection/DataCollectionClient.h"
 #include "orlu/MfgData.h"
 
@@ -20,13 +22,13 @@ World::~World()
 
 void World::Start()
 {
-    service.Manager().CreateAllTasks();
+    EXPECT_TRUE(service.Manager().CreateAllTasks());
     service.Manager().StartAllTasks();
     runtime.RunUntilIdle();
     effects.Take();
 }
 
-void World::KnowProduct()
+void World::PutProductValues()
 {
     std::filesystem::create_directories(root.Path() + kStaging);
     portico.Put("/payload/cfg", std::string(R"({"stagingDirectory":")") + kStaging + "\"}");

@@ -203,6 +203,14 @@ TEST_F(GuidedTest, AResponseEndsAsTheLibrarySays)
         EXPECT_TRUE(seen.ends_with(std::string("+0 active ") + row.answer + "\n")) << seen;
         EXPECT_EQ(TakeLog(), row.log);
     }
+    // A name that is null behind a success counts as none.
+    qsp.textLists.clear();
+    qsp.texts["osm_get_current_codeset_name"] = ScriptedQsp::kNull;
+    qsp.results.clear();
+    qsp.numbers["osm_report_test_result"] = {1};
+    Respond(true);
+    TakeLog();
+    EXPECT_TRUE(Respond(true).starts_with("+0 active LAST_RESULT_ERROR"));
     EXPECT_EQ(engine.OSMCancel(), 0);
     TakeLog();
     EXPECT_EQ(Respond(true), "+0 LAST_RESULT_ERROR  0 of 0, 0 keys, next O_KEY_INVALID\n");

@@ -1,0 +1,15 @@
+# cmake -P Protoc.cmake PROTOC ARGUMENT…: runs protoc. Its warning of enum names that differ by case
+# only is dropped: the key names of the schema are given, and C++ tells them apart.
+math(EXPR last "${CMAKE_ARGC} - 1")
+set(command)
+foreach(i RANGE 3 ${last})
+  list(APPEND command "${CMAKE_ARGV${i}}")
+endforeach()
+execute_process(COMMAND ${command} RESULT_VARIABLE result ERROR_VARIABLE said)
+string(REGEX REPLACE "[^\n]*has the same name as [^\n]* if you ignore case[^\n]*\n" "" said "${said}")
+if(NOT said STREQUAL "")
+  message(NOTICE "${said}")
+endif()
+if(NOT result EQUAL 0)
+  message(FATAL_ERROR "protoc: ${result}")
+endif()
