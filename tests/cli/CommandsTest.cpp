@@ -272,7 +272,7 @@ TEST_F(Commands, LookDevicesUp)
 {
     m_world.qsp.lists["discover_device_info_get"] = {"TV", "Acme", "T0001"};
     m_world.qsp.texts["get_version_string"] = "7.5";
-    m_world.KnowProduct();
+    m_world.PutProductValues();
     Run();
     EXPECT_EQ(Type({"trs", "find_cec_dev", "4", "57489", "My TV", "more"}),
               "KNOWN: Found deviceType:TV Brand:Acme Codeset:T0001\n"

@@ -28,7 +28,7 @@ protected:
         m_world.qsp.binaries = {{"T2051", "tv"}, {"S0456", "box"}};
         m_world.lpm.Reply(kKeyMapCommand, std::string("\x03\0\x01\x13", 4));
         m_world.Start();
-        m_world.KnowProduct();
+        m_world.PutProductValues();
         m_client.emplace(m_world.effects, "client");
         m_world.runtime.Advance(1000);
         m_world.effects.Take();

@@ -33,7 +33,7 @@ protected:
     {
         m_world.portico.Put("/data/udc", R"({"delivered":true})");
         m_world.portico.Put("/data/udc/state", R"({"ServiceStatus":"DATACOLLECTION_ENABLE"})");
-        m_world.KnowProduct();
+        m_world.PutProductValues();
         Advance(1000);
         m_world.TakeLog();
     }

@@ -47,7 +47,7 @@ TEST_F(Readiness, RegistersItsResourcesAndRequestsTheProducts)
     EXPECT_THAT(m_world.portico.Clients(),
                 testing::MatchesRegex("TrellanService localhost:8084\n"
                                       "datacollection[0-9]+-[0-9]+ localhost:8084\n"));
-    m_world.KnowProduct();
+    m_world.PutProductValues();
     EXPECT_EQ(Effects(),
               "+0 portico GET /payload/cfg\n"
               "+0 portico GET /system/info\n"

@@ -42,10 +42,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     static const TemporaryRoot root;
     DPrint::SetLevel(0);
-    boost::asio::io_context context;
+    boost::asio::io_context loop;
     Resources resources;
     EventStreams events;
-    PublishedFiles files(context);
+    PublishedFiles files(loop);
     const WebFolder web(root.Path());
     EventLog log;
     Product product(resources, files, log, root.Path());
@@ -57,16 +57,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (socketpair(AF_UNIX, SOCK_STREAM, 0, pair.data()) != 0) {
         return 0;
     }
-    ServeConnection(Socket(context, Protocol::v4(), pair[0]), std::make_shared<int>(0), context);
+    ServeConnection(Socket(loop, Protocol::v4(), pair[0]), std::make_shared<int>(0), context);
     const std::size_t half = size == 0 ? 0 : data[0] % size;
     for (const auto& [from, to] : {std::pair(std::size_t{0}, half), std::pair(half, size)}) {
         send(pair[1], data + from, to - from, MSG_DONTWAIT | MSG_NOSIGNAL);
-        context.restart();
-        context.poll();
+        loop.restart();
+        loop.poll();
     }
     RequireAnswer(pair[1]);
     close(pair[1]);
-    context.restart();
-    context.poll();
+    loop.restart();
+    loop.poll();
     return 0;
 }

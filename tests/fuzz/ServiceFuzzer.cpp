@@ -117,7 +117,7 @@ public:
                              {"get_model_name", {"M1"}}};
         m_world.Start();
         m_world.portico.Put("/system/sources", R"({"sources": []})");
-        m_world.KnowProduct();
+        m_world.PutProductValues();
         m_client = std::make_unique<Wire>("TrellanService");
         m_console = std::make_unique<Wire>("TrellanServiceCommandLineClient");
         m_world.runtime.Advance(2000);

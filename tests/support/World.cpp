@@ -28,7 +28,7 @@ void World::Start()
     effects.Take();
 }
 
-void World::KnowProduct()
+void World::PutProductValues()
 {
     std::filesystem::create_directories(root.Path() + kStaging);
     portico.Put("/payload/cfg", std::string(R"({"stagingDirectory":")") + kStaging + "\"}");

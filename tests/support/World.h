@@ -29,7 +29,7 @@ public:
     /// Makes the product's resources ready: one with the serial number A1234, its network up and a
     /// staging folder at `kStaging`. That starts the engine; a second later the cloud counts as
     /// connected.
-    void KnowProduct();
+    void PutProductValues();
     static constexpr const char* kStaging = "/mnt/nv/payload";
 
     /// Lines of the service's log since the last call, "<level> <logger>: <text>" each.
