@@ -89,7 +89,7 @@ void KeyRun::Rest()
     m_lpm.Follow(R"({"replies": []})");
     m_checker.PermitNone(Now());
     m_keys.m_allowContinuous = false;
-    m_codesets.SetSendKeyState(TrellanService::SendKeyReady);
+    SetReady(true);
     Wait(kRestMs);
     Release();
     Wait(kRestMs);
@@ -198,8 +198,13 @@ void KeyRun::ChangeLpm()
 /// A sync begins or ends: the path of the end press may not be that of its press.
 void KeyRun::ChangeState()
 {
-    m_codesets.SetSendKeyState(Draw(2) == 0 ? TrellanService::SendKeySyncPending
-                                            : TrellanService::SendKeyReady);
+    SetReady(Draw(2) == 0);
+}
+
+void KeyRun::SetReady(bool isReady)
+{
+    m_codesets.SetSendKeyState(isReady ? TrellanService::SendKeyReady
+                                       : TrellanService::SendKeySyncPending);
 }
 
 void KeyRun::ChangePermission()

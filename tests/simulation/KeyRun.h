@@ -46,6 +46,8 @@ public:
     void PressOnce(std::uint32_t key);
     void Release();
     void Wait(std::uint32_t ms);
+    /// Not ready: as while a sync runs, in which keys go by CEC.
+    void SetReady(bool isReady);
     TrellanService::Trellan_ServiceKeyHandler& Keys() { return m_keys; }
 
 private:

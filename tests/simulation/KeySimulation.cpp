@@ -121,6 +121,21 @@ void HoldPermitted(KeyRun& run)
     Hold(run);
 }
 
+/// The end press finds a sync under way, and goes by CEC.
+void ReleaseInASync(KeyRun& run)
+{
+    run.Press(kKey);
+    run.SetReady(false);
+    run.Release();
+    run.Wait(kTenSeconds);
+}
+
+void ReleasePermittedInASync(KeyRun& run)
+{
+    run.Keys().m_allowContinuous = true;
+    ReleaseInASync(run);
+}
+
 void HoldWithoutDelay(KeyRun& run)
 {
     run.Keys().SetKeyDelay(0, 120);
@@ -144,6 +159,8 @@ void PrintAllowed()
         {"20 presses at once every 121 ms", &PressInBatches},
         {"a single press every 50 ms", &PressSingly},
         {"a key that may go on is held and never released", &HoldPermitted},
+        {"a key is released while a sync runs", &ReleaseInASync},
+        {"a key that may go on is released while a sync runs", &ReleasePermittedInASync},
         {"a key is held, key delay 0", &HoldWithoutDelay},
         {"a key is held, maximum blast time 4294967295", &HoldUnbounded},
     };
