@@ -6,16 +6,15 @@
 #include "orlu/Limits.h"
 #include "orlu/StrictJson.h"
 #include "portico/ConnectionContext.h"
+#include "portico/LinkChannel.h"
 #include "portico/LinkMessage.h"
 #include "portico/Resources.h"
 
 #include <boost/asio/steady_timer.hpp>
-#include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/websocket/rfc6455.hpp>
 #include <boost/beast/websocket/stream.hpp>
 
 #include <chrono>
-#include <deque>
 #include <map>
 #include <utility>
 
@@ -35,54 +34,44 @@ constexpr DPrint kLog("PorticoServer");
 class LinkSession : public std::enable_shared_from_this<LinkSession> {
 public:
     LinkSession(Socket socket, HttpRequest request, Share share, const ConnectionContext& context)
-        : m_stream(std::move(socket)),
-          m_timer(m_stream.get_executor()),
+        : m_channel(std::make_shared<Portico::LinkChannel>(Portico::LinkStream(std::move(socket)),
+                                                           "it does not read")),
+          m_timer(m_channel->Stream().get_executor()),
           m_request(std::move(request)),
           m_share(std::move(share)),
           m_resources(context.resources),
           m_timeouts(context.timeouts)
     {
-        m_stream.set_option({m_timeouts.request, websocket::stream_base::none(), false});
-        m_stream.read_message_max(Limits::kFrameBytes);
-        m_stream.text(true);
+        m_channel->Stream().set_option({m_timeouts.request, websocket::stream_base::none(), false});
     }
 
     void Accept()
     {
-        m_stream.async_accept(m_request, [self = shared_from_this()](beast::error_code error) {
-            if (!error) {
-                self->Read();
-            }
-        });
+        m_channel->Stream().async_accept(m_request,
+                                         [self = shared_from_this()](beast::error_code error) {
+                                             if (!error) {
+                                                 self->Start();
+                                             }
+                                         });
     }
 
 private:
-    void Read()
+    /// The channel holds the session from here on, until one of the two ends the link.
+    void Start()
     {
-        m_stream.async_read(m_buffer,
-                            [self = shared_from_this()](beast::error_code error, std::size_t) {
-                                self->OnRead(error);
-                            });
+        const auto self = shared_from_this();
+        m_channel->Start({.message = [self](std::string_view bytes,
+                                            bool isText) { self->TakeText(bytes, isText); },
+                          .down =
+                              [self](const std::string& why) {
+                                  self->End(why);
+                              }});
     }
 
-    void OnRead(beast::error_code error)
-    {
-        if (error) {
-            End(error.message());
-            return;
-        }
-        const auto bytes = m_buffer.cdata();
-        TakeText({static_cast<const char*>(bytes.data()), bytes.size()});
-        m_buffer.consume(m_buffer.size());
-        if (!m_hasEnded) {
-            Read();
-        }
-    }
-
-    void TakeText(std::string_view text)
+    void TakeText(std::string_view text, bool isText)
     {
         std::string why = "a binary message";
-        auto message = m_stream.got_text() ? Portico::ReadLinkMessage(text, why) : std::nullopt;
+        auto message = isText ? Portico::ReadLinkMessage(text, why) : std::nullopt;
         const bool isHello = message && message->type == LinkMessage::Type::kHello;
         if (message && isHello == m_name.empty()) {
             Dispatch(std::move(*message));
@@ -239,54 +228,15 @@ private:
         }
     }
 
-    void Send(const LinkMessage& message)
-    {
-        m_queue.push_back(Portico::WriteLinkMessage(message));
-        m_waiting += m_queue.back().size();
-        if (m_waiting > Limits::kSendQueueBytes) {
-            m_queue.pop_back();
-            m_why = "it does not read";
-            CloseSocket();
-        } else if (m_queue.size() == 1) {
-            Write();
-        }
-    }
-
-    void Write()
-    {
-        m_stream.async_write(asio::buffer(m_queue.front()),
-                             [self = shared_from_this()](beast::error_code error, std::size_t) {
-                                 self->OnWritten(error);
-                             });
-    }
-
-    void OnWritten(beast::error_code error)
-    {
-        // The read that is always under way tells of the end.
-        if (error) {
-            return;
-        }
-        m_waiting -= m_queue.front().size();
-        m_queue.pop_front();
-        if (!m_queue.empty()) {
-            Write();
-        }
-    }
-
-    void CloseSocket()
-    {
-        beast::error_code ignored;
-        m_stream.next_layer().close(ignored);
-    }
+    void Send(const LinkMessage& message) { m_channel->Send(Portico::WriteLinkMessage(message)); }
 
     void End(const std::string& why)
     {
         if (std::exchange(m_hasEnded, true)) {
             return;
         }
-        kLog.Log(2, "{}: link lost: {}", m_name.empty() ? "?" : m_name,
-                 m_why.empty() ? why : m_why);
-        CloseSocket();
+        kLog.Log(2, "{}: link lost: {}", m_name.empty() ? "?" : m_name, why);
+        m_channel->Close();
         m_timer.cancel();
         m_resources.WithdrawAll(this);
         for (auto& [id, pending] : std::exchange(m_pending, {})) {
@@ -327,18 +277,13 @@ private:
         Clock::time_point due;
     };
 
-    // Without the compression that nobody needs on one machine.
-    websocket::stream<Socket, false> m_stream;
+    const std::shared_ptr<Portico::LinkChannel> m_channel;
     asio::steady_timer m_timer;
     const HttpRequest m_request;
     const Share m_share;
     Resources& m_resources;
     const Timeouts m_timeouts;
     std::string m_name;  ///< Empty until hello.
-    std::string m_why;
-    beast::flat_buffer m_buffer;
-    std::deque<std::string> m_queue;
-    std::size_t m_waiting = 0;
     std::size_t m_registered = 0;
     std::map<std::uint64_t, Pending> m_pending;  ///< By id, so by time.
     std::uint64_t m_lastId = 0;
