@@ -3,6 +3,7 @@
 #include "cloud/Options.h"
 
 #include "common/CommandLine.h"
+#include "common/ServerProgram.h"
 
 #include <CLI/CLI.hpp>
 
@@ -13,10 +14,7 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv, int& exit
     Options options;
     CLI::App app("The vendor's cloud: devices, brands, models and code sets", "UeiCloud");
     app.set_version_flag("--version", std::string("UeiCloud ") + TRELLAN_VERSION);
-    app.add_option("--port", options.port,
-                   "Of the loopback address; 0: a free one, said as `port N`")
-        ->capture_default_str()
-        ->type_name("PORT");
+    Peers::AddPortOption(app, options.port);
     app.add_option("--catalogue", options.catalogue, "In place of the small one beside the program")
         ->type_name("FILE");
     app.add_option("--script", options.script, "Answer otherwise than normal: {\"replies\": [...]}")

@@ -4,25 +4,17 @@
 #include "cloud/CloudService.h"
 #include "cloud/HttpServer.h"
 #include "cloud/Options.h"
-#include "orlu/Process.h"
+#include "common/ServerProgram.h"
 #include "orlu/SystemUtils.h"
 
 #include <boost/asio/io_context.hpp>
-#include <boost/asio/signal_set.hpp>
 
-#include <csignal>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <utility>
 
 namespace {
 
-int Fail(const std::string& why)
-{
-    std::fprintf(stderr, "UeiCloud: %s\n", why.c_str());
-    return 1;
-}
+constexpr const char* kProgram = "UeiCloud";
 
 /// Beside the folder bin: where it was installed, else where it was built.
 std::string OwnCatalogue()
@@ -41,33 +33,24 @@ int Serve(const Cloud::Options& options)
     std::string why;
     const auto catalogue = Cloud::Catalogue::Open(path, why);
     if (!catalogue) {
-        return Fail(path + ": " + why);
+        return Peers::Fail(kProgram, path + ": " + why);
     }
     Cloud::ReplyScript script;
     if (!options.script.empty()) {
         const auto text = SystemUtils::ReadFile(options.script);
         if (!text) {
-            return Fail(options.script + ": it cannot be read");
+            return Peers::Fail(kProgram, options.script + ": it cannot be read");
         }
         if (!script.Load(*text, why)) {
-            return Fail(options.script + ": " + why);
+            return Peers::Fail(kProgram, options.script + ": " + why);
         }
     }
     Cloud::CloudService service(*catalogue, std::move(script));
     boost::asio::io_context context(1);
-    boost::asio::signal_set signals(context, SIGINT, SIGTERM);
-    signals.async_wait([&context](boost::system::error_code, int) { context.stop(); });
     Cloud::HttpServer server(context, service);
-    const auto port = server.Listen(options.port, why);
-    if (!port) {
-        return Fail(why);
-    }
-    if (options.port == 0) {
-        std::printf("port %u\n", static_cast<unsigned>(*port));
-    }
-    Orlu::SayReady();
-    context.run();
-    return 0;
+    return Peers::RunServer(kProgram, context, options.port, [&](std::string& reason) {
+        return server.Listen(options.port, reason);
+    });
 }
 
 }  // namespace
@@ -80,8 +63,6 @@ int main(int argc, char** argv)
     if (!options) {
         return exitCode;
     }
-    // Paths on a command line mean what they say, in whatever root a product is running.
-    unsetenv("ORLU_ROOT");
-    std::signal(SIGPIPE, SIG_IGN);
+    Peers::PrepareServer();
     return Serve(*options);
 }

@@ -3,6 +3,7 @@
 #include "portico/Options.h"
 
 #include "common/CommandLine.h"
+#include "common/ServerProgram.h"
 
 #include <CLI/CLI.hpp>
 
@@ -13,10 +14,7 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv, int& exit
     Options options;
     CLI::App app("The product's local API", "PorticoServer");
     app.set_version_flag("--version", std::string("PorticoServer ") + TRELLAN_VERSION);
-    app.add_option("--port", options.port,
-                   "Of the loopback address; 0: a free one, said as `port N`")
-        ->capture_default_str()
-        ->type_name("PORT");
+    Peers::AddPortOption(app, options.port);
     app.add_option("--resources", options.resources,
                    "First values of the product's resources: {\"/network/status\": {...}, ...}; "
                    "null: not ready")
