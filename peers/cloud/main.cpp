@@ -48,9 +48,9 @@ int Serve(const Cloud::Options& options)
     Cloud::CloudService service(*catalogue, std::move(script));
     boost::asio::io_context context(1);
     Cloud::HttpServer server(context, service);
-    return Peers::RunServer(kProgram, context, options.port, [&](std::string& reason) {
-        return server.Listen(options.port, reason);
-    });
+    return Peers::RunServer(
+        kProgram, context, options.port,
+        [&server, &options](std::string& reason) { return server.Listen(options.port, reason); });
 }
 
 }  // namespace

@@ -17,6 +17,7 @@ TRUTH = re.compile(r"\b(true|false)\b")
 STATEMENT = re.compile(r"(?:\+\+|--|\*)?[A-Za-z_][\w:]*(?:<[\w:, ]+>)?(?:\([^;{}]*\)|\[[^;{}]*\]|->\w+|\.\w+)*\s*"
                        r"(?:[-+|&]?=(?!=)[^;]*|\+\+|--)?;", re.DOTALL)
 PURE = re.compile(r"\)(?: const)? = $")
+DELETED = re.compile(r"= (delete|default);$")
 NO_STATEMENT = re.compile(r"(return|using|delete|case|default|static_assert|break|continue|goto|throw|public|private|"
                           r"namespace|typedef|extern|friend|template)\b")
 LOG_CALL = re.compile(r"\b(?:k\w*Log(?:ger)?|FaultLog|m_log)\b(?:\.|->)?(?:Put|Log|Prefix)?\(")
@@ -49,7 +50,7 @@ def statements(code):
     for match in re.finditer(r"(?<=[;{}])\s*\n\s+(?=[A-Za-z_+*-])", code):
         begin = match.end()
         found = STATEMENT.match(code, begin)
-        if found and not NO_STATEMENT.match(code, begin):
+        if found and not NO_STATEMENT.match(code, begin) and not DELETED.search(found[0]):
             yield begin, found.end()
 
 
