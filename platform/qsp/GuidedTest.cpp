@@ -91,7 +91,7 @@ GuidedTest::Status GuidedTest::Report(bool worked)
         const bool sends = one.Sends(*m_question);
         one.tested = one.tested || sends;
         one.worked = one.worked || (sends && worked);
-        // A device that reacts to one light does not react to another for the same key.
+        // A device that reacts to one signal does not react to another for the same key.
         one.against += sends != worked ? 1 : 0;
     }
     Choose();
@@ -180,7 +180,7 @@ bool GuidedTest::IsExhausted(const Class& one) const
                        [this](std::size_t question) { return m_questions[question].asked; });
 }
 
-/// All code sets with an answer against them together are lighter than one without.
+/// All code sets with an answer against them together weigh less than one without.
 std::uint64_t GuidedTest::Mass(const Class& one) const
 {
     return one.weight * (one.against == 0 ? m_totalWeight + 1 : 1);

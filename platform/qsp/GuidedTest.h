@@ -15,12 +15,12 @@ namespace QSP {
 /// The order of questions of one guided test: which key of which code set the user tries next, so
 /// that the right code set is found by few answers, and for sure even if one of them was wrong.
 ///
-/// A question is a light: a key with a signal number. An answer counts against the code sets that
+/// A question is a signal: a key with a signal number. An answer counts against the code sets that
 /// contradict it; two such answers drop a code set, one only puts it behind the others. The test is
-/// over when those left send the same light for every key. Does no input or output.
+/// over when those left send the same signal for every key. Does no input or output.
 class GuidedTest {
 public:
-    /// A UEI key number, and the number of the light it sends; equal numbers, equal lights.
+    /// A UEI key number, and the number of the signal it sends; equal numbers, equal signals.
     using Signal = std::pair<std::uint32_t, std::uint32_t>;
 
     struct Candidate {
@@ -49,7 +49,7 @@ public:
 
     /// Distinct keys of all candidates.
     std::uint32_t KeysTotal() const;
-    /// Code sets that differ in a light.
+    /// Code sets that differ in a signal.
     std::uint32_t CodesetsTotal() const { return static_cast<std::uint32_t>(m_classes.size()); }
     /// Those of them that a question so far was about.
     std::uint32_t CodesetsTested() const;
@@ -57,7 +57,7 @@ public:
     std::uint32_t QuestionsAtMost() const { return 2 * CodesetsTotal(); }
 
 private:
-    /// Code sets that send the same light for each key.
+    /// Code sets that send the same signal for each key.
     struct Class {
         std::string name;
         std::uint64_t weight;

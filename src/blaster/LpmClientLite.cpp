@@ -169,6 +169,7 @@ void LpmClientLite::SendBulkDataTimed(const BulkNotifyData_t& message,
 bool LpmClientLite::Deadline::Pass()
 {
     timer->Stop();
+    // Reply and timeout may both be due now; the first one to ask wins.
     return !std::exchange(passed, true);
 }
 
@@ -176,6 +177,7 @@ void LpmClientLite::StartDeadline(const std::shared_ptr<Deadline>& deadline, std
                                   const LpmTimedOut& timedOut)
 {
     deadline->timer->Start([deadline, id, timedOut] {
+        // A reply that arrives after the timeout must not call the callback too.
         deadline->request.Disconnect();
         if (deadline->Pass() && timedOut) {
             timedOut(id);

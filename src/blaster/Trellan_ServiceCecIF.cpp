@@ -40,6 +40,7 @@ void Trellan_ServiceCecIF::LogReturned() const
 void Trellan_ServiceCecIF::Initialize()
 {
     kLog.Put(6, __PRETTY_FUNCTION__);
+    // A connection of its own, over which LpmService sends the messages of the CEC bus.
     m_client = CreateLpmClient("TRSCecIF", m_task);
     m_client->Connect([](const bool& connected) {
         kLog.Put(3, connected ? "TRS CEC IF connected" : "TRS CEC IF not connected");

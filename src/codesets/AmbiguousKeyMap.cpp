@@ -27,6 +27,7 @@ void Trellan_ServiceCodesetHandler::CalculateAmbiguousKeyMap(std::string_view an
 {
     const auto found = m_position ? m_codesets.find(*m_position) : m_codesets.end();
     if (found == m_codesets.end()) {
+        // A source list has removed the entry while the blaster answered.
         return;
     }
     auto& [name, entry] = *found;

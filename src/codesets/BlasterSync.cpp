@@ -26,7 +26,9 @@ bool Trellan_ServiceCodesetHandler::syncCodesets()
     }
     kCodesetLog.Put(3, "Syncing blaster codesets to source list codesets");
     kCodesetLog.Put(3, "Resetting the blaster");
+    // The client learns of the sync before its first step, so that it never gets the end alone.
     m_server.NotifyBlasterSyncComplete(false);
+    // From here on the answers of an earlier sync are ignored: see `OfThisSync`.
     ++m_syncs;
     m_sync.ResetBlaster(AsyncCallback<std::string>(
         OfThisSync(&Trellan_ServiceCodesetHandler::BlasterReset), m_sync.BlasterTask()));
@@ -48,6 +50,7 @@ bool Trellan_ServiceCodesetHandler::RestartedByAbort()
     if (!m_abortSync) {
         return false;
     }
+    // Cleared first: the new sync reads the list as it stands now.
     m_abortSync = false;
     syncCodesets();
     return true;
@@ -59,6 +62,8 @@ void Trellan_ServiceCodesetHandler::LoadCodesetsInBlaster()
         return;
     }
     if (!m_position) {
+        // The blaster has all code sets. Their keys are read back from it, because only the blaster
+        // knows what it can send.
         kCodesetLog.Put(3, "Done loading codesets");
         Rewind();
         GetAmbiguousKeyMap();
@@ -88,7 +93,11 @@ void Trellan_ServiceCodesetHandler::GetAmbiguousKeyMap()
     if (!m_position) {
         kCodesetLog.Put(3, "Done storing ambiguous key bit maps");
         AddWhiteListStatus();
+        // After the whitelist: the first key may come as soon as the state is ready, and must find
+        // whether it may go on without a pause.
         SetSendKeyState(SendKeyReady);
+        // The file is written last. A process that dies before finds an older list, and syncs
+        // again.
         StoreCodesetConfig();
         m_server.NotifyBlasterSyncComplete(true);
         return;
@@ -120,6 +129,7 @@ void Trellan_ServiceCodesetHandler::PlaceAt(CodesetMap::const_iterator entry)
 void Trellan_ServiceCodesetHandler::Advance()
 {
     if (m_position) {
+        // By name, not by iterator: a source list may have erased the entry meanwhile.
         PlaceAt(m_codesets.upper_bound(*m_position));
     }
 }

@@ -52,6 +52,8 @@ void Trellan_ServiceCodesetHandler::InitCodesetMap()
     m_initialized = true;
     const auto text = SystemUtils::ReadFile(path);
     if (!text || !ReadEntries(*text)) {
+        // Half a file is worse than none: an empty map leads to a sync, a partial one to missing
+        // keys.
         m_codesets.clear();
     }
 }
@@ -66,6 +68,7 @@ bool Trellan_ServiceCodesetHandler::ReadEntries(const std::string& text)
         return false;
     }
     for (const CodesetConfig::CodesetEntry& element : config.codesets()) {
+        // A name alone does not say what the blaster holds. The next source list loads it again.
         if (!element.has_details()) {
             continue;
         }

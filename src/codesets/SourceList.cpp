@@ -16,11 +16,14 @@ void Trellan_ServiceCodesetHandler::HandlePCSourceList(const SrcCiCodeMessage_t&
         case SendKeyStartup:
             if (!compareCodesets(sourceList)) {
                 FollowChangedList(sourceList);
+                // Without the cloud the sync waits for the cloud timer, which starts it once the
+                // cloud is found.
                 if (m_server.IsCloudConnected()) {
                     syncCodesets();
                 }
                 break;
             }
+            // The store says that the blaster still holds these code sets, so no sync is needed.
             AddWhiteListStatus();
             SetSendKeyState(SendKeyReady);
             break;
@@ -30,14 +33,17 @@ void Trellan_ServiceCodesetHandler::HandlePCSourceList(const SrcCiCodeMessage_t&
                 syncCodesets();
                 break;
             }
+            // The client waits for the end of a sync, although there is none.
             m_server.NotifyBlasterSyncComplete(true);
             break;
+        // The blaster belongs to the guided test, whose end starts a sync with this list.
         case SendKeyOSM:
             cacheCodesets(sourceList);
             break;
         case SendKeySyncPending:
             if (m_server.IsCloudConnected()) {
                 kCodesetLog.Put(3, "aborting current codeset sync");
+                // A step of the running sync cannot be taken back; its answer restarts the sync.
                 m_abortSync = true;
             }
             cacheCodesets(sourceList);
@@ -67,9 +73,12 @@ void Trellan_ServiceCodesetHandler::cacheCodesets(const SrcCiCodeMessage_t& sour
 {
     kCodesetLog.Put(3, "setting trs codeset map to match the source list codesets");
     const std::set<std::string_view> wanted(sourceList.cicode().begin(), sourceList.cicode().end());
+    // Entries that stay keep their key map and checksum: a new list often changes one code set
+    // only.
     std::erase_if(m_codesets, [&wanted](const auto& row) { return !wanted.contains(row.first); });
     for (const std::string& name : sourceList.cicode()) {
         std::uint16_t devNum = 0;
+        // A name without a device number cannot be loaded, and would end every sync.
         if (name.empty() || m_codesets.contains(name) || !devStringTodevNum(name, devNum)) {
             continue;
         }

@@ -24,6 +24,7 @@ bool ReadWhiteList(const std::string& path, WhiteList::WhiteList& list)
     const auto text = SystemUtils::ReadFile(path);
     if (!text) {
         kCodesetLog.Log(1, "Failed to load whitelist file {}", path);
+        // Every code set then loses its permission below, which is the safe side.
         return true;
     }
     try {
@@ -59,6 +60,7 @@ void Trellan_ServiceCodesetHandler::AddWhiteListStatus()
     const std::string path = std::string(kWhiteListDirectory) + kWhiteListFile;
     kCodesetLog.Log(3, "WhiteList file is {}", path);
     WhiteList::WhiteList list;
+    // A damaged file leaves the permissions of the store as they are.
     if (!ReadWhiteList(path, list)) {
         return;
     }

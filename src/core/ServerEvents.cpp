@@ -18,6 +18,7 @@ void Trellan_Server::setCloudConnected(bool connected)
 {
     if (connected) {
         kServerLog.Put(3, "Wait for UEI cloud to resolve host names");
+        // The network is up before names can be resolved, so the first attempt waits a second.
         m_cloudConnectTimer->SetTimeouts(kCloudConnectPeriodMs, kCloudConnectPeriodMs);
         m_cloudConnectTimer->Start([this] { TickCloudConnect(); });
         return;
@@ -32,6 +33,7 @@ void Trellan_Server::TickCloudConnect()
 {
     Trellan_ServiceCodesetHandler& codesets = m_neighbours.CodesetHandler();
     if (codesets.GetSendKeyState() == SendKeySyncPending && !codesets.syncCodesets()) {
+        // No sync could start, so the cloud is not reachable yet. The next tick tries again.
         return;
     }
     kServerLog.Put(3, "UEI cloud is connected");

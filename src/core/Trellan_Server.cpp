@@ -35,6 +35,7 @@ void Trellan_Server::OnEntry()
     const AsyncCallback<APServerSocketListenerIF::SocketPtr> accept(
         [this](const APServerSocketListenerIF::SocketPtr& socket) { AcceptClient(socket); }, this);
     InitializeTRS();
+    // None of these waits for its peer. The client comes last, so that it finds a complete service.
     m_commandLine->Initialize(this);
     m_cecIF->Initialize();
     m_neighbours.BlasterProxy(this).Initialize();
@@ -56,6 +57,7 @@ void Trellan_Server::AcceptClient(const APServerSocketListenerIF::SocketPtr& soc
     const std::string peer = socket->GetPeer().ToString();
     kServerLog.Log(3, "Connection from |{}|", peer);
     if (m_router) {
+        // One client at a time. The replaced one gets no more events, and its requests no answers.
         m_router->Disconnect();
     }
     m_router = IPCMessageRouterFactory::CreateRouter("TrellanServerRouter_" + peer, this, nullptr);

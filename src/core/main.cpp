@@ -14,6 +14,7 @@ constexpr const char* kLogger = "TrellanService Start";
 
 void HandleSegmentationFault(int)
 {
+    // First of all: a second fault in this handler must end the process.
     std::signal(SIGSEGV, SIG_DFL);
     Orlu::FaultLog(kLogger, "------- TrellanService Segmentation Fault Start --------");
     Orlu::FaultBacktrace(kLogger);
@@ -29,12 +30,14 @@ int main()
 {
     // One heap for the few threads: each thread's own costs its pages at the start.
     ::mallopt(M_ARENA_MAX, 1);
+    // A client that closes its socket must not end the service; the write fails instead.
     std::signal(SIGPIPE, SIG_IGN);
     Orlu::InstallFaultHandler(HandleSegmentationFault);
     SystemUtils::ThereCanBeOnlyOne();
     auto& manager = TrellanService::Trellan_ServiceManager::GetInstance();
     manager.CreateAllTasks();
     manager.StartAllTasks();
+    // Reads the symbols now, since the handler cannot allocate.
     Orlu::WarmFaultHandler();
     manager.JoinAllTasks();
     return 0;

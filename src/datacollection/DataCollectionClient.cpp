@@ -60,6 +60,7 @@ DataCollectionClient::DataCollectionClient()
 
 void DataCollectionClient::Reload()
 {
+    // A new flag too, so that the next client reads the file again.
     TheConfig().emplace();
 }
 
@@ -105,6 +106,7 @@ void DataCollectionClient::DataCollectionStateCb(const State& state)
              "DataCollectionStateCb, DataCollectionService State CallBack State = ({}), cached "
              "state({})",
              static_cast<int>(state.servicestatus()), static_cast<int>(m_state.servicestatus()));
+    // The service repeats its state; only a change is worth a notification.
     if (state.servicestatus() == m_state.servicestatus()) {
         return;
     }
@@ -130,6 +132,7 @@ Event DataCollectionClient::BuildData(const MessagePtr& message, const std::stri
     kLog.Log(4, "DataCollectionClient:BuildData sending event: {}", type);
     Event event;
     if (!message) {
+        // Without data, time and type the event counts as incomplete and is not sent.
         return event;
     }
     try {

@@ -45,7 +45,9 @@ void Trellan_ServiceManager::HandleBrandListPost(const BrandListReq_t& request,
         Refuse(answer);
         return;
     }
+    // A user who looks at brands is still setting up: the guided test must not time out.
     ResetInactivityTimer();
+    // A new name each time: the local API may still serve the last list.
     m_brandListFileName = "brandList" + std::to_string(m_brandLists++);
     if (!m_neighbours.Engine().GetBrandList(request)) {
         Refuse(answer);
@@ -63,6 +65,7 @@ void Trellan_ServiceManager::Publish(const PublishAnswer& answer)
         kPublishResource, request,
         {[this, answer](const Portico::PayloadPublishResponse& response) {
              kManagerLog.Put(3, "PayloadPublish response received");
+             // The local API has taken the file into its own store, or has refused it.
              DeleteStagingFile();
              Answer(answer, response);
          },

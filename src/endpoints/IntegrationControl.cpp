@@ -101,6 +101,7 @@ void Trellan_ServiceManager::OSMStart(const OSMControlMsg_t& message, const OSMA
         return;
     }
     RecordStart(message);
+    // From here on product keys go by CEC: the blaster is about to hold the code sets of the test.
     m_neighbours.CodesetHandler().SetSendKeyState(SendKeyOSM);
     m_neighbours.Engine().OSMStart(message, answer);
 }
@@ -123,6 +124,7 @@ void Trellan_ServiceManager::RecordStart(const OSMControlMsg_t& message)
 void Trellan_ServiceManager::CancelTest(const OSMAnswer& answer)
 {
     OSMControlResp_t response = FilledResponse();
+    // After the answer is filled, which names the code set that this forgets.
     m_neighbours.Engine().OSMCancel();
     response.set_sessionactive(false);
     response.set_lastresult(kNone);
@@ -133,6 +135,7 @@ void Trellan_ServiceManager::TakeUserResponse(const OSMControlMsg_t& message,
                                               const OSMAnswer& answer)
 {
     const OSMControlResp_t response = FilledResponse();
+    // During a test an absent response counts as "did not work".
     if (!message.has_response() && !response.sessionactive()) {
         Refuse(answer, response);
         return;
@@ -143,9 +146,12 @@ void Trellan_ServiceManager::TakeUserResponse(const OSMControlMsg_t& message,
 void Trellan_ServiceManager::OSMComplete(const OSMAnswer& answer)
 {
     kManagerLog.Put(3, "OSM complete received");
+    // The test is over, so no inactivity can end it.
     m_osmTimer->Stop();
     if (m_neighbours.Engine().IsOSMActive()) {
         m_neighbours.Engine().OSMComplete(answer);
+        // The test has replaced code sets in the blaster. The sync brings those of the sources
+        // back.
         m_neighbours.CodesetHandler().SetSendKeyState(SendKeySyncPending);
         m_neighbours.CodesetHandler().syncCodesets();
         return;
@@ -170,6 +176,7 @@ void Trellan_ServiceManager::HandleTimeOut()
 {
     kManagerLog.Put(3, "A time out during OSM has occurred.");
     m_neighbours.CodesetHandler().SetSendKeyState(SendKeySyncPending);
+    // The user has left the test without an end; the same as a cancel and a complete.
     m_neighbours.Engine().OSMCancel();
     m_neighbours.CodesetHandler().syncCodesets();
 }

@@ -17,6 +17,7 @@ constexpr std::uint8_t kFirstBurst = 0xFF;
 void Trellan_ServiceKeyHandler::HandleBlastState(BlastEvent event, std::string codeset,
                                                  std::uint32_t orluKey)
 {
+    // Every event counts as a tick, so messages about a held key shorten burst and pause.
     m_elapsed += m_tick;
     if (!Step(event, std::move(codeset), orluKey)) {
         return;  // a tick that is armed still comes, and finds `BlastIdle`
@@ -70,6 +71,7 @@ bool Trellan_ServiceKeyHandler::StepIdle(BlastEvent event, std::string codeset,
     if (event != BlastPress) {
         return false;
     }
+    // With flag 0 the blaster repeats until the end key; 255 marks the first of several bursts.
     const bool continuous = MayBlastContinuously(codeset);
     kKeyLog.Put(3, continuous ? "Sending continuous key" : "Sending key in safe blast mode");
     sendKey(codeset, orluKey, continuous ? kContinuous : kFirstBurst, m_quietCallback);
@@ -84,12 +86,14 @@ bool Trellan_ServiceKeyHandler::StepSending(BlastEvent event)
     // Asked anew each time: a whitelist that comes during a press counts at once.
     const bool continuous = MayBlastContinuously(m_codeset);
     if (event == BlastRelease) {
+        // A key without pauses needs none behind it either, so the answer is not awaited.
         m_blasterProxy->SendEndKey(continuous ? m_quietCallback : m_endCallback);
         Enter(continuous ? BlastIdle : BlastEndWaitReleased);
         return !continuous;
     }
     if (!continuous && TimeIsUp(m_maxBlastTime)) {
         m_blasterProxy->SendEndKey(m_endCallback);
+        // The pause counts from the answer, because only then the blaster is known to be off.
         Enter(BlastEndWaitHeld);
     }
     return true;
@@ -112,6 +116,7 @@ void Trellan_ServiceKeyHandler::StepDelayHeld(BlastEvent event)
     if (event == BlastRelease) {
         m_blastState = BlastDelayReleased;  // only the rest of the pause remains
     } else if (TimeIsUp(m_keyDelay)) {
+        // Flag 0 as every burst but the first; no answer comes back for it.
         sendKey(m_codeset, m_key, kContinuous, m_quietCallback);
         Enter(BlastSending);
     }

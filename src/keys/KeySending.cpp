@@ -28,6 +28,7 @@ void Trellan_ServiceKeyHandler::sendSingleKey(std::string codeset, std::uint32_t
         sendKey(codeset, orluKey, kSinglePress, callback);
         return;
     }
+    // A CEC key without a release would stay held on the bus.
     kKeyLog.Put(1, "CEC key press must have separate press and release, no single key press");
     callback("");
 }
@@ -41,6 +42,8 @@ void Trellan_ServiceKeyHandler::sendContinuousKey(std::string codeset, std::uint
         return;
     }
     HandleBlastState(BlastPress, std::move(codeset), orluKey);
+    // The press may have been dropped; the client is answered all the same, or it would wait for
+    // ever.
     callback("");
 }
 
@@ -63,9 +66,11 @@ void Trellan_ServiceKeyHandler::sendKey(const std::string& codeset, std::uint32_
 {
     const std::uint32_t ueiKey = TranslateOrluToUEI(orluKey, codeset);
     if (ueiKey == kInvalidUEIKey) {
+        // The frame goes out all the same, with a key that no code set has.
         kKeyLog.Log(2, "No UEI mapping for key, sending INVALID {}", orluKey);
     }
     if (ueiKey == UEIKeyNamesPB::kKey_POWER) {
+        // A repeated power key could switch a device on and off again.
         flag = kSinglePress;
     }
     m_blasterProxy->SendBlasterKey(codeset, static_cast<std::uint8_t>(ueiKey), flag, callback);

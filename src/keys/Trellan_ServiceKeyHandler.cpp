@@ -17,9 +17,11 @@ bool ProductAllowsContinuous()
         capability = MfgData::Get("testflagirBlasterCapability");
     }
     if (capability) {
+        // A capability that is present decides alone, whatever the product type says.
         return *capability == "full";
     }
     const auto productType = MfgData::Get("productType");
+    // Only this product is known to need pauses. A product without any data is treated like it.
     return productType && *productType != "marlow-tenpenny";
 }
 

@@ -50,6 +50,7 @@ std::size_t WriteToBuffer(const char* data, std::size_t size, std::size_t count,
 {
     auto& buffer = *static_cast<HttpResponseBuffer*>(user);
     const std::size_t bytes = size * count;
+    // A cloud without an end must not take all memory: libcurl reports a failed write.
     if (bytes > kMaxResponseBytes - buffer.length) {
         return 0;
     }
@@ -62,6 +63,7 @@ std::size_t WriteToBuffer(const char* data, std::size_t size, std::size_t count,
     buffer.pointer = static_cast<char*>(grown);
     std::memcpy(buffer.pointer + buffer.length, data, bytes);
     buffer.length += bytes;
+    // The library may read the response as a C string.
     buffer.pointer[buffer.length] = '\0';
     return bytes;
 }
@@ -85,6 +87,7 @@ bool SetUp(State& state)
     const auto set = [&curl, &state](CURLoption option, auto value) {
         return curl.easySetopt(state.handle, option, value) == CURLE_OK;
     };
+    // All or nothing: a handle that lacks one of these options would be less strict than asked for.
     const bool asked =
         set(CURLOPT_WRITEFUNCTION, &WriteToBuffer) && set(CURLOPT_FOLLOWLOCATION, 1L) &&
         set(CURLOPT_MAXREDIRS, 50L) && set(CURLOPT_FAILONERROR, 1L) &&
@@ -93,6 +96,7 @@ bool SetUp(State& state)
         set(CURLOPT_SSL_VERIFYHOST, 2L) && set(CURLOPT_SSL_VERIFYPEER, 1L);
     state.headers = curl.slistAppend(nullptr, kContentType);
     return asked && state.headers != nullptr && set(CURLOPT_HTTPHEADER, state.headers) &&
+           // An empty text turns off the proxies of the environment.
            set(CURLOPT_PROXY, "");
 }
 
@@ -166,6 +170,7 @@ int Http::Post(const char* body, std::uint32_t bodyLength, char** response,
         responseLength == nullptr) {
         return kReasonArgument;
     }
+    // Valid after a failure too.
     *response = nullptr;
     *responseLength = 0;
     HttpResponseBuffer buffer;
@@ -188,6 +193,7 @@ int Http::Post(const char* body, std::uint32_t bodyLength, char** response,
         transferFailed = code != CURLE_OK;
     }
     if (code != CURLE_OK) {
+        // A partial response is none: the library gets the code only.
         std::free(buffer.pointer);
         return ReasonCode(code);
     }

@@ -50,6 +50,7 @@ bool UEIInterface::GetBrandList(const BrandListReq_t& request)
         kUEILog.Log(3, "No mapping for device type {}", request.devicetype());
         return false;
     }
+    // Ten thousand names are freed in one step.
     google::protobuf::Arena names;
     auto& response = *google::protobuf::Arena::CreateMessage<BrandListResp_t>(&names);
     auto& brands = *response.mutable_brandlist();
@@ -60,6 +61,7 @@ bool UEIInterface::GetBrandList(const BrandListReq_t& request)
             if (full) {
                 return;
             }
+            // One such name would make the whole list unreadable as JSON.
             if (!StringUtils::IsUtf8(name)) {
                 kUEILog.Put(2, "UEI returned a brand that is not UTF-8");
                 return;
@@ -68,6 +70,7 @@ bool UEIInterface::GetBrandList(const BrandListReq_t& request)
             full = brands.size() == kMostBrands;
         };
         if (WalkBrands(type, filter, kOnlineKind, add) != 0) {
+            // The list then ends with the last letter that is complete.
             brands.DeleteSubrange(before, brands.size() - before);
             break;
         }

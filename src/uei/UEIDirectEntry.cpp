@@ -48,6 +48,7 @@ void UEIInterface::DirectEntryBrandModel(const DirectEntryReq_t& request, bool l
         return;
     }
     deCodeset = validCodeset.c_str();
+    // A complete or cancel ends direct entry as it ends a test.
     osmActive = true;
     kUEILog.Log(3, "DirectEntry codeset to load {}", deCodeset);
     DirectEntryLoadCodeset(deCodeset, callback, kOnlineKind);
@@ -81,6 +82,7 @@ bool UEIInterface::FindCodeset(const DirectEntryReq_t& request)
         kUEILog.Log(2, "Unable to get codeset name for {}/{}", request.brand(), request.model());
         return false;
     }
+    // Copied, because the library's text lasts to its next call only.
     m_deText = name;
     deCodeset = m_deText.c_str();
     if (ValidateCodesetName(deCodeset).empty()) {

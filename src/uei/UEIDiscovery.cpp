@@ -75,6 +75,7 @@ void UEIInterface::FindEDIDDevice(const FindEDIDDevice_t& request,
     answer.set_result(kError);
     std::array<std::uint8_t, kEdidBytes> edid{};
     const std::string& given = request.edid();
+    // The library reads 256 bytes in any case.
     std::copy_n(given.begin(), std::min(given.size(), edid.size()), edid.begin());
     Found found;
     if (OpenSession(kOnlineKind) != 0) {

@@ -66,6 +66,7 @@ void UEIInterface::OSMStart(const OSMControlMsg_t& request, const OSMCallback& c
         Answer(callback, response, refusal);
         return;
     }
+    // The name as the blaster takes it: the library may have given a list.
     osmCodeset = validCodeset.c_str();
     kUEILog.Log(3, "OSM Codeset: {}", osmCodeset);
     lastResult = kContinue;
@@ -149,6 +150,7 @@ void UEIInterface::OSMLoadCodeset(const std::string& name, const OSMCallback& ca
         Answer(callback, response, kError);
         return;
     }
+    // Before the transfer, whose answer may come within the call.
     m_neighbours.BlasterProxy().QueueCallback(callback);
     StoreInBlaster();
 }

@@ -75,13 +75,17 @@ int UEIInterface::Init(NotifyTargetTaskIF* initTask, const DeviceInfo& deviceInf
     loadFirstCodeset = false;
     loadFuzzyValues = true;
     retryTimer = APTimer::Create(task, "UEITimer");
+    // The library posts through a plain function, which finds its object here.
     s_poster = this;
+    // The network may have changed since; the old connections are given up.
     Http::End();
+    // Before `QSP_stop`: a session belongs to the started library.
     if (sessionKind != 0) {
         QSP_release_lookup_session(session);
         sessionKind = 0;
     }
     ResetCache();
+    // The library may still run since an earlier start.
     QSP_stop();
     if (QSP_set_host_log_function(&IgnoreLog) != 0) {
         return -1;
@@ -105,6 +109,7 @@ bool UEIInterface::StartLibrary(const std::string& identity)
         QSP_stop();
         return false;
     }
+    // After `QSP_start`, which needs no transfer, and before the first post.
     Http::Begin();
     if (uei_set_callback_httppost(&UEIInterface::HttpPost) != 0) {
         QSP_stop();
@@ -125,6 +130,8 @@ std::string UEIInterface::GetCountry(const DeviceInfo& deviceInfo)
 
 std::string UEIInterface::GetUserId(const DeviceInfo& deviceInfo)
 {
+    // The cloud counts downloads by this identity, so all products without a serial number share
+    // one quota.
     if (deviceInfo.serialnumber().size() < kShortestSerialNumber) {
         return kDefaultUserId;
     }
@@ -137,6 +144,7 @@ void UEIInterface::SetConfigFile(const std::string& country)
     const auto* row = std::ranges::find(CountryConfig, std::string_view(country), &Country::code);
     const std::string_view stem = row == CountryConfig.end() ? CountryConfig[0].stem : row->stem;
     configFile.fill('\0');
+    // One byte stays zero, because the library takes the path as a C string.
     fmt::format_to_n(configFile.data(), configFile.size() - 1, "{}{}{}", "/opt/Orlu/etc/UEI/", stem,
                      "_linux.conf");
 }
@@ -146,6 +154,7 @@ int UEIInterface::OpenSession(std::uint32_t kind)
     if (kind == 0) {
         kind = sessionKind != 0 ? sessionKind : kOnlineKind;
     }
+    // One session serves all requests of its kind; opening one costs a post.
     if (kind == sessionKind) {
         return 0;
     }
@@ -154,6 +163,7 @@ int UEIInterface::OpenSession(std::uint32_t kind)
         sessionKind = 0;
     }
     ResetCache();
+    // The library knows three kinds; all others are its third.
     const std::uint32_t libraryKind = kind == 1 || kind == 2 ? kind : 3;
     if (const int code = QSP_get_lookup_session(configFile.data(), libraryKind, &session);
         code != 0) {
@@ -190,6 +200,7 @@ int UEIInterface::HttpPost(const char* body, std::uint32_t bodyLength, char** re
 {
     const bool held = s_poster != nullptr && s_poster->retryHold;
     if (s_poster != nullptr && !held) {
+        // The task waits for the cloud now, and could not end a burst.
         s_poster->m_neighbours.EndBurst();
     }
     bool transferFailed = false;
@@ -204,6 +215,7 @@ int UEIInterface::HttpPost(const char* body, std::uint32_t bodyLength, char** re
 void UEIInterface::StartRetryTimer(std::uint32_t seconds)
 {
     retryTimer->Stop();
+    // Posts fail at once until the timer ends the hold.
     retryHold = true;
     retryTimer->SetTimeouts(seconds * 1000, 0);
     retryTimer->Start([this] { retryHold = false; });

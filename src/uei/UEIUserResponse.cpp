@@ -38,6 +38,7 @@ void UEIInterface::OSMUserResponse(bool worked, const OSMCallback& callback)
         Call(callback, response);
         return;
     }
+    // The blaster must delete this code set if the library goes on to another.
     const std::string previous = osmCodeset;
     FillOSMControlResp(response);
     std::int32_t status = 0;
