@@ -14,7 +14,7 @@ namespace Orlu {
 /// Prepares for `SIGSEGV`: makes what `backtrace` needs, gives this thread a stack of its own for
 /// the handler, and installs `handler`. Inside it `FaultLog` and `FaultBacktrace` may be called:
 /// they take nothing from the heap and write without waiting for a lock of ours, and two seconds
-/// after the fault the process ends whatever they do.
+/// after the fault the process ends in any case.
 void InstallFaultHandler(void (*handler)(int));
 
 /// The unwinder sets itself up at its first use: does that in good time. A start need not wait for

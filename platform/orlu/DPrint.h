@@ -12,7 +12,7 @@
 ///
 /// Levels: 1 failure, 2 warning, 3 information, 4 trace, 6 signatures. `ORLU_LOG_LEVEL` (default 3)
 /// is the highest that is written; one that is off costs a comparison. Control characters in a text
-/// come out escaped, so that nobody can forge a line. Lines of a task leave together at the end of
+/// come out escaped, so that no text can forge a line. Lines of a task leave together at the end of
 /// its wake-up, lines of level 1 at once with all before them.
 class DPrint {
 public:

@@ -58,15 +58,15 @@ public:
     virtual bool ReplyMessage(std::uint32_t id, const google::protobuf::Message& message,
                               std::uint32_t token) = 0;
 
-    /// Writes at once what was sent up to now, for a task that is about to stand still; else it
+    /// Writes the messages sent so far at once, for a task that is about to wait; else it
     /// leaves at the end of the wake-up.
     virtual void Flush() = 0;
 
     /// `handler` gets each event and request of that id; a second one replaces the first.
     virtual CallbackConnection AddHandler(std::uint32_t id, EnvelopeHandler handler) = 0;
 
-    /// Takes what nobody can take: an id without a handler, a payload of another type or one that
-    /// does not parse, a reply that nobody waits for. Logs it at level 2.
+    /// Takes messages that have no taker: an id without a handler, a payload of another type or one
+    /// that does not parse, a reply without a request. Logs it at level 2.
     virtual void Unexpected(const IPCMessageEnvelope& envelope) = 0;
 
     /// The same with messages: the handler gets the parsed message and the envelope's token.

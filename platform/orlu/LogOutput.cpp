@@ -97,7 +97,7 @@ bool LogOutput::Flush()
                 return false;
             }
         } else if (errno != EINTR) {
-            // Nobody is there to be told.
+            // The reader is gone, so the failure cannot be reported.
             m_rest.clear();
         }
     }

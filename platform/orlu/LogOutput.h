@@ -9,7 +9,7 @@
 
 namespace Orlu {
 
-/// Standard error as the log uses it: a reader that stands still never holds a task. Any thread.
+/// Standard error as the log uses it: a reader that does not read never blocks a task. Any thread.
 class LogOutput {
 public:
     /// The process's own, on descriptor 2.
@@ -22,7 +22,8 @@ public:
     LogOutput& operator=(const LogOutput&) = delete;
 
     /// Whole lines, each with its line feed. What cannot be written now waits for the next call, up
-    /// to 64 KiB; lines beyond that are dropped and told of in one line, once the reader reads on.
+    /// to 64 KiB; further lines are dropped, and one line says how many once the reader reads
+    /// again.
     void Write(std::string_view lines);
 
 private:

@@ -51,7 +51,7 @@ public:
     /// when the peer has gone or the socket failed, and not after `Close`.
     virtual void Receive(OnBytes bytes, OnClosed closed) = 0;
 
-    /// Adds `size` bytes to what is to be sent and says where; the caller fills them at once. They
+    /// Adds `size` bytes to the output and returns their place; the caller fills them at once. They
     /// leave together at the end of the wake-up. Null if the socket is closed. A peer that leaves
     /// more than `Limits::kSendQueueBytes` unread is cut off: null, and `closed` follows.
     virtual std::uint8_t* Extend(std::size_t size) = 0;
@@ -59,8 +59,7 @@ public:
     /// The same with bytes that are there. False if the socket is closed or is cut off now.
     bool Send(std::string_view bytes);
 
-    /// Writes what is to be sent now, as far as the peer takes it: for a task that is about to
-    /// stand still.
+    /// Writes the output now, as far as the peer takes it, for a task that is about to wait.
     virtual void Flush() = 0;
 
     /// Drops the connection, with what was queued and not yet written.

@@ -21,7 +21,7 @@ public:
 
     void Signal() override
     {
-        // Told under the lock: whoever waits may destroy the semaphore as soon as it is free.
+        // Notified under the lock: the waiting thread may destroy the semaphore as soon as it runs.
         const std::lock_guard lock(m_mutex);
         ++m_count;
         m_changed.notify_one();

@@ -24,7 +24,7 @@ std::string Reason(int error)
     return std::strerror(error);  // NOLINT(concurrency-mt-unsafe): the C locale's fixed texts
 }
 
-/// A descriptor that is closed at the end of its scope, whatever happens.
+/// A descriptor that is closed at the end of its scope.
 class File {
 public:
     File(const std::string& path, int flags, mode_t mode = 0)

@@ -79,7 +79,7 @@ bool MakeFolder(const std::string& path)
     return errno == EEXIST && ::chmod(folder.c_str(), S_IRWXU) == 0;
 }
 
-/// Removes a socket that nobody listens on. Gives the reason why the path can't be had, if any.
+/// Removes a socket without a listener. Returns the reason if the path cannot be used.
 std::string ClearPath(const std::string& path, const Protocol::endpoint& endpoint)
 {
     struct stat status {};

@@ -12,7 +12,7 @@ namespace Orlu {
 bool MayTalk(uid_t own, uid_t peer);
 
 /// Unix stream sockets on the queues of `AsioTaskQueue`. The socket's folder is made with mode
-/// 0700, the socket has 0600; a socket that nobody listens on any more is replaced.
+/// 0700, the socket has 0600; a socket whose listener is gone is replaced.
 class UnixTransport final : public TransportIF {
 public:
     std::unique_ptr<TransportHandle> Listen(const std::string& path, const TaskQueuePtr& queue,

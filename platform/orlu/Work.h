@@ -58,7 +58,7 @@ private:
     static constexpr std::size_t kPlaceBytes = 48;
     static constexpr std::size_t kPlaceAlignment = alignof(void*);
 
-    /// What can be done with the callable, whose type nobody else knows.
+    /// The operations on the callable, whose type only they know.
     struct Acts {
         void (*call)(void* held);
         void (*move)(void* held, void* to);  ///< Leaves nothing behind.

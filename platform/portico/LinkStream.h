@@ -12,7 +12,7 @@
 namespace Portico {
 
 /// A service's WebSocket: with the executor by its own type, as a general one costs each step an
-/// indirection, and without the compression that nobody needs on one machine.
+/// indirection, and without compression, which is of no use on one machine.
 using LinkStream = boost::beast::websocket::stream<
     boost::asio::basic_stream_socket<boost::asio::ip::tcp, boost::asio::io_context::executor_type>,
     false>;

@@ -26,7 +26,8 @@ Error ParseError(const std::string& what);
 
 }  // namespace Portico
 
-/// A service's link to the local API: puts up resources, asks for others', hears of their changes.
+/// A service's link to the local API: registers resources, requests those of others, and gets
+/// notifications of their changes.
 /// Messages travel as JSON, with field names as in the schema and set fields only.
 ///
 /// Calls are made on one task, that of the callbacks; none blocks. The link comes up in the

@@ -252,7 +252,7 @@ void ServiceLink::Changed(const std::string& path, const std::string& json)
 
 void ServiceLink::OnText(std::string_view text)
 {
-    // Whatever it says: somebody is there who speaks.
+    // Any message shows that the local API serves the link.
     m_pause = kFirstPause;
     std::string why;
     const auto message = ReadLinkMessage(text, why);

@@ -25,8 +25,8 @@ public:
     void SetCodesetFunction(CodesetFunction deliver) { m_deliver = deliver; }
     CodesetFunction DeliverCodeset() const { return m_deliver; }
 
-    /// Reads the configuration, an object with the text `cloudUrl`; asks nobody. The path is taken
-    /// under `ORLU_ROOT`.
+    /// Reads the configuration, an object with the text `cloudUrl`; posts nothing. The path is
+    /// taken under `ORLU_ROOT`.
     int Start(const std::string& configFile);
     /// Ends all sessions; the settings stay.
     void Stop();

@@ -46,7 +46,7 @@ LpmClientLite::LpmClientLite(NotifyTargetTaskIF* task)
     : m_task(task), m_listener(IL::CreateClientListener("LpmClientListener", kRetryMs))
 {
     m_router = IPCMessageRouterFactory::CreateRouter("LpmClient", task, nullptr);
-    // Stands for the one that nobody has set yet, so that there is always one to call.
+    // A callback that does nothing, until one is set: there is always one to call.
     m_disconnectCallback = AsyncCallback<>([] {}, task);
 }
 

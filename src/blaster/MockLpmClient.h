@@ -7,7 +7,7 @@
 
 namespace TrellanService {
 
-/// The client on a product without an LPM: it counts as connected at once and talks to nobody.
+/// The client on a product without an LPM: it counts as connected at once and has no connection.
 /// Each function says in the log that it is not there; no callback but `Connect`'s is ever called.
 class MockLpmClient : public LpmClientIF, public LpmClientLite {
 public:

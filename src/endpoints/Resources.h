@@ -4,7 +4,7 @@
 
 namespace TrellanService {
 
-/// What the service puts up at the local API.
+/// The resources that the service registers at the local API.
 inline constexpr const char* kControlResource = "/remote/integration";
 inline constexpr const char* kBrandListResource = "/remote/integration/brandList";
 inline constexpr const char* kDirectEntryResource = "/remote/integration/directEntry";

@@ -38,9 +38,9 @@ public:
 };
 
 /// The service's own task manager, and its face towards the product's local API: makes the one task
-/// that everything runs on, puts up the service's resources, and starts the engine once the product
-/// is known and its network is up. Single instance; built and asked for its tasks on the first
-/// thread, on the server task from then on.
+/// that everything runs on, registers the service's resources, and starts the engine once the
+/// product is known and its network is up. Single instance; built and asked for its tasks on the
+/// first thread, on the server task from then on.
 ///
 /// A resource's handler refuses by an ordinary answer, never by the API's error, and calls the
 /// answer once, now or when the blaster has answered.

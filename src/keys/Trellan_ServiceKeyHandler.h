@@ -66,7 +66,7 @@ public:
     /// A press comes with its code set and key, all else with an empty text and 255.
     void HandleBlastState(BlastEvent event, std::string codeset, std::uint32_t orluKey);
 
-    /// To be called before the task may stand still: a key that the blaster is sending and that
+    /// To be called before the task may wait for long: a key that the blaster is sending and that
     /// must not be sent without pause gets its end frame now. The state stays as it is, so that
     /// another end frame follows, which the blaster takes as well.
     void EndBurst();
@@ -83,7 +83,7 @@ public:
     void ClearKeyHistory() { m_keyHistory.clear(); }
 
 private:
-    /// What a line of the history is made of once somebody reads it.
+    /// The data of a history line, which is formatted when it is read.
     struct SentKey {
         std::string codeset;
         std::uint32_t orluKey;

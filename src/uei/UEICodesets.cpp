@@ -123,7 +123,7 @@ void UEIInterface::LoadCodeset(const std::string& name,
     StoreInBlaster();
 }
 
-/// What was downloaded last; who waits for the result has been queued before.
+/// Transfers the last download; the callback for the result has been queued before.
 void UEIInterface::StoreInBlaster()
 {
     m_neighbours.BlasterProxy().StoreCodesetInBlaster(s_buffer.name.data(), s_buffer.data.data(),

@@ -34,7 +34,7 @@ public:
     virtual std::string StagingDirectory() = 0;
     /// Without directory.
     virtual std::string BrandListFileName() = 0;
-    /// The task is about to stand still for a post: nothing may keep the blaster on meanwhile.
+    /// The task is about to wait for a post: no burst may go on meanwhile.
     virtual void EndBurst() = 0;
 };
 

@@ -150,7 +150,7 @@ void UEIInterface::NextTestKey(const std::string& previous, OSMControlResp_t& re
     ChangeCodeset(previous, callback);
 }
 
-/// The next one is loaded whatever became of the one before.
+/// The next one is loaded even if the deletion of the one before failed.
 void UEIInterface::ChangeCodeset(const std::string& previous, const OSMCallback& callback)
 {
     const AsyncCallback<std::string> deleted(
