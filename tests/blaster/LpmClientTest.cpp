@@ -105,11 +105,15 @@ TEST_F(LpmClients, SendModesBareAndBulkMessagesWithoutATypeName)
     file.set_length(0);
     Run([this, file] {
         client->EnterLowPower({});
+        client->ExitLowPower({});
+        client->EnterNWSMode({});
         client->ExitNWSMode({});
         client->SendBulkFile(file, {}, IPC_DEVICE_LPM);
     });
     EXPECT_EQ(TakeRecord(),
               "65540 request bare LowPowerSet 0801\n"
+              "65540 request bare LowPowerSet 0800\n"
+              "65548 request bare EnterNWS 0801\n"
               "65548 request bare EnterNWS 0800\n"
               "65537 request - 2 length 0 type 0 \n");
 }

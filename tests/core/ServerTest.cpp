@@ -90,6 +90,7 @@ TEST_F(ServerTest, RefusesWhatNeedsTheCloudAndAnswersTheRest)
     keyMap.set_cicode("T2051");
     m_client->Request(TrellanService_MESSAGE_ID_KEYMAP_REQ, keyMap);
     RequestKey(*m_client, 36, "", OrluKeyReqMessage_t::KEY_ACTION_SINGLE_PRESS);
+    RequestKey(*m_client, 36, "T2051", OrluKeyReqMessage_t::KEY_ACTION_END_PRESS);
     EXPECT_EQ(Effects(),
               "+0 client reply 5 {\"result\":\"RESULT_ERROR\"}\n"
               "+0 client reply 10 {\"result\":\"RESULT_ERROR\"}\n"
@@ -97,7 +98,9 @@ TEST_F(ServerTest, RefusesWhatNeedsTheCloudAndAnswersTheRest)
               "+0 client reply 6 {\"connectState\":false}\n"
               "+0 client reply 2 {\"ciCode\":\"T2051\",\"ueiKey\":\"/w==\",\"numKeys\":0}\n"
               "+0 client reply 0 {\"keyVal\":36,\"keyAction\":\"KEY_ACTION_SINGLE_PRESS\","
-              "\"codeset\":\"\",\"response\":\"PASS\"}\n");
+              "\"codeset\":\"\",\"response\":\"PASS\"}\n"
+              "+0 client reply 0 {\"keyVal\":36,\"keyAction\":\"KEY_ACTION_END_PRESS\","
+              "\"codeset\":\"T2051\",\"response\":\"PASS\"}\n+0 lpm 169 value 0 state 1\n");
     EXPECT_EQ(
         m_world.TakeLog(),
         "2 TrellanServer: Unable to get codeset for CEC device, cloud not connected\n"
@@ -108,7 +111,8 @@ TEST_F(ServerTest, RefusesWhatNeedsTheCloudAndAnswersTheRest)
         "blaster?\n"
         "3 TrellanServiceKeyHandler: Trellan_ServiceKeyHandler: m_allowContinuous is false\n"
         "1 TrellanServiceKeyHandler: CEC key press must have separate press and release, no "
-        "single key press\n");
+        "single key press\n"
+        "3 TrellanServiceKeyHandler: CEC END key press \n");
 }
 
 TEST_F(ServerTest, SourceListThatMatchesTheStoreEnablesInfraredKeys)

@@ -162,6 +162,11 @@ TEST_F(IntegrationControl, DrivesATestFromStartToEnd)
               "3 OSM complete received\n");
     EXPECT_EQ(KeyState(), SendKeyReady);
     EXPECT_EQ(Act("ACTION_COMPLETE"), Answer(over) + Event("COMPLETE"));
+    // Without an end of the sync, keys go by CEC.
+    Put(kStart);
+    m_world.lpm.Reply(0x09, std::nullopt);
+    Act("ACTION_COMPLETE");
+    EXPECT_EQ(KeyState(), SendKeySyncPending);
     EXPECT_EQ(Advance(kFiveMinutes), "");
 }
 

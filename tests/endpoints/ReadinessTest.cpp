@@ -92,6 +92,14 @@ TEST_F(Readiness, StartsTheEngineAnewAfterEachOutage)
     EXPECT_EQ(Effects(), kLost);
 }
 
+TEST_F(Readiness, InformationAloneStartsNothingWhileTheNetworkIsDown)
+{
+    m_world.portico.Put("/network/status", kDown);
+    Effects();
+    Information(R"({"serialNumber":"A1234"})");
+    EXPECT_EQ(Effects(), "+0 portico GET /system/info\n");
+}
+
 TEST_F(Readiness, ANamelessProductStartsByItsInformationAlone)
 {
     Information("{}");

@@ -60,7 +60,8 @@ int Name(std::string_view function, std::uint32_t index, const char** name)
     if (found == lists.end() || index >= found->second.size()) {
         return kBadArgument;
     }
-    *name = found->second[index].c_str();
+    const std::string& text = found->second[index];
+    *name = text == ScriptedQsp::kNull ? nullptr : text.c_str();
     return 0;
 }
 

@@ -34,7 +34,7 @@ public:
     /// list of "get_brand_name" also serves "retrieve_brands_total", and likewise the others.
     std::map<std::string, std::vector<std::string>, std::less<>> lists;
 
-    /// Stands for a null pointer among the texts.
+    /// Stands for a null pointer among the texts and in the lists.
     static constexpr const char* kNull = "(null)";
     /// Texts and numbers that other functions return; "" and 0 if there is no entry.
     std::map<std::string, std::string, std::less<>> texts;

@@ -138,6 +138,40 @@ TEST_F(Catalogue, TellsNothingFoundFromAFailure)
     EXPECT_EQ(engine.FindBrandIndex("TV", "Acme", 2), -1);
 }
 
+TEST_F(Catalogue, AsksOnceForManyModelsAndTakesAThresholdOfZero)
+{
+    qsp.lists["get_model_name"] = std::vector<std::string>(50, "M");
+    Ask([this](Json::Value& out) { return engine.GetAllModels("TV", "Acme", out, 2); });
+    const std::string calls =
+        Ask([this](Json::Value& out) { return engine.GetAllModels("TV", "Acme", out, 2); });
+    EXPECT_EQ(calls.find("retrieve_models_total"), calls.rfind("retrieve_models_total"));
+    EXPECT_NE(Ask([this](Json::Value& out) {
+                  return engine.GetModels("TV", "Acme", "", 0, out, 2);
+              }).find("option_set_minimum_fuzzy_threshold 0\n"),
+              std::string::npos);
+}
+
+TEST_F(Catalogue, FailsWhereABrandHasNoCodesetOrANullName)
+{
+    const auto codesets = [this] {
+        TakeLog();
+        const std::string all =
+            Ask([this](Json::Value& out) { return engine.GetBrandCodesets("TV", "Acme", out, 2); });
+        return all.substr(all.rfind('\n') + 1) + "; " + TakeLog();
+    };
+    qsp.lists["get_codeset_name"] = {};
+    EXPECT_EQ(codesets(), "-1 null; 2 get num codesets 0 0\n");
+    qsp.results["retrieve_codesets_by_brand_total"] = 7;
+    EXPECT_EQ(codesets(), "-1 null; 2 get num codesets 7 0\n");
+    qsp.lists["get_codeset_name"] = {"T0001"};
+    qsp.results.clear();
+    EXPECT_EQ(codesets().substr(0, 2), "0 ");
+    qsp.lists["get_brand_name"] = {ScriptedQsp::kNull};
+    EXPECT_TRUE(Ask([this](Json::Value& out) {
+                    return engine.GetBrands("TV", "a", out, 2);
+                }).ends_with("-1 null"));
+}
+
 TEST_F(Catalogue, DoesNotTakeALongNameForItsBeginning)
 {
     const std::string begin(199, 'a');

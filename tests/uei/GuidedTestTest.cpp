@@ -203,6 +203,11 @@ TEST_F(GuidedTest, AResponseEndsAsTheLibrarySays)
         EXPECT_TRUE(seen.ends_with(std::string("+0 active ") + row.answer + "\n")) << seen;
         EXPECT_EQ(TakeLog(), row.log);
     }
+    qsp.results.clear();
+    qsp.numbers["osm_report_test_result"] = {1};
+    qsp.textLists = {{"osm_get_current_codeset_name", {"X1"}}};
+    EXPECT_TRUE(Respond(false).ends_with(
+        "+0 active LAST_RESULT_ERROR X1 1 of 2, 3 keys, next O_KEY_VOLUME_UP\n"));
     // A name that is null behind a success counts as none.
     qsp.textLists.clear();
     qsp.texts["osm_get_current_codeset_name"] = ScriptedQsp::kNull;

@@ -78,11 +78,22 @@ TEST_F(LookupAnswers, DirectEntryFailsWhereTheLibraryOrTheBlasterDoes)
     EXPECT_EQ(TakeLog(), kBegin + std::string("3 DirectEntry: GetModelCodesets returned 0\n"
                                               "2 Unable to get codeset name for Acme/M1\n"));
     qsp.results.clear();
+    const auto names = std::exchange(qsp.lists["get_codeset_name"], {"X1"});
+    EXPECT_NE(Enter("DEVICE_TYPE_TV", "M1", true).find("LAST_RESULT_ERROR"), std::string::npos);
+    qsp.lists["get_codeset_name"] = names;
     lpm.ReplyToAll(std::string("\x01\x07", 2));
     EXPECT_NE(Enter("DEVICE_TYPE_TV", "M1", true).find("LAST_RESULT_ERROR"), std::string::npos);
     qsp.binaries.clear();
     EXPECT_NE(Enter("DEVICE_TYPE_TV", "M1", true).find("LAST_RESULT_ERROR"), std::string::npos);
     EXPECT_TRUE(TakeLog().ends_with("3 Unable to download codeset 44\n"));
+    qsp.results["get_lookup_session"] = 12;
+    Init();
+    DirectEntryResp_t blank;
+    engine.FillDirectEntryResp(blank);
+    EXPECT_EQ(blank.brand() + blank.model() + blank.devicetype() + blank.cicode(), "");
+    TakeLog();
+    EXPECT_NE(Enter("DEVICE_TYPE_TV", "M1", false).find("LAST_RESULT_ERROR"), std::string::npos);
+    EXPECT_TRUE(TakeLog().ends_with("2 Unable to open UEI cloud session\n"));
 }
 
 TEST_F(LookupAnswers, DiscoveryTellsWhatTheLibraryFound)
