@@ -85,10 +85,10 @@ std::optional<ReplyScript::Entry> ReplyScript::ParseEntry(const Json::Value& val
     if (!quota.isNull() && !quota.isBool()) {
         why = "\"quota\" is neither true nor false";
     }
-    entry.operation = value["operation"].asString();
+    entry.key = value["operation"].asString();
     entry.reply.quota = quota.isBool() && quota.asBool();
     entry.reply.http = Number(value, "http", kMinimumHttp, kMaximumHttp, why);
-    entry.times = Number(value, "times", 0, kMaximumTimes, why).value_or(kForever);
+    entry.times = Number(value, "times", 0, kMaximumTimes, why).value_or(Peers::kForever);
     entry.reply.delay =
         std::chrono::milliseconds(Number(value, "delayMs", 0, kMaximumDelayMs, why).value_or(0));
     return why.empty() ? std::optional(entry) : std::nullopt;
@@ -96,16 +96,7 @@ std::optional<ReplyScript::Entry> ReplyScript::ParseEntry(const Json::Value& val
 
 ScriptedReply ReplyScript::Take(std::string_view operation)
 {
-    for (Entry& entry : m_entries) {
-        if (entry.operation != operation || entry.times == 0) {
-            continue;
-        }
-        if (entry.times != kForever) {
-            --entry.times;
-        }
-        return entry.reply;
-    }
-    return {};
+    return Peers::TakeReply(m_entries, operation);
 }
 
 }  // namespace Cloud

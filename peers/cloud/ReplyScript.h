@@ -4,13 +4,14 @@
 
 #include <chrono>
 #include <cstdint>
-#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include <json/value.h>
+
+#include "common/ScriptedReplies.h"
 
 namespace Cloud {
 
@@ -37,13 +38,7 @@ public:
     ScriptedReply Take(std::string_view operation);
 
 private:
-    struct Entry {
-        std::string operation;
-        std::uint32_t times = kForever;
-        ScriptedReply reply;
-    };
-
-    static constexpr std::uint32_t kForever = std::numeric_limits<std::uint32_t>::max();
+    using Entry = Peers::ScriptedEntry<std::string, ScriptedReply>;
 
     static std::optional<Entry> ParseEntry(const Json::Value& value, std::string& why);
 

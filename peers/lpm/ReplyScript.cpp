@@ -101,9 +101,9 @@ std::optional<ReplyScript::Entry> ReplyScript::ParseEntry(const Json::Value& val
     }
     JsonMembers members(value);
     Entry entry;
-    entry.command = *command;
-    entry.times =
-        static_cast<std::uint32_t>(members.Integer("times", 0, kMaximumTimes).value_or(kForever));
+    entry.key = *command;
+    entry.times = static_cast<std::uint32_t>(
+        members.Integer("times", 0, kMaximumTimes).value_or(Peers::kForever));
     if (const auto status = members.Integer("status", 0, 255)) {
         entry.reply.status = static_cast<std::uint8_t>(*status);
     }
@@ -120,16 +120,7 @@ std::optional<ReplyScript::Entry> ReplyScript::ParseEntry(const Json::Value& val
 
 ScriptedReply ReplyScript::Take(std::uint8_t command)
 {
-    for (Entry& entry : m_entries) {
-        if (entry.command != command || entry.times == 0) {
-            continue;
-        }
-        if (entry.times != kForever) {
-            --entry.times;
-        }
-        return entry.reply;
-    }
-    return {};
+    return Peers::TakeReply(m_entries, command);
 }
 
 }  // namespace Lpm

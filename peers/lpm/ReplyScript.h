@@ -4,13 +4,14 @@
 
 #include <chrono>
 #include <cstdint>
-#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include <json/value.h>
+
+#include "common/ScriptedReplies.h"
 
 namespace Lpm {
 
@@ -50,13 +51,7 @@ public:
     ScriptedReply Take(std::uint8_t command);
 
 private:
-    struct Entry {
-        std::uint8_t command = 0;
-        std::uint32_t times = kForever;
-        ScriptedReply reply;
-    };
-
-    static constexpr std::uint32_t kForever = std::numeric_limits<std::uint32_t>::max();
+    using Entry = Peers::ScriptedEntry<std::uint8_t, ScriptedReply>;
 
     static std::optional<Entry> ParseEntry(const Json::Value& value, std::string& why);
 
