@@ -24,7 +24,7 @@ namespace {
 constexpr unsigned kEndAfterSeconds = 2;
 constexpr int kMostFrames = 64;
 
-/// Room for reading symbols and names; only touched pages cost memory.
+/// Space for reading symbols and names; only touched pages cost memory.
 constexpr std::size_t kStackBytes = 256 * 1024;
 
 void (*g_handler)(int) = nullptr;

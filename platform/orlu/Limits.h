@@ -10,7 +10,7 @@
 namespace Orlu::Limits {
 
 /// One IPC frame behind its length word. The largest lawful message, a code set of 1199 bytes in
-/// two envelopes, needs 2 KiB; a megabyte leaves room for what a product may add.
+/// two envelopes, needs 2 KiB; a megabyte leaves space for what a product may add.
 inline constexpr std::size_t kFrameBytes = std::size_t{1024} * 1024;
 
 /// Bytes waiting to be sent on one socket. A peer that is this far behind has stopped reading.

@@ -121,7 +121,7 @@ long LogOutput::WriteSome()
         errno = EAGAIN;
         return -1;
     }
-    // What a pipe that has room is sure to take at once.
+    // What a pipe that has space is sure to take at once.
     return ::write(m_fd, m_rest.data(), std::min<std::size_t>(m_rest.size(), PIPE_BUF));
 }
 

@@ -24,7 +24,7 @@ using google::protobuf::Message;
 using google::protobuf::Reflection;
 namespace util = google::protobuf::util;
 
-constexpr char kUrlPrefix[] = "type.house";
+constexpr char kUrlPrefix[] = "type.local";
 
 /// A value that the sender made as long as he liked must not fill the log.
 constexpr std::size_t kReasonBytes = 200;

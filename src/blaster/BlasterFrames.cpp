@@ -24,7 +24,7 @@ void Append(std::string& bytes, std::uint16_t number)
     bytes.push_back(static_cast<char>(number & 0xFF));
 }
 
-/// Length, command and, for the frames that have one, the device number; room for `more` bytes.
+/// Length, command and, for the frames that have one, the device number; space for `more` bytes.
 std::string Begin(std::uint8_t command, std::size_t more)
 {
     std::string frame;
