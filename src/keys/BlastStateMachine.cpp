@@ -23,7 +23,7 @@ void Trellan_ServiceKeyHandler::HandleBlastState(BlastEvent event, std::string c
         return;  // a tick that is armed still comes, and finds `BlastIdle`
     }
     if (m_elapsed == 0) {
-        // A state that begins late lasts its whole time: none of its ticks is made up for.
+        // A state that begins late lasts its whole time: the ticks missed before it do not count.
         m_timer->Stop();
     }
     m_timer->SetTimeouts(m_tick, 0);

@@ -149,7 +149,7 @@ TEST_F(BlastStateMachine, ShorterDelayShortensThePauseAndALateAnswerIsIgnored)
               "+110 answer ''\n+110 lpm 80 000701080318ff0000\n");
 }
 
-// The ticks of a burst are made up for, those of a pause are not.
+// The ticks that a state missed are made up for; those missed before it do not count.
 TEST_F(BlastStateMachine, ATaskThatWasHeldUpTakesNothingFromThePause)
 {
     Start();
