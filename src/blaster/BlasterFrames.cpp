@@ -24,7 +24,8 @@ void Append(std::string& bytes, std::uint16_t number)
     bytes.push_back(static_cast<char>(number & 0xFF));
 }
 
-/// Length, command and, for the frames that have one, the device number; space for `more` bytes.
+/// The start of a frame: length, command and, for the frames that have one, the device number.
+/// Reserves space for `more` bytes behind them.
 std::string Begin(std::uint8_t command, std::size_t more)
 {
     std::string frame;
@@ -106,6 +107,7 @@ std::vector<std::uint8_t> KeysOf(std::string_view reply)
     if (reply.size() <= kPayloadAt) {
         return {};
     }
+    // The reply may be shorter than its count, or longer: the shorter of the two is read.
     const std::size_t end = std::min<std::size_t>(reply.size(), ByteAt(reply, kCountAt) + 1U);
     if (end <= kPayloadAt) {
         return {};
@@ -121,6 +123,7 @@ std::vector<std::uint16_t> DevicesOf(std::string_view reply)
         return devices;
     }
     const std::string_view numbers = reply.substr(kPayloadAt + 1);
+    // The payload begins with the number of devices, which may promise more than the reply holds.
     const std::size_t count = std::min<std::size_t>(ByteAt(reply, kPayloadAt), numbers.size() / 2);
     for (std::size_t i = 0; i < count; ++i) {
         devices.push_back(

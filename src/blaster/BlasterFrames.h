@@ -45,10 +45,12 @@ std::string Success();
 /// `kNoStatus` for a reply under two bytes.
 std::uint8_t Status(std::string_view reply);
 
-/// The UEI keys of a key map reply; those that are there, if the count promises more.
+/// The UEI keys of a key map reply. If the count promises more than the reply holds, those that are
+/// there.
 std::vector<std::uint8_t> KeysOf(std::string_view reply);
 
-/// The device numbers of a list reply; those that are there whole, if the count promises more.
+/// The device numbers of a list reply. If the count promises more than the reply holds, those that
+/// are there in full.
 std::vector<std::uint16_t> DevicesOf(std::string_view reply);
 
 }  // namespace TrellanService::BlasterFrames

@@ -29,7 +29,7 @@ void Trellan_ServiceBlasterProxy::Enqueue(WaitingQueue<C>& queue, const C& callb
     ArmExpiry();
 }
 
-/// The entry leaves its queue before it is called, for the call may queue the next one.
+/// The entry leaves its queue before it is called, because the call may queue the next load.
 template <class C, class Response>
 void Trellan_ServiceBlasterProxy::CallEntry(WaitingQueue<C>& queue, std::size_t index,
                                             const Response& response)
@@ -96,6 +96,7 @@ void Trellan_ServiceBlasterProxy::BeginBulkTransfer(const std::string& frame, st
 void Trellan_ServiceBlasterProxy::BulkTransferComplete(const BulkTransferResponse& response)
 {
     kLog.Log(3, "Bulk transfer complete status {}", static_cast<int>(response.result()));
+    // The LPM has the bytes, but the blaster may still refuse them: the entry waits for id 83.
     if (response.result() == BULK_TRANSFER_SUCCESS) {
         kLog.Put(4, "Bulk transfer successful, wait for blaster message");
         return;
@@ -106,6 +107,8 @@ void Trellan_ServiceBlasterProxy::BulkTransferComplete(const BulkTransferRespons
 
 void Trellan_ServiceBlasterProxy::BulkTransferFailed(const BulkTransferResponse& response)
 {
+    // A result names no request. The order of the queues decides, the same order as for the
+    // blaster's own result.
     if (!m_osmQueue.empty()) {
         FailLoad(m_osmQueue, 0);
     } else if (!m_directEntryQueue.empty()) {
@@ -124,12 +127,13 @@ void Trellan_ServiceBlasterProxy::UeiBulkTransferCompleteCb(const TRS_BlasterMsg
     DirectEntryResp_t directEntryResponse;
     m_responses.FillDirectEntryResp(directEntryResponse);
     // Of a load for the source list only the transfer counts: a code set that the blaster refuses
-    // does not keep the next ones out.
+    // must not stop the sync before the code sets behind it.
     BulkTransferResponse sourceListResponse;
     sourceListResponse.set_result(BULK_TRANSFER_SUCCESS);
 
     const std::uint8_t status = BlasterFrames::Status(message.blaster_msg());
     kLog.Log(3, "Bulk transfer complete status = {:x}", status & 0x0F);
+    // The three low bits say whether the load failed; each failure of the blaster sets one of them.
     if ((status & 0x07) == 0) {
         kLog.Put(3, "Codeset successfully loaded in blaster");
         osmResponse.set_lastresult(kContinue);
@@ -155,6 +159,7 @@ void Trellan_ServiceBlasterProxy::UeiBulkRXTransferCompleteCb(const BulkTransfer
 {
     if (!m_keyMapQueue.empty()) {
         kLog.Put(4, "GetKeyMap callback function exists");
+        // The oldest query is the one that is answered: key maps come in the order of the queries.
         CallEntry(m_keyMapQueue, 0, message.data());
     }
     kLog.Put(4, "GetKeyMap bulk transfer from LPM complete");
@@ -187,6 +192,8 @@ void Trellan_ServiceBlasterProxy::FailLoad(WaitingQueue<SourceListCallback>& que
 
 bool Trellan_ServiceBlasterProxy::RefuseLoad()
 {
+    // The caller queued its callback just before. Only an entry with the last number is that one;
+    // an older entry belongs to a load that is under way.
     const auto failLast = [this](auto& queue) {
         if (!queue.empty() && queue.back().number == m_loads) {
             FailLoad(queue, queue.size() - 1);
@@ -202,15 +209,18 @@ bool Trellan_ServiceBlasterProxy::RefuseLoad()
 
 void Trellan_ServiceBlasterProxy::ExpireWaiting()
 {
-    // What a callback queues meanwhile, perhaps behind a long download, is younger than `now`.
+    // `now` is taken once. An entry that a callback queues meanwhile, perhaps after a long
+    // download, is younger and stays.
     GiveUp([now = MonotonicClock::NowMs()](const auto& entry) {
         return entry.queuedAtMs + kAnswerTimeoutMs <= now;
     });
 }
 
-/// There is a new link: the answers to what went out by the one before it are lost.
+/// After a new link: the answers to what was sent by the link before it are lost.
 void Trellan_ServiceBlasterProxy::GiveUpLost()
 {
+    // `last` is taken once, so that a load which a callback begins on the new link is not given up
+    // too.
     GiveUp([last = m_loads](const auto& entry) { return entry.number <= last; });
 }
 
@@ -218,6 +228,7 @@ template <class IsLost>
 void Trellan_ServiceBlasterProxy::GiveUp(IsLost isLost)
 {
     const auto giveUp = [this, &isLost](auto& queue) {
+        // Entries are in the order of their age, so the first that is not lost ends the loop.
         while (!queue.empty() && isLost(queue.front())) {
             kLog.Put(2, "No answer to a bulk transfer, giving it up");
             FailLoad(queue, 0);
@@ -228,6 +239,8 @@ void Trellan_ServiceBlasterProxy::GiveUp(IsLost isLost)
     giveUp(m_sourceListQueue);
     while (!m_keyMapQueue.empty() && isLost(m_keyMapQueue.front())) {
         kLog.Put(2, "No answer to a key map query, giving it up");
+        // Dropped without a call: a sync that misses an answer ends there, and a command fails when
+        // its callback is dropped.
         m_keyMapQueue.erase(m_keyMapQueue.begin());
     }
     ArmExpiry();
@@ -245,11 +258,13 @@ void Trellan_ServiceBlasterProxy::ArmExpiry()
     look(m_directEntryQueue);
     look(m_sourceListQueue);
     look(m_keyMapQueue);
+    // Stopped first, so that the time-out counts from now, not from the tick that may be running.
     m_expiryTimer->Stop();
     if (oldest == UINT64_MAX) {
         return;
     }
     const std::uint64_t waited = MonotonicClock::NowMs() - oldest;
+    // 1 ms for an entry that is overdue already: it is given up by the timer, not within this call.
     const std::uint64_t left = waited < kAnswerTimeoutMs ? kAnswerTimeoutMs - waited : 1;
     m_expiryTimer->SetTimeouts(static_cast<std::uint32_t>(left), 0);
     m_expiryTimer->Start([this] { ExpireWaiting(); });

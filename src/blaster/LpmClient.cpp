@@ -12,7 +12,8 @@ namespace TrellanService {
 
 namespace {
 
-/// Stays until the thread's next packet: its strings keep their memory from key to key.
+/// Valid until the next packet of the same thread. It is reused so that its strings keep their
+/// memory from key to key.
 const LPMIpcServicePacket& Packet(const google::protobuf::Message& message, Ipc_Device_t device)
 {
     thread_local LPMIpcServicePacket packet;

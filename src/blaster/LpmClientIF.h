@@ -10,14 +10,13 @@
 
 namespace TrellanService {
 
-/// The LPM's functions that this service uses, in the order in which the LPM side lists them among
-/// its many others.
+/// The functions of the LPM that this service uses.
 class LpmClientIF : public virtual LpmClientLiteIF {
 public:
     ~LpmClientIF() override = default;
 
-    /// Sends a blaster frame as a request; `callback` gets the blaster's reply, or is never called.
-    /// Dropping the connection does not cancel the request.
+    /// Sends a blaster frame as a request. `callback` gets the blaster's reply; it is never called
+    /// if the reply is lost. Dropping the connection object does not cancel the request.
     virtual CallbackConnection TRS_SendToBlaster(
         const LpmServiceMessages::TRS_BlasterMsg_t& message,
         Callback<LpmServiceMessages::TRS_BlasterMsg_t> callback,
@@ -33,7 +32,7 @@ public:
     virtual void TRS_SendKeyToBlaster(const LpmServiceMessages::TRS_BlasterMsg_t& message,
                                       LpmServiceMessages::Ipc_Device_t device) = 0;
 
-    /// Asks for a key map, which comes as an event of its own.
+    /// Asks for a key map, which comes as a separate event.
     virtual void TRS_SendBlasterKeyMapRqst(const LpmServiceMessages::TRS_BlasterMsg_t& message,
                                            LpmServiceMessages::Ipc_Device_t device) = 0;
 
@@ -44,8 +43,8 @@ public:
 /// Whether the manufacturing data's "mockLPM" is the word true, in any mix of cases.
 bool IsMockLpm();
 
-/// A client, not yet connected: the real one, or on a product without an LPM the mock. The name is
-/// for the caller's own record.
+/// A client that is not connected yet: the real one, or the mock on a product without an LPM. The
+/// name has no effect.
 std::shared_ptr<LpmClientIF> CreateLpmClient(const std::string& name, NotifyTargetTaskIF* task);
 
 }  // namespace TrellanService

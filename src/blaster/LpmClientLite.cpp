@@ -17,7 +17,7 @@ constexpr DPrint kLog("LpmClientLite");
 constexpr const char* kServiceName = "LpmService";
 constexpr std::uint32_t kRetryMs = 1000;
 
-/// The bulk requests leave the type of what they carry unnamed.
+/// The bulk requests carry one type each, so the field for its name is not set.
 LPMIpcServicePacket BulkPacket(const BulkNotifyData_t& message, Ipc_Device_t device)
 {
     LPMIpcServicePacket packet;
@@ -46,12 +46,13 @@ LpmClientLite::LpmClientLite(NotifyTargetTaskIF* task)
     : m_task(task), m_listener(IL::CreateClientListener("LpmClientListener", kRetryMs))
 {
     m_router = IPCMessageRouterFactory::CreateRouter("LpmClient", task, nullptr);
-    // A callback that does nothing, until one is set: there is always one to call.
+    // A default, so that there is always a callback to call.
     m_disconnectCallback = AsyncCallback<>([] {}, task);
 }
 
 void LpmClientLite::Connect(const Callback<bool>& callback)
 {
+    // `Connect` may come from any thread, but listener and router belong to the task.
     IL::BreakThread([self = shared_from_this(), callback] { self->ConnectToService(callback); },
                     m_task);
 }
@@ -75,7 +76,9 @@ void LpmClientLite::ConnectToService(const Callback<bool>& callback)
 
 void LpmClientLite::OnSocketConnected(const Orlu::SocketPtr& socket, const Callback<bool>& callback)
 {
-    // Weakly as well: the router may be held by others when this object goes.
+    // Held weakly too: others may hold the router after this object is gone.
+    // The router stays the same over all connections, so handlers that were added once stay in
+    // force.
     m_router->Connect(socket, [weak = weak_from_this()] {
         if (const auto self = weak.lock()) {
             self->HandleDisconnect();
@@ -168,8 +171,8 @@ void LpmClientLite::SendBulkDataTimed(const BulkNotifyData_t& message,
 
 bool LpmClientLite::Deadline::Pass()
 {
+    // The answer and the time-out may be due in one wake-up; only the first of them counts.
     timer->Stop();
-    // Reply and timeout may both be due now; the first one to ask wins.
     return !std::exchange(passed, true);
 }
 
@@ -177,7 +180,7 @@ void LpmClientLite::StartDeadline(const std::shared_ptr<Deadline>& deadline, std
                                   const LpmTimedOut& timedOut)
 {
     deadline->timer->Start([deadline, id, timedOut] {
-        // A reply that arrives after the timeout must not call the callback too.
+        // The router drops the request, so a late answer reaches no callback.
         deadline->request.Disconnect();
         if (deadline->Pass() && timedOut) {
             timedOut(id);

@@ -11,12 +11,13 @@
 
 namespace TrellanService {
 
-/// Keeps the link to "LpmService": tries each second in the background, takes every socket that
-/// the listener brings, and says when one is lost. Held by shared pointers only; bound to one task.
+/// Keeps the link to "LpmService": tries each second in the background, takes every socket that the
+/// listener brings, and reports the loss of one. Held by shared pointers only; bound to one task.
 class LpmClientLite : public virtual LpmClientLiteIF,
                       public std::enable_shared_from_this<LpmClientLite> {
 public:
-    /// `task` runs all that the client does of its own accord; not owned. Connects to nothing yet.
+    /// `task` runs everything that the client does by itself; not owned. The constructor connects
+    /// to nothing.
     explicit LpmClientLite(NotifyTargetTaskIF* task);
 
     void Connect(const Callback<bool>& callback) override;
@@ -42,7 +43,7 @@ public:
                            LpmServiceMessages::Ipc_Device_t device) override;
 
 protected:
-    /// An empty connection, and nothing sent, without a router.
+    /// Without a router, or while it is not connected, nothing is sent and the connection is empty.
     template <class Response>
     CallbackConnection Request(std::uint32_t id, const google::protobuf::Message& message,
                                Callback<Response> callback)
@@ -75,13 +76,13 @@ protected:
     }
 
 private:
-    /// The one end of a timed request: its answer, or its time-out.
+    /// The end of a timed request: its answer or its time-out, whichever is first.
     struct Deadline {
         std::shared_ptr<APTimer> timer;
         CallbackConnection request;
         bool passed = false;
 
-        /// True for the first of the two; the timer is stopped.
+        /// Stops the timer. True at the first call only.
         bool Pass();
     };
 

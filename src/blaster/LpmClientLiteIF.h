@@ -12,11 +12,14 @@
 
 namespace TrellanService {
 
-/// What a request that got no answer in time calls, with the id of the request.
+/// Called with the id of a request that got no answer in time.
 using LpmTimedOut = std::function<void(std::uint32_t id)>;
 
-/// The link to the LPM service and what every client of it can ask for. Inherited virtually, so
-/// that a client holds one router, whichever of its faces is used.
+/// The link to the LPM service and the requests that all its clients share. Inherited virtually, so
+/// that a client has one router, whichever of its interfaces is used.
+///
+/// Callbacks run on the client's task. Without a link nothing is sent and no callback is called;
+/// only the timed requests end, by their time-out.
 ///
 /// Callbacks run on the client's task. Without a link nothing is sent and nothing is called; only
 /// the timed forms end such a request.
@@ -24,8 +27,8 @@ class LpmClientLiteIF {
 public:
     virtual ~LpmClientLiteIF() = default;
 
-    /// From any thread; returns at once. `callback` is called with true each time a link stands,
-    /// never with false.
+    /// From any thread; returns at once. `callback` is called with true each time a link is
+    /// established, never with false.
     virtual void Connect(const Callback<bool>& callback) = 0;
 
     /// From any thread: makes no further connection; `callback` follows on the client's task.
@@ -39,8 +42,8 @@ public:
     /// Called on the client's task each time the link is lost.
     virtual void SetDisconnectCallback(const std::function<void()>& callback) = 0;
 
-    /// The bulk requests: a file of the LPM's, or the bytes in the message. The timed forms call
-    /// either `callback`, or `timedOut` after `timeoutMs`; the others wait for ever.
+    /// The bulk requests: a file of the LPM's, or the bytes in the message. The timed ones call
+    /// either `callback`, or `timedOut` after `timeoutMs`; the others wait without limit.
     virtual void SendBulkFile(const LpmServiceMessages::BulkNotifyData_t& message,
                               const Callback<LpmServiceMessages::BulkTransferResponse>& callback,
                               LpmServiceMessages::Ipc_Device_t device) = 0;

@@ -7,8 +7,9 @@
 
 namespace TrellanService {
 
-/// The client on a product without an LPM: it counts as connected at once and has no connection.
-/// Each function says in the log that it is not there; no callback but `Connect`'s is ever called.
+/// The client on a product without an LPM. It reports a connection at once and sends nothing. Each
+/// of the other functions logs that it is not implemented; no callback but that of `Connect` is
+/// ever called.
 class MockLpmClient : public LpmClientIF, public LpmClientLite {
 public:
     using LpmClientLite::LpmClientLite;

@@ -47,10 +47,12 @@ Trellan_ServiceBlasterProxy::Trellan_ServiceBlasterProxy(NotifyTargetTaskIF* tas
     m_client = CreateLpmClient("TRSLpmClient", task);
     m_client->Connect([this](const bool& connected) {
         kLog.Put(3, connected ? "TRS lpmClient connected" : "TRS lpmClient not connected");
+        // The first link has lost no answer, and a load may have been queued before it was there.
         if (std::exchange(m_hasBeenLinked, true)) {
             GiveUpLost();
         }
     });
+    // Connecting is queued work, so the handlers are in place before the first message.
     AttachForEvents();
     kLog.Log(4, "Client = {}", fmt::ptr(m_client.get()));
 }
@@ -69,7 +71,8 @@ void Trellan_ServiceBlasterProxy::Initialize()
 
 void Trellan_ServiceBlasterProxy::AttachForEvents()
 {
-    // Queued as the transfer's answer is: of two that arrive together the first stays the first.
+    // Queued because the answer to the transfer is queued too: of two that arrive together the
+    // first must stay the first.
     const AsyncCallback<TRS_BlasterMsg_t> blasterDone(
         [this](const TRS_BlasterMsg_t& message) { UeiBulkTransferCompleteCb(message); }, m_task);
     m_client->Router()->AddHandler<TRS_BlasterMsg_t>(
@@ -107,7 +110,8 @@ bool Trellan_ServiceBlasterProxy::SendBlasterKey(const std::string& codeset, std
     if (flag != 0) {
         return SendFrame(std::move(frame), callback);
     }
-    // A held key's pace does not wait for the blaster, so its caller gets the shape of a reply now.
+    // A held key does not wait for the blaster, so its caller gets a success in the shape of a
+    // reply at once.
     m_client->TRS_SendKeyToBlaster(Message(std::move(frame)), IPC_DEVICE_LPM);
     callback(BlasterFrames::Success());
     return true;
@@ -132,6 +136,7 @@ bool Trellan_ServiceBlasterProxy::GetBlasterKeyMap(const std::string& codeset,
         return NotValid(codeset, callback);
     }
     m_client->TRS_SendBlasterKeyMapRqst(Message(BlasterFrames::KeyMap(device)), IPC_DEVICE_LPM);
+    // No answer can overtake this: it is read on this task.
     QueueKeyMap(callback);
     return true;
 }
@@ -172,6 +177,8 @@ bool Trellan_ServiceBlasterProxy::StoreCodesetInBlaster(const std::string& codes
     }
     if (size > BlasterFrames::kMaxStoreBytes) {
         kLog.Log(2, "Codeset {} of {} bytes is too large for the blaster", codeset, size);
+        // The callback that was queued for this load would otherwise wait for 30 s, or take the
+        // result of the next load.
         return RefuseLoad();
     }
     const std::string frame = BlasterFrames::Store(device, std::span(data, size));
@@ -198,6 +205,7 @@ void Trellan_ServiceBlasterProxy::SendCecKey(std::uint32_t value, std::uint32_t 
     message.set_value(value);
     message.set_state(state);
     m_client->SendCecKey(message, IPC_DEVICE_LPM);
+    // The LPM does not answer a CEC key.
     callback("CEC key sent");
 }
 

@@ -15,8 +15,13 @@
 
 namespace TrellanService {
 
-/// The one place where the service meets the blaster: turns wishes into frames and keeps each
-/// caller's callback until its answer comes. On the server task.
+/// The only sender of blaster frames in the service: builds the frames and keeps each caller's
+/// callback until its answer comes. On the server task.
+///
+/// A blaster's reply goes to the caller unchanged, as raw bytes in a string. A function that
+/// returns a bool returns true if the frame was handed to the client; that does not mean that it
+/// was sent. Answers to loads and key maps do not name their request: they are matched by order
+/// alone.
 ///
 /// A `BlasterReply` goes to the caller as it came, as raw bytes in a string. Where a bool is given,
 /// true means that the frame was handed to the client, no more. Answers to loads and key maps carry
@@ -51,13 +56,13 @@ public:
                         const StringCallback& callback);
     bool SendEndKey(const StringCallback& callback);
 
-    /// Hands what was sent up to now to the LPM service at once, not at the end of the wake-up.
+    /// Writes what was sent up to now to the socket at once, not at the end of the wake-up.
     void Flush();
 
-    /// False for a name without a device number; `callback` then gets the name and
-    /// " not valid codeset". A key map goes to the request that has waited longest; one that has
-    /// waited for 30 s, or for a link that was lost, is dropped, uncalled, so that it can't catch
-    /// the answer of a later one.
+    /// False for a name without a device number; `callback` then gets the name and " not valid
+    /// codeset". A key map goes to the oldest query. A query that has waited for 30 s, or whose
+    /// link was lost, is dropped without a call, so that it cannot take the answer of a later
+    /// query.
     bool GetBlasterKeyMap(const std::string& codeset, const StringCallback& callback);
     bool DeleteCodesetFromBlaster(const std::string& codeset, const StringCallback& callback);
 
@@ -65,17 +70,17 @@ public:
     bool ResetBlaster(const StringCallback& callback);
     bool SendGetVersion(const StringCallback& callback);
 
-    /// Begins a load; a callback that is to get its result is queued before. False, and nothing
-    /// sent, for a name without a device number; the callback then waits as for a lost result.
-    /// False too for more data than a store frame can carry; the callback that was queued last is
-    /// then answered as a failed transfer, before this returns.
+    /// Begins a load. A callback that is to get its result must be queued before. False, and
+    /// nothing sent, for a name without a device number; the callback then waits as for a lost
+    /// result. False too for more data than a store frame can carry; the callback that was queued
+    /// last is then called with a failed transfer, before this returns.
     bool StoreCodesetInBlaster(const std::string& codeset, const std::uint8_t* data,
                                std::uint32_t size);
 
-    /// Waits for the result of a load. A result goes to the front of the first queue that holds
-    /// anything: guided test, direct entry, source list. An entry that no result has reached after
-    /// 30 s, or when the LPM service is back after its link was lost, is answered as a failed
-    /// transfer, so that it can't catch the answer of a later load.
+    /// Queues a callback for the result of a load. A result goes to the front of the first queue
+    /// that is not empty: guided test, direct entry, source list. An entry that no result has
+    /// reached after 30 s, or when a lost link to the LPM service is back, is called with a failed
+    /// transfer, so that it cannot take the result of a later load.
     void QueueCallback(const OSMCallback& callback);
     void QueueCallback(const DirectEntryCallback& callback);
     void QueueCallback(const SourceListCallback& callback);
@@ -103,7 +108,7 @@ private:
     struct Waiting {
         C callback;
         std::uint64_t queuedAtMs;
-        std::uint64_t number;  ///< Grows from load to load.
+        std::uint64_t number;  ///< Grows with each entry, over all queues.
     };
     template <class C>
     using WaitingQueue = std::vector<Waiting<C>>;

@@ -10,8 +10,8 @@ namespace TrellanService {
 
 class Trellan_Server;
 
-/// Takes note of each CEC message from the LPM, over a connection of its own. On the server task.
-/// CEC keys go out through the blaster proxy, not here.
+/// Logs each CEC message from the LPM, over a connection of its own. On the server task. CEC keys
+/// are sent by the blaster proxy, not here.
 class Trellan_ServiceCecIF {
 public:
     /// The instance; `server` counts at the first call only.
@@ -27,7 +27,7 @@ public:
     Trellan_ServiceCecIF(const Trellan_ServiceCecIF&) = delete;
     Trellan_ServiceCecIF& operator=(const Trellan_ServiceCecIF&) = delete;
 
-    /// Makes the client, which connects in the background, and listens.
+    /// Makes the client, which connects in the background, and adds the handler.
     void Initialize();
 
     /// True if a client exists. The message's content is not read.

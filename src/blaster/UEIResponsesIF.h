@@ -6,8 +6,8 @@
 
 namespace TrellanService {
 
-/// Fills the answer to a load from the state of the guided test or of direct entry. `lastResult` is
-/// the proxy's own to set, afterwards.
+/// Fills the answer to a load from the state of the guided test or of direct entry. The proxy sets
+/// `lastResult` afterwards.
 class UEIResponsesIF {
 public:
     virtual ~UEIResponsesIF() = default;

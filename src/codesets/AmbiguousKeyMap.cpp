@@ -11,6 +11,7 @@ BlasterKeyMap ReadBlasterKeyMap(std::string_view answer)
 {
     constexpr std::size_t kHead = 2;
     BlasterKeyMap map;
+    // The count includes the status byte, so a count of 1 means that there are no keys.
     const std::size_t behindCount = answer.empty() ? 0 : static_cast<std::uint8_t>(answer[0]);
     if (behindCount <= 1 || answer.size() <= kHead) {
         return map;
@@ -25,9 +26,9 @@ BlasterKeyMap ReadBlasterKeyMap(std::string_view answer)
 
 void Trellan_ServiceCodesetHandler::CalculateAmbiguousKeyMap(std::string_view answer)
 {
+    // A source list may have removed the entry after the query went out.
     const auto found = m_position ? m_codesets.find(*m_position) : m_codesets.end();
     if (found == m_codesets.end()) {
-        // A source list has removed the entry while the blaster answered.
         return;
     }
     auto& [name, entry] = *found;

@@ -12,8 +12,8 @@
 
 namespace TrellanService {
 
-/// The UEI keys that can serve as the meaning of a product key. A key's place here is its bit in an
-/// ambiguous key bit map.
+/// The UEI keys that a product key can be resolved to depending on the code set. The index of a key
+/// is its bit in an ambiguous key bit map.
 inline constexpr std::array<UEIKeyNamesPB::ueikey, 27> kAmbiguousKeys = {
     UEIKeyNamesPB::kKey_CHANNEL_ENTER, UEIKeyNamesPB::kKey_MENU_SELECT,
     UEIKeyNamesPB::kKey_PVR_MENU,      UEIKeyNamesPB::kKey_RECORDINGS,
@@ -37,7 +37,7 @@ constexpr std::uint32_t AmbiguousKeyBit(int ueiKey)
     return row == kAmbiguousKeys.end() ? 0U : 1U << (row - kAmbiguousKeys.begin());
 }
 
-/// What a code set holds, as the blaster tells it.
+/// The keys of a code set, from the blaster's reply to a key map query.
 struct BlasterKeyMap {
     std::uint32_t ambiguousKeyBitMap = 0;
     std::vector<std::uint8_t> ueiKeys;  ///< In the blaster's order.

@@ -26,10 +26,11 @@ bool Trellan_ServiceCodesetHandler::syncCodesets()
     }
     kCodesetLog.Put(3, "Syncing blaster codesets to source list codesets");
     kCodesetLog.Put(3, "Resetting the blaster");
-    // The client learns of the sync before its first step, so that it never gets the end alone.
+    // From here the answers to the steps of an earlier sync are dropped: they carry its number.
     m_server.NotifyBlasterSyncComplete(false);
-    // From here on the answers of an earlier sync are ignored: see `OfThisSync`.
     ++m_syncs;
+    // The reset removes every code set, also those that the source list no longer names, or that a
+    // guided test left behind.
     m_sync.ResetBlaster(AsyncCallback<std::string>(
         OfThisSync(&Trellan_ServiceCodesetHandler::BlasterReset), m_sync.BlasterTask()));
     return true;
@@ -38,6 +39,7 @@ bool Trellan_ServiceCodesetHandler::syncCodesets()
 void Trellan_ServiceCodesetHandler::BlasterReset(const std::string& reply)
 {
     if (const std::uint32_t status = Status(reply); status != 0) {
+        // The sync ends here. The state stays `SendKeySyncPending`, in which keys go by CEC.
         kCodesetLog.Log(3, "TRS load blaster codeset failed reason {}", status);
         return;
     }
@@ -50,7 +52,8 @@ bool Trellan_ServiceCodesetHandler::RestartedByAbort()
     if (!m_abortSync) {
         return false;
     }
-    // Cleared first: the new sync reads the list as it stands now.
+    // A new list has changed the map since the last step. Going on would keep removed code sets in
+    // the blaster and miss new ones whose names are before the position.
     m_abortSync = false;
     syncCodesets();
     return true;
@@ -62,14 +65,14 @@ void Trellan_ServiceCodesetHandler::LoadCodesetsInBlaster()
         return;
     }
     if (!m_position) {
-        // The blaster has all code sets. Their keys are read back from it, because only the blaster
-        // knows what it can send.
         kCodesetLog.Put(3, "Done loading codesets");
         Rewind();
+        // The blaster answers a key map query only for a code set that it holds.
         GetAmbiguousKeyMap();
         return;
     }
-    const std::string name = *m_position;  // the answer, which moves the position, may come within
+    // A copy: the callback moves the position, and may be called before `LoadCodeset` returns.
+    const std::string name = *m_position;
     kCodesetLog.Log(3, "Loading codeset {} in blaster", name);
     m_sync.LoadCodeset(name, OfThisSync(&Trellan_ServiceCodesetHandler::CodesetLoaded),
                        kOnlineSession);
@@ -81,6 +84,8 @@ void Trellan_ServiceCodesetHandler::CodesetLoaded(const BulkTransferResponse& re
         kCodesetLog.Put(3, "TRS load blaster codeset failed");
         return;
     }
+    // Success means that the transfer went through. A code set that the blaster itself refused
+    // comes here as well, so that it does not keep the others out.
     Advance();
     LoadCodesetsInBlaster();
 }
@@ -92,12 +97,9 @@ void Trellan_ServiceCodesetHandler::GetAmbiguousKeyMap()
     }
     if (!m_position) {
         kCodesetLog.Put(3, "Done storing ambiguous key bit maps");
+        // `safeToBlast` is part of the file, so the whitelist comes before the store.
         AddWhiteListStatus();
-        // After the whitelist: the first key may come as soon as the state is ready, and must find
-        // whether it may go on without a pause.
         SetSendKeyState(SendKeyReady);
-        // The file is written last. A process that dies before finds an older list, and syncs
-        // again.
         StoreCodesetConfig();
         m_server.NotifyBlasterSyncComplete(true);
         return;
@@ -129,7 +131,8 @@ void Trellan_ServiceCodesetHandler::PlaceAt(CodesetMap::const_iterator entry)
 void Trellan_ServiceCodesetHandler::Advance()
 {
     if (m_position) {
-        // By name, not by iterator: a source list may have erased the entry meanwhile.
+        // `upper_bound`, not the next iterator: a source list may have removed the entry at the
+        // position.
         PlaceAt(m_codesets.upper_bound(*m_position));
     }
 }

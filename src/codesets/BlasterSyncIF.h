@@ -16,7 +16,7 @@ class BlasterSyncIF {
 public:
     virtual ~BlasterSyncIF() = default;
 
-    /// Whether the cloud can be reached; may block while it is tried.
+    /// Whether the cloud can be reached. Blocks the task while it is tried.
     virtual bool TestConnection() = 0;
 
     /// Downloads a code set, which blocks, and transfers it to the blaster. `callback` gets the
@@ -25,16 +25,17 @@ public:
                              const Callback<LpmServiceMessages::BulkTransferResponse>& callback,
                              std::uint32_t kind) = 0;
 
-    /// Both callbacks get the blaster's reply as raw bytes; the low four bits of the second one are
-    /// the status.
+    /// Both callbacks get the blaster's reply as raw bytes. The low four bits of the second byte
+    /// are the status. A callback whose reply is lost is never called.
     virtual void ResetBlaster(const AsyncCallback<std::string>& callback) = 0;
     virtual void GetBlasterKeyMap(const std::string& name,
                                   const AsyncCallback<std::string>& callback) = 0;
 
-    /// The task is about to wait for the disk: ends a burst that must not outlast it.
+    /// To be called before the task waits for the disk: ends a burst that would otherwise last too
+    /// long.
     virtual void EndBurst() = 0;
 
-    /// The task to which these callbacks are bound.
+    /// The task to which a sync binds its callbacks.
     virtual NotifyTargetTaskIF* BlasterTask() = 0;
 };
 

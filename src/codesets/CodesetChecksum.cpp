@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The one-shot digests of OpenSSL 3 bring its providers along, a megabyte of them; the plain MD5 is
-// enough for a fingerprint.
+// The one-shot digests of OpenSSL 3 load its providers, which cost a megabyte of memory. The plain
+// MD5 functions are enough for a fingerprint.
 #define OPENSSL_SUPPRESS_DEPRECATED
 
 #include <array>
@@ -22,6 +22,7 @@ void Trellan_ServiceCodesetHandler::StoreCodesetChecksum(const char* name, const
     MD5_Update(&context, data, length);
     MD5_Final(digest.data(), &context);
     const auto entry = m_codesets.find(std::string_view(name));
+    // `trs load_codeset` may load a code set that no source uses; its fingerprint is not needed.
     if (entry != m_codesets.end()) {
         entry->second.checksum = fmt::format("{:02x}", fmt::join(digest, ""));
     }

@@ -4,7 +4,7 @@
 
 namespace TrellanService {
 
-/// What the code set handler asks of the server task and tells it. On that task.
+/// What the code set handler asks the server task and reports to it. Called on that task.
 class CodesetServerIF {
 public:
     virtual ~CodesetServerIF() = default;

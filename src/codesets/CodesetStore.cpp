@@ -31,7 +31,7 @@ void WriteDetails(const CodesetEntry& entry, CodesetConfig::CodesetDetails& deta
     details.set_ambiguouskeybitmap(entry.ambiguousKeyBitMap);
     details.set_checksum(entry.checksum);
     details.set_safetoblast(entry.safeToBlast);
-    // Set even without a key: an element without it would void the whole file when it is read.
+    // Set even if there are no keys: `ReadEntries` refuses the whole file if one element lacks it.
     CodesetConfig::CodesetKeys& keyMap = *details.mutable_keymap();
     for (const std::uint8_t key : entry.ueiKeys) {
         keyMap.add_keys(key);
@@ -49,11 +49,11 @@ void Trellan_ServiceCodesetHandler::InitCodesetMap()
 {
     const std::string path = ConfigPath();
     kCodesetLog.Log(3, "CodesetConfig file is {}", path);
+    // Set even if reading fails. Later lists must not read the file again: the map then knows more.
     m_initialized = true;
     const auto text = SystemUtils::ReadFile(path);
     if (!text || !ReadEntries(*text)) {
-        // Half a file is worse than none: an empty map leads to a sync, a partial one to missing
-        // keys.
+        // No entry is kept of a file that is damaged in parts: a sync loads the blaster anew.
         m_codesets.clear();
     }
 }
@@ -68,7 +68,6 @@ bool Trellan_ServiceCodesetHandler::ReadEntries(const std::string& text)
         return false;
     }
     for (const CodesetConfig::CodesetEntry& element : config.codesets()) {
-        // A name alone does not say what the blaster holds. The next source list loads it again.
         if (!element.has_details()) {
             continue;
         }
@@ -90,7 +89,7 @@ void Trellan_ServiceCodesetHandler::StoreCodesetConfig()
     }
     try {
         const std::string text = ProtoToMarkup::ToJson(config, true, false, false);
-        // Writing waits for the disk twice, and a key may be held since before the sync.
+        // `WriteFile` waits for the disk twice, and a key may have been held since before the sync.
         m_sync.EndBurst();
         SystemUtils::WriteFile(text.data(), text.data() + text.size(), ConfigPath());
     } catch (const ProtoToMarkup::MarkupError& error) {

@@ -17,7 +17,7 @@ struct DeviceClass {
     std::uint16_t highBits;
 };
 
-// Some classes share a number space; a device number does not tell those apart.
+// Some classes share their high bits; a device number does not tell these apart.
 constexpr std::array<DeviceClass, 11> kLowerTable = {{{'T', 0x0000},
                                                       {'C', 0x1000},
                                                       {'N', 0x2000},
@@ -39,9 +39,10 @@ constexpr std::array<DeviceClass, 10> kUpperTable = {{{'T', 0xB000},
                                                       {'M', 0xF000},
                                                       {'A', 0xF000},
                                                       {'D', 0xF000}}};
+// Numbers from here on take the upper table. Class H has no row there and is refused.
 constexpr std::uint16_t kFirstUpper = 4096;
 
-// The low 16 bits of a decimal number of any length; nothing for what is none.
+// The low 16 bits of a decimal number of any length; nothing if the text is not one.
 std::optional<std::uint16_t> LowBitsOfDecimal(std::string_view digits)
 {
     if (digits.empty()) {
@@ -52,6 +53,7 @@ std::optional<std::uint16_t> LowBitsOfDecimal(std::string_view digits)
         if (digit < '0' || digit > '9') {
             return std::nullopt;
         }
+        // Masked at each step, so that a text of any length cannot overflow.
         number = (number * 10 + static_cast<std::uint32_t>(digit - '0')) & 0xFFFF;
     }
     return static_cast<std::uint16_t>(number);

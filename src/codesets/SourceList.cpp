@@ -16,14 +16,15 @@ void Trellan_ServiceCodesetHandler::HandlePCSourceList(const SrcCiCodeMessage_t&
         case SendKeyStartup:
             if (!compareCodesets(sourceList)) {
                 FollowChangedList(sourceList);
-                // Without the cloud the sync waits for the cloud timer, which starts it once the
-                // cloud is found.
+                // `syncCodesets` would block on a connection test. Without the cloud it is left to
+                // the cloud timer, which begins the sync once the cloud is found.
                 if (m_server.IsCloudConnected()) {
                     syncCodesets();
                 }
                 break;
             }
-            // The store says that the blaster still holds these code sets, so no sync is needed.
+            // The blaster kept these code sets over the restart. The whitelist may have changed
+            // since.
             AddWhiteListStatus();
             SetSendKeyState(SendKeyReady);
             break;
@@ -33,17 +34,17 @@ void Trellan_ServiceCodesetHandler::HandlePCSourceList(const SrcCiCodeMessage_t&
                 syncCodesets();
                 break;
             }
-            // The client waits for the end of a sync, although there is none.
+            // The client hears that the list is in force, although nothing had to be loaded.
             m_server.NotifyBlasterSyncComplete(true);
             break;
-        // The blaster belongs to the guided test, whose end starts a sync with this list.
         case SendKeyOSM:
+            // The guided test owns the blaster. The sync at the end of the test takes this map.
             cacheCodesets(sourceList);
             break;
         case SendKeySyncPending:
             if (m_server.IsCloudConnected()) {
                 kCodesetLog.Put(3, "aborting current codeset sync");
-                // A step of the running sync cannot be taken back; its answer restarts the sync.
+                // A sync may be under way; its next step begins it anew with this map.
                 m_abortSync = true;
             }
             cacheCodesets(sourceList);
@@ -73,12 +74,11 @@ void Trellan_ServiceCodesetHandler::cacheCodesets(const SrcCiCodeMessage_t& sour
 {
     kCodesetLog.Put(3, "setting trs codeset map to match the source list codesets");
     const std::set<std::string_view> wanted(sourceList.cicode().begin(), sourceList.cicode().end());
-    // Entries that stay keep their key map and checksum: a new list often changes one code set
-    // only.
     std::erase_if(m_codesets, [&wanted](const auto& row) { return !wanted.contains(row.first); });
     for (const std::string& name : sourceList.cicode()) {
         std::uint16_t devNum = 0;
-        // A name without a device number cannot be loaded, and would end every sync.
+        // An entry that stays keeps its fingerprint and key map, which only a sync could bring
+        // back.
         if (name.empty() || m_codesets.contains(name) || !devStringTodevNum(name, devNum)) {
             continue;
         }

@@ -17,11 +17,11 @@ namespace TrellanService {
 
 /// What is known of one code set.
 struct CodesetEntry {
-    std::uint32_t devNum = 0;              ///< The blaster's number of it, 16 bits.
+    std::uint32_t devNum = 0;              ///< Its number in the blaster, 16 bits.
     std::uint32_t ambiguousKeyBitMap = 0;  ///< Bits of `kAmbiguousKeys`.
     std::string checksum;                  ///< MD5 of the binary in hexadecimal; empty: not loaded.
     bool safeToBlast = false;              ///< May be sent without pause.
-    std::vector<std::uint8_t> ueiKeys;     ///< The keys it holds, in the blaster's order.
+    std::vector<std::uint8_t> ueiKeys;     ///< Its UEI keys, in the blaster's order.
 };
 
 /// By name, byte by byte: the order in which code sets are loaded and written to the file.
@@ -35,7 +35,7 @@ enum SendKeyState : std::uint32_t {
     SendKeySyncPending = 3,  ///< The blaster must be synced, or a sync is running.
 };
 
-/// Knows which code sets the blaster holds, keeps that over a restart, and follows the product's
+/// Keeps track of the code sets in the blaster, also over a restart, and follows the product's
 /// source list. On the server task; lives until the process ends. An empty map is always safe: the
 /// blaster is then loaded anew.
 class Trellan_ServiceCodesetHandler {
@@ -57,18 +57,17 @@ public:
     /// not happened yet. Names that the list lacks do not count.
     bool compareCodesets(const TrellanServiceMessages::SrcCiCodeMessage_t& sourceList);
 
-    /// Makes the map hold exactly the list's code sets; entries that stay keep what they know. A
-    /// name that is none of a code set stays out.
+    /// Makes the map hold exactly the list's code sets. Entries that stay keep their data. A name
+    /// that is not a code set name is left out.
     void cacheCodesets(const TrellanServiceMessages::SrcCiCodeMessage_t& sourceList);
 
-    /// Begins to bring the blaster in step with the map: a reset, each code set in order of name, a
-    /// key map query for each, then whitelist, `SendKeyReady` and the file. Each step starts from
-    /// the answer to the last, so one that fails ends the sync; nothing is tried again here. Takes
-    /// the place of a sync that still runs. False: the cloud is out of reach, and nothing was
-    /// touched.
+    /// Starts a sync: a reset, each code set in order of name, a key map query for each, then
+    /// whitelist, `SendKeyReady` and the file. Each step starts from the answer to the step before,
+    /// so a failed step ends the sync; it is not tried again here. Replaces a sync that is still
+    /// running. False if the cloud is out of reach; then nothing was changed.
     bool syncCodesets();
 
-    /// Takes the fingerprint of a binary into the entry of that name; dropped if there is none.
+    /// Stores the fingerprint of a binary in the entry of that name; ignored if there is none.
     void StoreCodesetChecksum(const char* name, const std::uint8_t* data, std::uint32_t length);
 
     /// Fills the map from the file; one that is missing or damaged gives an empty map.
@@ -77,15 +76,15 @@ public:
     /// Writes the map to the file. A failure is logged, and the old file stands.
     void StoreCodesetConfig();
 
-    /// Works `safeToBlast` out for every entry from the whitelist file. A list that can't be read
-    /// as one changes nothing; one that is not there approves of no code set.
+    /// Sets `safeToBlast` of every entry from the whitelist file. A file that is not a whitelist
+    /// changes nothing; without a file no code set is approved.
     void AddWhiteListStatus();
 
     /// "uninitialized" until a list was applied.
     const std::string& GetWhiteListVersion() const { return m_whiteListVersion; }
 
-    /// From any task. False, with a log line, for a name without a device number: one that is no
-    /// capital letter with decimal digits behind it to its end, or of an unknown class.
+    /// From any task. False, with a log line, for a name without a device number. A valid name is a
+    /// capital letter of a known class, followed by decimal digits only.
     static bool devStringTodevNum(const std::string& name, std::uint16_t& devNum);
 
     /// Fills the entry at the position from the blaster's answer to a key map query; nothing if
@@ -117,7 +116,7 @@ private:
     void PlaceAt(CodesetMap::const_iterator entry);
     void Advance();
 
-    /// Takes `step` on the answer, unless another sync has begun by then.
+    /// Calls `step` with the answer, unless another sync has begun by then.
     template <class Answer>
     auto OfThisSync(void (Trellan_ServiceCodesetHandler::*step)(const Answer&))
     {
@@ -128,7 +127,7 @@ private:
         };
     }
     void BlasterReset(const std::string& reply);
-    /// Whether a new list came in the meantime; the sync then begins anew.
+    /// True if a new list came since the last step; the sync then begins anew.
     bool RestartedByAbort();
     void LoadCodesetsInBlaster();
     void CodesetLoaded(const LpmServiceMessages::BulkTransferResponse& response);
@@ -136,10 +135,10 @@ private:
     void KeyMapReceived(const std::string& reply);
 
     CodesetMap m_codesets;
-    // The code set whose answer a sync waits for; none behind the last one. By name, because a
-    // source list may take the entry away meanwhile, or put others next to it.
+    // The code set whose answer the sync waits for; empty after the last one. Held by name, because
+    // a source list may remove the entry or insert others next to it during the sync.
     std::optional<std::string> m_position;
-    std::uint32_t m_syncs = 0;  // begun so far
+    std::uint32_t m_syncs = 0;  // number of syncs begun so far
     SendKeyState m_sendKeyState = SendKeyStartup;
     bool m_initialized = false;
     bool m_abortSync = false;

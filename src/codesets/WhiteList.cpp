@@ -18,13 +18,12 @@ constexpr const char* kWhiteListFile = "WhiteList.json";
 
 using Approved = std::unordered_map<std::string_view, const WhiteList::ciCodeEntry*>;
 
-// False: there is a file, and it is no whitelist. Without a file the list is empty.
+// False if there is a file and it is not a whitelist. Without a file the list is empty.
 bool ReadWhiteList(const std::string& path, WhiteList::WhiteList& list)
 {
     const auto text = SystemUtils::ReadFile(path);
     if (!text) {
         kCodesetLog.Log(1, "Failed to load whitelist file {}", path);
-        // Every code set then loses its permission below, which is the safe side.
         return true;
     }
     try {
@@ -60,10 +59,10 @@ void Trellan_ServiceCodesetHandler::AddWhiteListStatus()
     const std::string path = std::string(kWhiteListDirectory) + kWhiteListFile;
     kCodesetLog.Log(3, "WhiteList file is {}", path);
     WhiteList::WhiteList list;
-    // A damaged file leaves the permissions of the store as they are.
     if (!ReadWhiteList(path, list)) {
         return;
     }
+    // Rendering the list is skipped where the line would not be written.
     if (DPrint::IsLog(3)) {
         kCodesetLog.Log(3, "White list file successfully{}",
                         ProtoToMarkup::ToJson(list, true, false, false));
@@ -71,9 +70,10 @@ void Trellan_ServiceCodesetHandler::AddWhiteListStatus()
     m_whiteListVersion = list.version();
     Approved approved;
     for (const WhiteList::ciCodeEntry& element : list.cicodes()) {
-        approved.emplace(element.name(), &element);  // of several with one name the first counts
+        approved.emplace(element.name(), &element);  // the first of several with one name counts
     }
     for (auto& [name, entry] : m_codesets) {
+        // Every entry is set, so that a code set that left the whitelist loses its permission.
         entry.safeToBlast = IsSafe(name, entry.checksum, approved);
     }
 }

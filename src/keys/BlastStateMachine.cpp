@@ -9,6 +9,8 @@ namespace TrellanService {
 
 namespace {
 
+// Key flags of the blaster. Both send until the end key; `kFirstBurst` announces that further
+// bursts may follow.
 constexpr std::uint8_t kContinuous = 0;
 constexpr std::uint8_t kFirstBurst = 0xFF;
 
@@ -17,20 +19,22 @@ constexpr std::uint8_t kFirstBurst = 0xFF;
 void Trellan_ServiceKeyHandler::HandleBlastState(BlastEvent event, std::string codeset,
                                                  std::uint32_t orluKey)
 {
-    // Every event counts as a tick, so messages about a held key shorten burst and pause.
+    // Each event counts as a tick, a press or a release too. An extra event can therefore shorten a
+    // burst or a pause, but never lengthen a burst.
     m_elapsed += m_tick;
     if (!Step(event, std::move(codeset), orluKey)) {
-        return;  // a tick that is armed still comes, and finds `BlastIdle`
+        return;  // a tick that is armed still comes; `StepIdle` ignores it
     }
     if (m_elapsed == 0) {
-        // A state that begins late lasts its whole time: the ticks missed before it do not count.
+        // `Stop` makes the timer count from now. Without it, ticks that are overdue would follow at
+        // once, and a pause that begins late would be too short.
         m_timer->Stop();
     }
     m_timer->SetTimeouts(m_tick, 0);
     m_timer->Start([this] { HandleBlastState(BlastTick, "", kInvalidUEIKey); });
 }
 
-// Whether the timer is to be armed again.
+// True if the timer must be armed again.
 bool Trellan_ServiceKeyHandler::Step(BlastEvent event, std::string codeset, std::uint32_t orluKey)
 {
     switch (m_blastState) {
@@ -54,6 +58,9 @@ bool Trellan_ServiceKeyHandler::Step(BlastEvent event, std::string codeset, std:
 void Trellan_ServiceKeyHandler::EndBurst()
 {
     if (m_blastState == BlastSending && !MayBlastContinuously(m_codeset)) {
+        // The task is about to block and runs no tick meanwhile. `Flush` is needed because the
+        // router writes at the end of the wake-up, which is after the wait. The state stays: once
+        // the burst's time is up, another end frame goes out, whose reply starts the pause.
         m_blasterProxy->SendEndKey(m_quietCallback);
         m_blasterProxy->Flush();
     }
@@ -71,9 +78,9 @@ bool Trellan_ServiceKeyHandler::StepIdle(BlastEvent event, std::string codeset,
     if (event != BlastPress) {
         return false;
     }
-    // With flag 0 the blaster repeats until the end key; 255 marks the first of several bursts.
     const bool continuous = MayBlastContinuously(codeset);
     kKeyLog.Put(3, continuous ? "Sending continuous key" : "Sending key in safe blast mode");
+    // The reply is not needed: the length of a burst is counted from here, not from the reply.
     sendKey(codeset, orluKey, continuous ? kContinuous : kFirstBurst, m_quietCallback);
     m_key = orluKey;
     m_codeset = std::move(codeset);
@@ -83,17 +90,17 @@ bool Trellan_ServiceKeyHandler::StepIdle(BlastEvent event, std::string codeset,
 
 bool Trellan_ServiceKeyHandler::StepSending(BlastEvent event)
 {
-    // Asked anew each time: a whitelist that comes during a press counts at once.
+    // Asked anew at each step, so that a whitelist that arrives during a press counts at once.
     const bool continuous = MayBlastContinuously(m_codeset);
     if (event == BlastRelease) {
-        // A key without pauses needs none behind it either, so the answer is not awaited.
+        // A safe key needs no pause, so the reply to its end key is not waited for.
         m_blasterProxy->SendEndKey(continuous ? m_quietCallback : m_endCallback);
         Enter(continuous ? BlastIdle : BlastEndWaitReleased);
         return !continuous;
     }
+    // A press in this state is dropped: it is no more than a tick.
     if (!continuous && TimeIsUp(m_maxBlastTime)) {
         m_blasterProxy->SendEndKey(m_endCallback);
-        // The pause counts from the answer, because only then the blaster is known to be off.
         Enter(BlastEndWaitHeld);
     }
     return true;
@@ -104,19 +111,21 @@ void Trellan_ServiceKeyHandler::StepEndWait(BlastEvent event)
     const bool held = m_blastState == BlastEndWaitHeld;
     if (held && event == BlastRelease) {
         Enter(BlastEndWaitReleased);
+        // The pause begins with the reply, not with the request: the blaster may be on until it has
+        // handled the end frame.
     } else if (event == BlastEndDone) {
         Enter(held ? BlastDelayHeld : BlastDelayReleased);
     } else if (TimeIsUp(m_keyDelay)) {
-        Enter(BlastDelayReleased);  // the answer is lost: no further burst
+        Enter(BlastDelayReleased);  // no reply: the blaster may still be on, so no further burst
     }
 }
 
 void Trellan_ServiceKeyHandler::StepDelayHeld(BlastEvent event)
 {
     if (event == BlastRelease) {
-        m_blastState = BlastDelayReleased;  // only the rest of the pause remains
+        m_blastState = BlastDelayReleased;  // not `Enter`, which would begin the pause anew
     } else if (TimeIsUp(m_keyDelay)) {
-        // Flag 0 as every burst but the first; no answer comes back for it.
+        // Flag 0 continues the press; this frame asks for no reply.
         sendKey(m_codeset, m_key, kContinuous, m_quietCallback);
         Enter(BlastSending);
     }
@@ -124,6 +133,7 @@ void Trellan_ServiceKeyHandler::StepDelayHeld(BlastEvent event)
 
 bool Trellan_ServiceKeyHandler::StepDelayReleased()
 {
+    // A press in this pause is dropped, so that quick presses cannot leave out the key delay.
     if (!TimeIsUp(m_keyDelay)) {
         return true;
     }

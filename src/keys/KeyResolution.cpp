@@ -17,15 +17,16 @@ using namespace IpcProtocol;
 using namespace UEIKeyNamesPB;
 
 struct Candidate {
-    std::uint32_t mask = 0;  // the bit that the code set must have; 0: none
+    std::uint32_t mask = 0;  // the bit that the code set must have; 0: fits every code set
     std::uint8_t key = kInvalidUEIKey;
 };
 
-// Read from left to right; the first candidate that fits is the result. What is not filled fits
-// always and is no key.
+// The first candidate that fits is the result. An element that is not filled has mask 0, so it fits
+// every code set and gives no key.
 using Cell = std::array<Candidate, 4>;
 
-// Without a bit of its own a key would count as held by every code set: that does not compile.
+// `ReadCell` would take a key without a bit as held by every code set. The `throw` makes such a
+// table a compile error.
 consteval Candidate IfHeld(ueikey key)
 {
     return AmbiguousKeyBit(key) != 0
@@ -123,7 +124,7 @@ constexpr std::array<ResolutionRow, 14> kRows = {{
     {ORLU_ENTER, InAllClasses({IfHeld(kKey_MENU_SELECT), IfHeld(kKey_CHANNEL_ENTER)})},
 }};
 
-// This one set has a home key that its key map does not tell.
+// This code set has a home key that is missing from its key map.
 constexpr std::string_view kHomeWithoutBit = "T2051";
 
 std::optional<Column> ColumnOf(std::string_view codeset)
@@ -157,6 +158,7 @@ std::uint8_t ReadCell(const Cell& cell, std::uint32_t held)
     const auto* fit = std::ranges::find_if(cell, [held](const Candidate& candidate) {
         return candidate.mask == 0 || (candidate.mask & held) != 0;
     });
+    // A cell with four conditional candidates may have none that fits.
     return fit == cell.end() ? kInvalidUEIKey : fit->key;
 }
 

@@ -28,7 +28,7 @@ void Trellan_ServiceKeyHandler::sendSingleKey(std::string codeset, std::uint32_t
         sendKey(codeset, orluKey, kSinglePress, callback);
         return;
     }
-    // A CEC key without a release would stay held on the bus.
+    // A CEC key is held until its release, and a single press brings no release.
     kKeyLog.Put(1, "CEC key press must have separate press and release, no single key press");
     callback("");
 }
@@ -41,9 +41,9 @@ void Trellan_ServiceKeyHandler::sendContinuousKey(std::string codeset, std::uint
         m_blasterProxy->SendCecKeyPress(orluKey, callback);
         return;
     }
+    // The state machine reports nothing back, so the caller is answered now, even if it drops the
+    // press.
     HandleBlastState(BlastPress, std::move(codeset), orluKey);
-    // The press may have been dropped; the client is answered all the same, or it would wait for
-    // ever.
     callback("");
 }
 
@@ -65,15 +65,17 @@ void Trellan_ServiceKeyHandler::sendKey(const std::string& codeset, std::uint32_
                                         std::uint8_t flag, const StringCallback& callback)
 {
     const std::uint32_t ueiKey = TranslateOrluToUEI(orluKey, codeset);
+    // The frame goes out all the same. No code set has key 255, so the blaster refuses it and the
+    // caller of a single press gets that status.
     if (ueiKey == kInvalidUEIKey) {
-        // The frame goes out all the same, with a key that no code set has.
         kKeyLog.Log(2, "No UEI mapping for key, sending INVALID {}", orluKey);
     }
+    // The blaster gets the power key as a single press, even if it is held.
     if (ueiKey == UEIKeyNamesPB::kKey_POWER) {
-        // A repeated power key could switch a device on and off again.
         flag = kSinglePress;
     }
     m_blasterProxy->SendBlasterKey(codeset, static_cast<std::uint8_t>(ueiKey), flag, callback);
+    // Only the numbers are kept; the text is made when it is asked for, not on the path of a key.
     AddToHistory({codeset, orluKey, ueiKey, flag});
     kKeyLog.Log(3, "UEI Key Press: {} code set: {} Key Flag: {} corresponding Orlu key: {}", ueiKey,
                 codeset, flag, orluKey);

@@ -330,7 +330,7 @@ constexpr std::array<UEIKeyName, 245> UEIKeyNameTable = {{
 
 namespace {
 
-// Sorted and without a double: what a binary search relies on.
+// The binary search of `FixedUEIKey` needs ascending keys without duplicates.
 constexpr bool OrluKeysAreInOrder()
 {
     return std::ranges::adjacent_find(orluToUEIKeyMap, std::ranges::greater_equal{},
@@ -339,7 +339,7 @@ constexpr bool OrluKeysAreInOrder()
 
 static_assert(OrluKeysAreInOrder());
 
-// But for the first row, a key's number is its row: what a look-up by number relies on.
+// `UEIKeySchemaName` takes the number of a key as its row. Row 0 is the exception: it holds -1.
 constexpr bool RowsAreNumbered()
 {
     for (std::size_t row = 1; row < UEIKeyNameTable.size(); ++row) {

@@ -11,7 +11,7 @@
 
 namespace TrellanService {
 
-/// On the wire: no key. No value of `ueikey`.
+/// No key, as it stands in a key frame. Not a value of `ueikey`.
 inline constexpr std::uint8_t kInvalidUEIKey = 255;
 
 struct OrluKeyRow {
@@ -25,11 +25,11 @@ struct UEIKeyName {
     std::string_view schemaName;  ///< "kKey_POWER".
 };
 
-/// The product keys that mean anything to the translation, in the order of their numbers.
+/// The product keys that have a translation, in ascending order.
 extern const std::array<OrluKeyRow, 60> orluToUEIKeyMap;
 
-/// The names of every UEI key, in the order of the numbers, -1 first. They stand here so that no
-/// key that is sent needs the schema's descriptors.
+/// The names of every UEI key, in the order of the numbers, -1 first. They are in a table so that
+/// sending a key does not need the schema's descriptors.
 extern const std::array<UEIKeyName, 245> UEIKeyNameTable;
 
 /// The UEI key that a product key has with every code set, or `kInvalidUEIKey`.

@@ -13,6 +13,8 @@ std::uint32_t Trellan_ServiceKeyHandler::TranslateOrluToUEI(std::uint32_t orluKe
 {
     std::uint32_t ueiKey = FixedUEIKey(static_cast<std::uint8_t>(orluKey));
     if (ueiKey == kInvalidUEIKey) {
+        // A code set that is not in the map has no bits: only the candidates without a condition
+        // fit.
         const auto found = m_codesets.FindCodeset(codeset);
         const bool known = found != m_codesets.GetCodesets().end();
         ueiKey = ResolveKey(orluKey, codeset, known ? found->second.ambiguousKeyBitMap : 0);

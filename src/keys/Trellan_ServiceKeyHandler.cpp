@@ -16,12 +16,13 @@ bool ProductAllowsContinuous()
     if (!capability) {
         capability = MfgData::Get("testflagirBlasterCapability");
     }
+    // A capability that is stated decides alone, "full" being the only permission.
     if (capability) {
-        // A capability that is present decides alone, whatever the product type says.
         return *capability == "full";
     }
+    // Without it, every known product but one may. A product without a type may not: pauses are the
+    // safe choice.
     const auto productType = MfgData::Get("productType");
-    // Only this product is known to need pauses. A product without any data is treated like it.
     return productType && *productType != "marlow-tenpenny";
 }
 
@@ -42,6 +43,7 @@ Trellan_ServiceKeyHandler::Trellan_ServiceKeyHandler(Trellan_ServiceBlasterProxy
 
 Trellan_ServiceKeyHandler::~Trellan_ServiceKeyHandler()
 {
+    // The timer's callback refers to this object.
     m_timer->Shutdown();
 }
 
@@ -53,6 +55,7 @@ void Trellan_ServiceKeyHandler::SetKeyDelay(std::uint32_t keyDelay, std::uint32_
 
 bool Trellan_ServiceKeyHandler::GoesByInfrared(std::string_view codeset) const
 {
+    // In any other state the blaster may lack the code set, or a guided test owns the blaster.
     return !codeset.empty() && m_codesets.GetSendKeyState() == SendKeyReady;
 }
 
@@ -61,6 +64,7 @@ bool Trellan_ServiceKeyHandler::MayBlastContinuously(std::string_view codeset) c
     if (m_allowContinuous) {
         return true;
     }
+    // A code set outside of the map was never compared with the whitelist, so it counts as unsafe.
     const auto found = m_codesets.FindCodeset(codeset);
     return found != m_codesets.GetCodesets().end() && found->second.safeToBlast;
 }

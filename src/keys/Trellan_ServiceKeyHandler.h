@@ -19,12 +19,12 @@ class Trellan_ServiceCodesetHandler;
 enum BlastEvent { BlastPress, BlastRelease, BlastEndDone, BlastTick };
 
 enum BlastState {
-    BlastIdle,             ///< No key in progress; the timer is not armed again.
+    BlastIdle,             ///< No key in progress. The timer is not armed again.
     BlastSending,          ///< The blaster is sending the key.
-    BlastEndWaitHeld,      ///< A burst was ended, the key is held: waiting for the answer.
+    BlastEndWaitHeld,      ///< Burst ended, key held: waiting for the reply to the end key.
     BlastDelayHeld,        ///< The pause between two bursts.
-    BlastEndWaitReleased,  ///< Ended after the release: waiting for the answer.
-    BlastDelayReleased,    ///< The last pause; a press is not taken before it is over.
+    BlastEndWaitReleased,  ///< Burst ended, key released: waiting for the same reply.
+    BlastDelayReleased,    ///< The last pause. A press is dropped until it is over.
 };
 
 /// How a key is held in safe blast mode, in milliseconds.
@@ -53,37 +53,40 @@ public:
     Trellan_ServiceKeyHandler(const Trellan_ServiceKeyHandler&) = delete;
     Trellan_ServiceKeyHandler& operator=(const Trellan_ServiceKeyHandler&) = delete;
 
-    /// One press without a release; by infrared only.
+    /// One press without a release. By infrared only: otherwise `callback` gets an empty string and
+    /// nothing is sent. A code set without a device number gets no call.
     void sendSingleKey(std::string codeset, std::uint32_t orluKey, const StringCallback& callback);
 
-    /// A press that `sendEndKey` ends. By infrared if there is a code set and the blaster is in
-    /// step with the source list, or if `forceBlast` says so, else by CEC. A press that comes
-    /// before the one before it is over is dropped, and answered all the same.
+    /// A press that `sendEndKey` ends. It goes by infrared if there is a code set and the blaster
+    /// is in step with the source list, or if `forceBlast` is set; else by CEC. An infrared press
+    /// is dropped while an earlier one is not over; it is answered all the same.
     void sendContinuousKey(std::string codeset, std::uint32_t orluKey,
                            const StringCallback& callback, bool forceBlast);
     void sendEndKey(std::string codeset, const StringCallback& callback, bool forceBlast);
 
-    /// A press comes with its code set and key, all else with an empty text and 255.
+    /// An event of a key. A press comes with its code set and key, every other event with an empty
+    /// text and 255.
     void HandleBlastState(BlastEvent event, std::string codeset, std::uint32_t orluKey);
 
-    /// To be called before the task may wait for long: a key that the blaster is sending and that
-    /// must not be sent without pause gets its end frame now. The state stays as it is, so that
-    /// another end frame follows, which the blaster takes as well.
+    /// Call this before the task blocks. A key that the blaster is sending and that must not be
+    /// sent without pause gets its end frame now. The state stays as it is, so another end frame
+    /// follows later, which the blaster accepts.
     void EndBurst();
 
     /// The UEI key that `orluKey` stands for in a code set, 255 if there is none.
     std::uint32_t TranslateOrluToUEI(std::uint32_t orluKey, const std::string& codeset) const;
 
     KeyTiming GetKeyDelay() const { return {m_keyDelay, m_maxBlastTime}; }
-    /// Both in milliseconds, taken as they come.
+    /// Both in milliseconds; no limit is checked here.
     void SetKeyDelay(std::uint32_t keyDelay, std::uint32_t maxBlastTime);
 
-    /// The last 50 keys that were sent by infrared, oldest first; each line ends in a line feed.
+    /// The last 50 keys that went to the blaster proxy, oldest first. Each line ends in a line
+    /// feed.
     std::deque<std::string> GetKeyHistory() const;
     void ClearKeyHistory() { m_keyHistory.clear(); }
 
 private:
-    /// The data of a history line, which is formatted when it is read.
+    /// An entry of the history; `GetKeyHistory` makes the text.
     struct SentKey {
         std::string codeset;
         std::uint32_t orluKey;

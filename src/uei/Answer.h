@@ -6,7 +6,7 @@
 
 namespace TrellanService {
 
-/// Calls the callback, if there is one, with the response and this `lastResult`.
+/// Calls the callback, if it is set, with the response and this `lastResult`.
 template <class Response>
 void Answer(const Callback<Response>& callback, Response& response, const char* result)
 {

@@ -7,8 +7,8 @@
 
 namespace TrellanService {
 
-/// The binary that the library handed over last; a second download overwrites the first. One for
-/// the process, on the server task.
+/// The binary that the library handed over last; the next download overwrites it. One for the
+/// process, on the server task.
 struct CodesetTransferBuffer {
     static constexpr std::uint32_t kMaxBytes = 1199;  ///< What fits into the blaster's store frame.
 

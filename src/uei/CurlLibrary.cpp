@@ -36,6 +36,8 @@ bool CurlLibrary::Load()
                           Find(library, "curl_slist_free_all", slistFreeAll);
     if (!complete) {
         kUEILog.Log(1, "libcurl lacks a function: {}", dlerror());
+        // Only after the log line: `dlerror` tells of the last call. A library that is complete
+        // stays loaded until the process ends.
         dlclose(library);
     }
     return complete;

@@ -32,7 +32,8 @@ struct HttpResponseBuffer {
     std::size_t length = 0;
 };
 
-/// What is kept from post to post.
+/// Kept from post to post. The handle keeps its connection, so that a series of posts needs one TLS
+/// handshake.
 struct State {
     std::optional<CurlLibrary> curl;
     bool initialized = false;
@@ -50,7 +51,7 @@ std::size_t WriteToBuffer(const char* data, std::size_t size, std::size_t count,
 {
     auto& buffer = *static_cast<HttpResponseBuffer*>(user);
     const std::size_t bytes = size * count;
-    // A cloud without an end must not take all memory: libcurl reports a failed write.
+    // Fewer bytes than were given make libcurl end the transfer with an error.
     if (bytes > kMaxResponseBytes - buffer.length) {
         return 0;
     }
@@ -63,7 +64,7 @@ std::size_t WriteToBuffer(const char* data, std::size_t size, std::size_t count,
     buffer.pointer = static_cast<char*>(grown);
     std::memcpy(buffer.pointer + buffer.length, data, bytes);
     buffer.length += bytes;
-    // The library may read the response as a C string.
+    // The library takes the response as a zero-terminated text.
     buffer.pointer[buffer.length] = '\0';
     return bytes;
 }
@@ -87,7 +88,8 @@ bool SetUp(State& state)
     const auto set = [&curl, &state](CURLoption option, auto value) {
         return curl.easySetopt(state.handle, option, value) == CURLE_OK;
     };
-    // All or nothing: a handle that lacks one of these options would be less strict than asked for.
+    // No signals: libcurl may use SIGALRM for the time limit of a name look-up, which is not safe
+    // in a process with several threads.
     const bool asked =
         set(CURLOPT_WRITEFUNCTION, &WriteToBuffer) && set(CURLOPT_FOLLOWLOCATION, 1L) &&
         set(CURLOPT_MAXREDIRS, 50L) && set(CURLOPT_FAILONERROR, 1L) &&
@@ -96,7 +98,7 @@ bool SetUp(State& state)
         set(CURLOPT_SSL_VERIFYHOST, 2L) && set(CURLOPT_SSL_VERIFYPEER, 1L);
     state.headers = curl.slistAppend(nullptr, kContentType);
     return asked && state.headers != nullptr && set(CURLOPT_HTTPHEADER, state.headers) &&
-           // An empty text turns off the proxies of the environment.
+           // An empty text, not null, which would take the proxy of the environment.
            set(CURLOPT_PROXY, "");
 }
 
@@ -114,7 +116,7 @@ bool IsPlainAndLocal(std::string_view url)
     constexpr std::array<std::string_view, 3> kLocal = {"http://127.0.0.1", "http://localhost",
                                                         "http://[::1]"};
     if (url.find('@') != std::string_view::npos) {
-        return false;  // what stands before it is no host
+        return false;  // the text before the @ is a user name, not the host
     }
     return std::ranges::any_of(kLocal, [url](std::string_view local) {
         return url.starts_with(local) &&
@@ -122,7 +124,8 @@ bool IsPlainAndLocal(std::string_view url)
     });
 }
 
-/// Where a redirect leads can't be looked at before it is followed, so it has to be a secure one.
+/// The target of a redirect cannot be checked before libcurl follows it, so only https is allowed
+/// there.
 CURLcode Aim(State& state, const char* body, const char* url, HttpResponseBuffer& buffer)
 {
     const CurlLibrary& curl = *state.curl;
@@ -159,6 +162,7 @@ void Http::Begin()
 {
     State& state = TheState();
     if (state.curl && !state.initialized) {
+        // On failure `initialized` stays false, and the next post tries again.
         state.initialized = state.curl->globalInit(CURL_GLOBAL_ALL) == CURLE_OK;
     }
 }
@@ -170,7 +174,6 @@ int Http::Post(const char* body, std::uint32_t bodyLength, char** response,
         responseLength == nullptr) {
         return kReasonArgument;
     }
-    // Valid after a failure too.
     *response = nullptr;
     *responseLength = 0;
     HttpResponseBuffer buffer;
@@ -180,10 +183,12 @@ int Http::Post(const char* body, std::uint32_t bodyLength, char** response,
             return kReasonFailed;
         }
         if (!SetUp(state)) {
+            // Nothing stays set up in part, so the next post begins anew.
             TearDown(state);
             return kReasonFailed;
         }
     }
+    // Checked after the set-up: a missing libcurl is reported as such even during the hold.
     if (held) {
         return kReasonHeld;
     }
@@ -193,7 +198,7 @@ int Http::Post(const char* body, std::uint32_t bodyLength, char** response,
         transferFailed = code != CURLE_OK;
     }
     if (code != CURLE_OK) {
-        // A partial response is none: the library gets the code only.
+        // A failed transfer may have brought part of a response.
         std::free(buffer.pointer);
         return ReasonCode(code);
     }
@@ -204,6 +209,7 @@ int Http::Post(const char* body, std::uint32_t bodyLength, char** response,
 
 int Http::ReasonCode(int curlCode)
 {
+    // `CURLcode`, reason code of the library. Codes that are not here are transport failures.
     static constexpr std::array<std::pair<int, int>, 21> kCodes = {{
         {0, 0},    {1, 7},   {2, 1},   {3, 8},   {5, 10},  {6, 9},   {7, 12},
         {9, 13},   {22, 17}, {23, 46}, {27, 46}, {28, 14}, {34, 18}, {35, 60},

@@ -7,8 +7,8 @@
 
 namespace TrellanService {
 
-/// Remembers a text in the session's cache; one that doesn't fit is not remembered, rather than cut
-/// to what another text may be.
+/// Stores a text in the session's cache. A text that does not fit is not stored: cut, it could
+/// equal another text.
 inline void Remember(std::array<char, 200>& place, std::string_view text)
 {
     place.fill('\0');
@@ -17,7 +17,7 @@ inline void Remember(std::array<char, 200>& place, std::string_view text)
     }
 }
 
-/// A text of the library, which may be none.
+/// A text of the library, which may be null.
 inline const char* OrEmpty(const char* text)
 {
     return text == nullptr ? "" : text;

@@ -17,7 +17,7 @@ namespace {
 constexpr int kMostBrands = 10000;
 constexpr std::uint32_t kOnlineKind = 2;
 
-/// Goes on to the next first character; false behind "z".
+/// Sets the filter to the next first character, which is "a" after "9". False after "z".
 bool NextFilter(std::string& filter)
 {
     const char first = filter.empty() ? '\0' : filter[0];
@@ -37,6 +37,7 @@ bool NextFilter(std::string& filter)
 bool UEIInterface::GetBrandList(const BrandListReq_t& request)
 {
     std::string filter = request.filter();
+    // "." stands for the beginning of the list.
     if (filter.starts_with('.')) {
         filter = "0";
     }
@@ -50,18 +51,20 @@ bool UEIInterface::GetBrandList(const BrandListReq_t& request)
         kUEILog.Log(3, "No mapping for device type {}", request.devicetype());
         return false;
     }
-    // Ten thousand names are freed in one step.
+    // One arena for thousands of names, so that they are freed at once.
     google::protobuf::Arena names;
     auto& response = *google::protobuf::Arena::CreateMessage<BrandListResp_t>(&names);
     auto& brands = *response.mutable_brandlist();
     do {
+        // Each round retrieves the brands of one first character. A round that fails is taken back.
         const int before = brands.size();
         bool full = false;
         const auto add = [&brands, &full](const char* name) {
+            // `WalkBrands` cannot be ended early, so the rest of the round is dropped.
             if (full) {
                 return;
             }
-            // One such name would make the whole list unreadable as JSON.
+            // One such name would make `ToJson` refuse the whole list.
             if (!StringUtils::IsUtf8(name)) {
                 kUEILog.Put(2, "UEI returned a brand that is not UTF-8");
                 return;
@@ -70,7 +73,7 @@ bool UEIInterface::GetBrandList(const BrandListReq_t& request)
             full = brands.size() == kMostBrands;
         };
         if (WalkBrands(type, filter, kOnlineKind, add) != 0) {
-            // The list then ends with the last letter that is complete.
+            // The list goes out with the rounds that succeeded, rather than not at all.
             brands.DeleteSubrange(before, brands.size() - before);
             break;
         }

@@ -17,6 +17,7 @@ constexpr int kNone = -2;
 
 int UEIInterface::LoadDeviceTypes()
 {
+    // Retrieved once for each session: `ResetCache` sets the total to 0.
     if (deviceTypesTotal != 0) {
         return 0;
     }
@@ -50,7 +51,8 @@ int UEIInterface::GetDeviceTypes(Json::Value& out, std::uint32_t kind)
     return 0;
 }
 
-/// A fresh list of brands. The library's own code; what is remembered stays empty if it is not 0.
+/// Retrieves the list of brands anew and gives the library's code. If that is not 0, nothing of the
+/// old list stays cached.
 int UEIInterface::RetrieveBrands(const std::string& type, const std::string& prefix)
 {
     ResetBrands();
@@ -79,6 +81,7 @@ int UEIInterface::WalkBrands(const std::string& type, const std::string& prefix,
         return kFailed;
     }
     if (const int code = RetrieveBrands(type, prefix); code != 0) {
+        // A prefix without brands is an empty list, not a failure.
         return code == kNothingFound ? 0 : kFailed;
     }
     for (std::uint32_t i = 0; i < brandsTotal; ++i) {
@@ -113,13 +116,14 @@ int UEIInterface::FindBrandIndex(const std::string& type, const std::string& bra
     if (const int loaded = LoadBrands(type, brand, false); loaded != 0) {
         return loaded;
     }
+    // The index is valid as long as the list of brands; a new list resets it.
     if (brand == brandName.data()) {
         return brandIndex;
     }
     if (const int found = SearchBrand(brand); found != kNone) {
         return found;
     }
-    // The list may stem from another prefix.
+    // The list may have been made for another prefix that leaves this brand out.
     if (RetrieveBrands(type, brand) != 0) {
         return kFailed;
     }

@@ -14,7 +14,7 @@ constexpr int kNone = -2;
 
 }  // namespace
 
-/// Appends the valid name of each code set in the library's list.
+/// Puts the valid name of each code set in the library's list into "codesets".
 int UEIInterface::AddCodesets(Json::Value& out, bool trace)
 {
     Json::Value codesets(Json::arrayValue);
@@ -32,8 +32,10 @@ int UEIInterface::AddCodesets(Json::Value& out, bool trace)
         if (trace) {
             kUEILog.Log(4, "Codeset[{}]: {}", i, valid.c_str());
         }
+        // `c_str` drops the zeros that fill a short name.
         codesets.append(valid.c_str());
     }
+    // Set at the end, so that a failure half-way leaves `out` without a part of the list.
     out["codesets"] = std::move(codesets);
     return 0;
 }
@@ -71,6 +73,7 @@ int UEIInterface::GetModelCodesets(const std::string& type, const std::string& b
 
 int UEIInterface::GetBrandCodesets(std::uint32_t brand, Json::Value& out)
 {
+    // The library has one list of code sets, so this look-up replaces that of a model.
     ResetModels();
     std::uint32_t total = 0;
     const int code = QSP_retrieve_codesets_by_brand_total(session, brand, &total);

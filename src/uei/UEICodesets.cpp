@@ -32,6 +32,7 @@ bool BeginsWithName(std::string_view text)
     if (text.empty() || kClasses.find(text[0]) == std::string_view::npos) {
         return false;
     }
+    // A copy with a zero at its end, as `strtol` would read on into the rest of a list.
     const std::string digits(text.substr(1, kNumberDigits));
     char* end = nullptr;
     const long number = std::strtol(digits.c_str(), &end, 10);
@@ -51,9 +52,11 @@ std::string UEIInterface::ValidateCodesetName(const char* name)
             validCodeset.clear();
             return validCodeset;
         }
+        // A list may begin with names of another form; the first valid one counts.
         text.remove_prefix(comma + 1);
     }
     std::string valid(text.substr(0, kNameBytes));
+    // A short name is filled with zeros, so that callers get five bytes in any case.
     valid.resize(kNameBytes, '\0');
     validCodeset = valid;
     return valid;
@@ -65,6 +68,7 @@ int UEIInterface::GetCodesetBinary(const char* name, std::uint32_t kind)
         kUEILog.Put(3, "Unable to open UEI cloud session");
         return -1;
     }
+    // The library takes a table of all its callbacks; the null entries are not registered.
     std::array<void*, kCallbacks> callbacks{};
     callbacks[kCodesetCallback] = reinterpret_cast<void*>(&UEIInterface::HandleCodesetBinary);
     if (UEI_register_ir_callbacks(callbacks.data()) != 0) {
@@ -72,6 +76,7 @@ int UEIInterface::GetCodesetBinary(const char* name, std::uint32_t kind)
         return -1;
     }
     kUEILog.Put(3, "Registered codeset callback");
+    // The library calls `HandleCodesetBinary` before it returns.
     const int code = QSP_send_codeset_by_name(session, name, kTwo);
     if (code == 0) {
         kUEILog.Put(3, "Codeset retrieved from UEI cloud");
@@ -94,6 +99,7 @@ int UEIInterface::HandleCodesetBinary(const char* name, const std::uint8_t* data
         kUEILog.Put(3, "no codeset data provided from UEI cloud");
         return kNoData;
     }
+    // Refused before anything is written: the buffer keeps the last complete download.
     if (size > CodesetTransferBuffer::kMaxBytes) {
         kUEILog.Log(1, "codeset {} of {} bytes is too large for the blaster", text, size);
         return kNoData;
@@ -117,13 +123,14 @@ void UEIInterface::LoadCodeset(const std::string& name,
         }
         return;
     }
+    // At the end of the sync this fingerprint is compared with the whitelist.
     m_neighbours.CodesetHandler().StoreCodesetChecksum(s_buffer.name.data(), s_buffer.data.data(),
                                                        s_buffer.size);
     m_neighbours.BlasterProxy().QueueCallback(callback);
     StoreInBlaster();
 }
 
-/// Transfers the last download; the callback for the result has been queued before.
+/// Begins the transfer of the last download. The callback for its result must be queued before.
 void UEIInterface::StoreInBlaster()
 {
     m_neighbours.BlasterProxy().StoreCodesetInBlaster(s_buffer.name.data(), s_buffer.data.data(),

@@ -47,14 +47,14 @@ void UEIInterface::DirectEntryBrandModel(const DirectEntryReq_t& request, bool l
         Answer(callback, response, kSuccess);
         return;
     }
+    // Points into a member, because the proxy fills the answer from `deCodeset` after the load.
     deCodeset = validCodeset.c_str();
-    // A complete or cancel ends direct entry as it ends a test.
     osmActive = true;
     kUEILog.Log(3, "DirectEntry codeset to load {}", deCodeset);
     DirectEntryLoadCodeset(deCodeset, callback, kOnlineKind);
 }
 
-/// The first code set of the model, into `deCodeset`.
+/// Sets `deCodeset` to the first code set of the model. False, with a log line, if there is none.
 bool UEIInterface::FindCodeset(const DirectEntryReq_t& request)
 {
     if (OpenSession(kOnlineKind) != 0) {
@@ -82,7 +82,7 @@ bool UEIInterface::FindCodeset(const DirectEntryReq_t& request)
         kUEILog.Log(2, "Unable to get codeset name for {}/{}", request.brand(), request.model());
         return false;
     }
-    // Copied, because the library's text lasts to its next call only.
+    // A copy: the library's text lasts to its next call only.
     m_deText = name;
     deCodeset = m_deText.c_str();
     if (ValidateCodesetName(deCodeset).empty()) {
@@ -101,6 +101,8 @@ void UEIInterface::DirectEntryLoadCodeset(const std::string& name,
         Answer(callback, response, kError);
         return;
     }
+    // Queued before the transfer begins: a load that is refused is answered within
+    // `StoreInBlaster`.
     m_neighbours.BlasterProxy().QueueCallback(callback);
     StoreInBlaster();
 }

@@ -16,10 +16,10 @@ constexpr std::uint32_t kOnlineKind = 2;
 constexpr std::size_t kEdidBytes = 256;
 constexpr const char* kSuccess = "RESULT_SUCCESS";
 constexpr const char* kError = "RESULT_ERROR";
-/// The library's word for a device without a code set.
+/// The name by which the library says that the device has no code set.
 constexpr std::string_view kNoCodeset = "T9999";
 
-/// What the library found. The flag is not looked at.
+/// What the library found. The flag is not used. The texts last to the library's next call only.
 struct Found {
     const char* type = nullptr;
     const char* brand = nullptr;
@@ -75,7 +75,7 @@ void UEIInterface::FindEDIDDevice(const FindEDIDDevice_t& request,
     answer.set_result(kError);
     std::array<std::uint8_t, kEdidBytes> edid{};
     const std::string& given = request.edid();
-    // The library reads 256 bytes in any case.
+    // The library gets 256 bytes in any case, so a short EDID is filled with zeros.
     std::copy_n(given.begin(), std::min(given.size(), edid.size()), edid.begin());
     Found found;
     if (OpenSession(kOnlineKind) != 0) {

@@ -58,15 +58,17 @@ void UEIInterface::OSMStart(const OSMControlMsg_t& request, const OSMCallback& c
 {
     OSMControlResp_t response;
     FillOSMControlResp(response);
+    // Active from here on, also if the start fails: `ACTION_COMPLETE` then still runs the sync that
+    // gives the blaster back.
     osmActive = true;
     if (const char* refusal = StartTest(request); refusal != nullptr) {
+        // No test for this device: the answer must not name the code set of an earlier test.
         if (refusal == kSuccess) {
             response.set_cicode("");
         }
         Answer(callback, response, refusal);
         return;
     }
-    // The name as the blaster takes it: the library may have given a list.
     osmCodeset = validCodeset.c_str();
     kUEILog.Log(3, "OSM Codeset: {}", osmCodeset);
     lastResult = kContinue;
@@ -91,6 +93,7 @@ const char* UEIInterface::StartTest(const OSMControlMsg_t& request)
         kUEILog.Put(2, "Unable to load device type in session cache");
         return kError;
     }
+    // Forced, because the cached list may have been made for another prefix.
     if (LoadBrands(type, brand, true) != 0) {
         kUEILog.Put(2, "Unable to load device brand in session cache");
         return kError;
@@ -129,7 +132,7 @@ bool UEIInterface::FirstTestKey()
     return true;
 }
 
-/// The library's own code. The text is kept, as the library's lasts to its next call only.
+/// Gives the library's code. The text is copied, because the library's lasts to its next call only.
 int UEIInterface::GetCurrentCodesetName()
 {
     const char* name = nullptr;
@@ -150,7 +153,8 @@ void UEIInterface::OSMLoadCodeset(const std::string& name, const OSMCallback& ca
         Answer(callback, response, kError);
         return;
     }
-    // Before the transfer, whose answer may come within the call.
+    // Queued before the transfer begins: a load that is refused is answered within
+    // `StoreInBlaster`.
     m_neighbours.BlasterProxy().QueueCallback(callback);
     StoreInBlaster();
 }
@@ -172,9 +176,11 @@ void UEIInterface::OSMSendKey(const OSMCallback& callback)
         Answer(callback, response, kError);
         return;
     }
+    // `SendBlasterKey` takes one name, and the library's text may be a list.
     osmCodeset = validCodeset.c_str();
     const AsyncCallback<std::string> handler(
         [this, callback](const std::string& reply) {
+            // The state may have changed since the key was sent, so the answer is filled again.
             const auto status = BlasterFrames::Status(reply) & kStatusBits;
             OSMControlResp_t answer;
             FillOSMControlResp(answer);
@@ -191,6 +197,7 @@ void UEIInterface::OSMSendKey(const OSMCallback& callback)
 
 int UEIInterface::OSMCancel()
 {
+    // Not refused: a cancel in any state leaves the same idle state.
     if (!osmActive) {
         kUEILog.Put(3, "OSM not started");
     }

@@ -24,24 +24,24 @@ namespace TrellanService {
 class Trellan_ServiceBlasterProxy;
 class Trellan_ServiceCodesetHandler;
 
-/// Where the engine takes what it downloads, and where its brand lists go.
+/// What the engine calls: the targets of its downloads, and the place for brand lists.
 class UEINeighboursIF {
 public:
     virtual ~UEINeighboursIF() = default;
     virtual Trellan_ServiceCodesetHandler& CodesetHandler() = 0;
     virtual Trellan_ServiceBlasterProxy& BlasterProxy() = 0;
-    /// Empty while it is not known.
+    /// The folder for brand list files; empty while it is not known.
     virtual std::string StagingDirectory() = 0;
-    /// Without directory.
+    /// The name of the brand list file, without directory.
     virtual std::string BrandListFileName() = 0;
-    /// The task is about to wait for a post: no burst may go on meanwhile.
+    /// To be called before a post blocks the task: ends a burst that would otherwise last too long.
     virtual void EndBurst() = 0;
 };
 
 /// The only user of the UEI library: its start, its session and posts, the download of code sets,
-/// the catalogue, the guided test, direct entry and discovery. On the server task, which every call
-/// of the library blocks, for as long as its posts take. Building one touches nothing; neither the
-/// library nor the session is ended with it.
+/// the catalogue, the guided test, direct entry and discovery. On the server task. Every call of
+/// the library blocks the task for as long as its posts take. The constructor calls nothing; the
+/// destructor ends neither the library nor the session.
 class UEIInterface {
 public:
     using OSMCallback = Callback<TrellanServiceMessages::OSMControlResp_t>;
@@ -52,40 +52,40 @@ public:
     UEIInterface(const UEIInterface&) = delete;
     UEIInterface& operator=(const UEIInterface&) = delete;
 
-    /// Starts the library, anew if it runs, for the product of this information; callbacks that are
-    /// made later are bound to `task`. 0, or -1.
+    /// Starts the library for the product of this information; a running library is stopped first.
+    /// Callbacks made later are bound to `task`. 0, or -1.
     int Init(NotifyTargetTaskIF* task, const DeviceManagerPb::DeviceInfo& deviceInfo);
 
     static std::string GetCountry(const DeviceManagerPb::DeviceInfo& deviceInfo);
     static std::string GetUserId(const DeviceManagerPb::DeviceInfo& deviceInfo);
     void SetConfigFile(const std::string& country);
 
-    /// Sees to an open session of a kind (1 to 3; 0: the open one's, or 2) with an empty cache, or
-    /// leaves the one of that kind as it is. 0, or -1 and no session.
+    /// Opens a session of a kind (1 to 3; 0: the kind of the open one, or 2) with an empty cache.
+    /// An open session of that kind is kept with its cache. 0, or -1 and no session.
     int OpenSession(std::uint32_t kind);
 
-    /// The library's version text goes to "TRVersion" of `version`. 0, or -1.
+    /// Puts the library's version text into "TRVersion" of `version`. 0, or -1.
     int GetVersion(Json::Value& version, std::uint32_t kind);
 
     /// Whether a session of kind 2 is open or could be opened.
     bool TestConnection();
 
     /// The first valid name of a comma-separated list, as exactly 5 bytes, filled with zeros; empty
-    /// if there is none. A name is a letter of "TCNSVYRMADH" with a number behind it of which four
-    /// digits count, below 4096 for H and below 8192 for the others.
+    /// if there is none. A name is a letter of "TCNSVYRMADH" and a number. The first four digits
+    /// count; the number must be below 4096 for H and below 8192 for the others.
     std::string ValidateCodesetName(const char* name);
 
     /// Downloads a code set into the transfer buffer. 0, or -1.
     int GetCodesetBinary(const char* name, std::uint32_t kind);
 
-    /// Downloads a code set, notes its fingerprint and begins its transfer to the blaster. The
-    /// callback gets the transfer's result; `BULK_TRANSFER_ERROR`, before this returns, if the
-    /// download failed or its result can't be transferred.
+    /// Downloads a code set, stores its fingerprint and begins its transfer to the blaster. The
+    /// callback gets the result of the transfer; `BULK_TRANSFER_ERROR`, before this returns, if the
+    /// download failed or its result cannot be transferred.
     void LoadCodeset(const std::string& name,
                      const Callback<LpmServiceMessages::BulkTransferResponse>& callback,
                      std::uint32_t kind);
 
-    /// What was downloaded last.
+    /// The last download.
     static const CodesetTransferBuffer& TransferBuffer();
 
     // --- The catalogue, by the library's names of types. A look-up gives an index from 0 in the
@@ -98,13 +98,14 @@ public:
     /// "type", "prefix", "brands"; none is a success.
     int GetBrands(const std::string& type, const std::string& prefix, Json::Value& out,
                   std::uint32_t kind);
-    /// Makes the library's list of brands, unless one of this type stands and `force` is not set.
-    /// 0, -1 or -2.
+    /// Retrieves the library's list of brands, unless there is one of this type and `force` is not
+    /// set. 0, -1 or -2.
     int LoadBrands(const std::string& type, const std::string& prefix, bool force);
     int FindBrandIndex(const std::string& type, const std::string& brand, std::uint32_t kind);
     int FindModelIndex(const std::string& type, const std::string& brand, const std::string& model,
                        std::uint32_t kind);
-    /// Appends a model and what else is wanted of it. 0, -1, or -3: it is there already.
+    /// Appends a model and, if the flags ask for them, its fuzzy value and its first code set. 0,
+    /// -1, or -3 if `unique` is set and the model is in the array already.
     int LoadModel(std::uint32_t index, Json::Value& models, Json::Value& codesets,
                   Json::Value& fuzzyValues, bool unique);
     int LoadModels(std::uint32_t brand, const std::string& hint, std::int32_t threshold,
@@ -124,7 +125,7 @@ public:
                          std::uint32_t kind);
 
     /// Writes a `BrandListResp_t` of all brands from the filter on, as JSON, into the manager's
-    /// file. False if there is no such file then. Blocks for the whole walk.
+    /// file. False if the file was not written. Blocks for the whole walk.
     bool GetBrandList(const TrellanServiceMessages::BrandListReq_t& request);
 
     // --- The guided test. Each step calls its callback once, if it is set: at once, or with the
@@ -135,18 +136,18 @@ public:
     /// A code set name without a device number gets no answer.
     void OSMSendKey(const OSMCallback& callback);
     void OSMUserResponse(bool worked, const OSMCallback& callback);
-    /// 0.
+    /// Always 0.
     int OSMCancel();
     void OSMComplete(const OSMCallback& callback);
     bool IsOSMActive() const { return osmActive; }
-    /// Sets every field anew.
+    /// Clears the response and sets every field.
     void FillOSMControlResp(TrellanServiceMessages::OSMControlResp_t& response) const;
 
-    /// Finds the code set of a device by its names, and loads it into the blaster if `load` is set:
-    /// then the answer comes from there, and a test counts as active.
+    /// Finds the code set of a device by its names. If `load` is set, loads it into the blaster:
+    /// the answer then comes with the result of the load, and a test counts as active.
     void DirectEntryBrandModel(const TrellanServiceMessages::DirectEntryReq_t& request, bool load,
                                const DirectEntryCallback& callback);
-    /// All but `lastResult`.
+    /// Sets all fields but `lastResult`.
     void FillDirectEntryResp(TrellanServiceMessages::DirectEntryResp_t& response) const;
 
     /// Both answer before they return. An EDID shorter than 256 bytes is filled with zeros, of a
@@ -156,8 +157,8 @@ public:
     void FindEDIDDevice(const TrellanServiceMessages::FindEDIDDevice_t& request,
                         const Callback<TrellanServiceMessages::FindEDIDDevice_t>& callback);
 
-    /// Given to the library: a post, see `Http::Post`, and a code set, which gives 0, or 4 if
-    /// there is no data or more of it than the blaster takes.
+    /// Callbacks of the library. `HttpPost` makes a post, see `Http::Post`. `HandleCodesetBinary`
+    /// takes a code set and gives 0, or 4 if there is no data or more than the blaster can store.
     static int HttpPost(const char* body, std::uint32_t bodyLength, char** response,
                         std::uint32_t* responseLength, const char* url);
     static int HandleCodesetBinary(const char* name, const std::uint8_t* data, std::uint32_t size);
@@ -175,7 +176,7 @@ private:
 
     int LoadDeviceTypes();
     int RetrieveBrands(const std::string& type, const std::string& prefix);
-    /// Calls `add` with each brand that begins so. 0, or -1, also behind some calls.
+    /// Calls `add` with each brand that has the prefix. 0, or -1, which may come after some calls.
     int WalkBrands(const std::string& type, const std::string& prefix, std::uint32_t kind,
                    const std::function<void(const char*)>& add);
     int SearchBrand(const std::string& brand);
@@ -231,8 +232,8 @@ private:
     NotifyTargetTaskIF* task = nullptr;
     std::uint32_t retrySeconds = 0;
     UEINeighboursIF& m_neighbours;
-    std::string m_osmText;  ///< What `osmCodeset` and `deCodeset` point to, where it is the
-    std::string m_deText;   ///< library's text.
+    std::string m_osmText;  ///< Copies of the library's texts. `osmCodeset` and `deCodeset` point
+    std::string m_deText;   ///< into these or into `validCodeset`.
 };
 
 }  // namespace TrellanService

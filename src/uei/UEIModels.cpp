@@ -20,7 +20,7 @@ constexpr std::uint32_t kNoFuzzyValue = 33;
 constexpr std::int32_t kDefaultThreshold = 50;
 constexpr std::uint32_t kFewModels = 50;
 
-/// What a sweep over all models of a brand asks for, one after the other.
+/// The hints of a sweep over all models of a brand, one after the other.
 constexpr std::string_view kSweep = "0123456789abcdefghijklmnopqrstuvwxyz";
 
 bool Holds(const Json::Value& array, const char* name)
@@ -80,6 +80,7 @@ int UEIInterface::LoadModel(std::uint32_t index, Json::Value& models, Json::Valu
     models.append(name);
     if (loadFuzzyValues) {
         std::uint32_t value = kNoFuzzyValue;
+        // A failure leaves the default, so that the values stay in step with the models.
         QSP_get_model_fuzzy_value(session, index, &value);
         fuzzyValues.append(value);
     }
@@ -95,6 +96,7 @@ int UEIInterface::LoadFirstCodeset(std::uint32_t model, Json::Value& codesets)
         return kFailed;
     }
     codesetsTotal = total;
+    // A placeholder, so that the code sets stay in step with the models.
     if (codesetsTotal == 0) {
         codesets.append("NONE");
         return 0;
@@ -112,8 +114,8 @@ int UEIInterface::LoadFirstCodeset(std::uint32_t model, Json::Value& codesets)
     return 0;
 }
 
-/// Retrieves a list of models and appends them to the arrays of `out`, which become those of the
-/// flags. A duplicate is no failure.
+/// Retrieves a list of models and appends them to the arrays of `out` that the flags ask for. A
+/// duplicate is not a failure.
 int UEIInterface::AddModels(const std::string& hint, std::uint32_t brand, bool unique,
                             Json::Value& out)
 {
@@ -135,7 +137,7 @@ int UEIInterface::AddModels(const std::string& hint, std::uint32_t brand, bool u
 
 namespace {
 
-/// Empty arrays for what the flags want of the models.
+/// Empty arrays, those that the flags ask for.
 Json::Value EmptyModels(bool codesets, bool fuzzyValues)
 {
     Json::Value lists;
@@ -163,6 +165,7 @@ int UEIInterface::LoadModels(std::uint32_t brand, const std::string& hint, std::
 {
     ResetModels();
     QSP_option_set_minimum_fuzzy_threshold(session, threshold);
+    // Filled apart from `out`, which a failure must leave as it was.
     Json::Value lists = EmptyModels(loadFirstCodeset, loadFuzzyValues);
     if (AddModels(hint, brand, false, lists) != 0) {
         return kFailed;
@@ -182,6 +185,7 @@ int UEIInterface::GetModels(const std::string& type, const std::string& brand,
     if (found == kNone) {
         out["models"] = Json::Value(Json::arrayValue);
     } else {
+        // The answer names the threshold that was used.
         threshold = threshold < 0 ? kDefaultThreshold : threshold;
         if (LoadModels(static_cast<std::uint32_t>(found), hint, threshold, out) != 0) {
             return kFailed;

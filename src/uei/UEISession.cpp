@@ -34,7 +34,7 @@ constexpr std::uint32_t kLibraryLogLevel = 50;
 constexpr std::uint32_t kOnlineKind = 2;
 constexpr std::size_t kShortestSerialNumber = 5;
 
-/// Posts come from the library without a word about whose they are.
+/// The library's post callback has no user pointer, so this is the engine that started the library.
 UEIInterface* s_poster = nullptr;
 
 int IgnoreLog(const char*)
@@ -75,17 +75,14 @@ int UEIInterface::Init(NotifyTargetTaskIF* initTask, const DeviceInfo& deviceInf
     loadFirstCodeset = false;
     loadFuzzyValues = true;
     retryTimer = APTimer::Create(task, "UEITimer");
-    // The library posts through a plain function, which finds its object here.
     s_poster = this;
-    // The network may have changed since; the old connections are given up.
     Http::End();
-    // Before `QSP_stop`: a session belongs to the started library.
     if (sessionKind != 0) {
         QSP_release_lookup_session(session);
         sessionKind = 0;
     }
     ResetCache();
-    // The library may still run since an earlier start.
+    // Its result is ignored, because the library need not have been started before.
     QSP_stop();
     if (QSP_set_host_log_function(&IgnoreLog) != 0) {
         return -1;
@@ -97,6 +94,7 @@ int UEIInterface::Init(NotifyTargetTaskIF* initTask, const DeviceInfo& deviceInf
     SetConfigFile(country);
     kUEILog.Log(3, "OSM TRConfigFile: {} UserID: {} country {}", configFile.data(), identity,
                 country);
+    // `configFile` is a member, because sessions that are opened later name it again.
     return StartLibrary(identity) ? 0 : -1;
 }
 
@@ -109,7 +107,7 @@ bool UEIInterface::StartLibrary(const std::string& identity)
         QSP_stop();
         return false;
     }
-    // After `QSP_start`, which needs no transfer, and before the first post.
+    // Before the post callback is set: from then on the library may post.
     Http::Begin();
     if (uei_set_callback_httppost(&UEIInterface::HttpPost) != 0) {
         QSP_stop();
@@ -130,8 +128,6 @@ std::string UEIInterface::GetCountry(const DeviceInfo& deviceInfo)
 
 std::string UEIInterface::GetUserId(const DeviceInfo& deviceInfo)
 {
-    // The cloud counts downloads by this identity, so all products without a serial number share
-    // one quota.
     if (deviceInfo.serialnumber().size() < kShortestSerialNumber) {
         return kDefaultUserId;
     }
@@ -144,7 +140,6 @@ void UEIInterface::SetConfigFile(const std::string& country)
     const auto* row = std::ranges::find(CountryConfig, std::string_view(country), &Country::code);
     const std::string_view stem = row == CountryConfig.end() ? CountryConfig[0].stem : row->stem;
     configFile.fill('\0');
-    // One byte stays zero, because the library takes the path as a C string.
     fmt::format_to_n(configFile.data(), configFile.size() - 1, "{}{}{}", "/opt/Orlu/etc/UEI/", stem,
                      "_linux.conf");
 }
@@ -154,7 +149,7 @@ int UEIInterface::OpenSession(std::uint32_t kind)
     if (kind == 0) {
         kind = sessionKind != 0 ? sessionKind : kOnlineKind;
     }
-    // One session serves all requests of its kind; opening one costs a post.
+    // The open session is kept, and the cache with it.
     if (kind == sessionKind) {
         return 0;
     }
@@ -163,7 +158,7 @@ int UEIInterface::OpenSession(std::uint32_t kind)
         sessionKind = 0;
     }
     ResetCache();
-    // The library knows three kinds; all others are its third.
+    // The library knows three kinds; every other number is its third.
     const std::uint32_t libraryKind = kind == 1 || kind == 2 ? kind : 3;
     if (const int code = QSP_get_lookup_session(configFile.data(), libraryKind, &session);
         code != 0) {
@@ -200,12 +195,14 @@ int UEIInterface::HttpPost(const char* body, std::uint32_t bodyLength, char** re
 {
     const bool held = s_poster != nullptr && s_poster->retryHold;
     if (s_poster != nullptr && !held) {
-        // The task waits for the cloud now, and could not end a burst.
+        // The post blocks the task, so a held key would be sent without its pauses until the
+        // answer.
         s_poster->m_neighbours.EndBurst();
     }
     bool transferFailed = false;
     const int code =
         Http::Post(body, bodyLength, response, responseLength, url, held, transferFailed);
+    // For a while posts fail at once instead of blocking the task for a cloud that is out of reach.
     if (transferFailed && s_poster != nullptr && s_poster->retrySeconds != 0) {
         s_poster->StartRetryTimer(s_poster->retrySeconds);
     }
@@ -215,7 +212,6 @@ int UEIInterface::HttpPost(const char* body, std::uint32_t bodyLength, char** re
 void UEIInterface::StartRetryTimer(std::uint32_t seconds)
 {
     retryTimer->Stop();
-    // Posts fail at once until the timer ends the hold.
     retryHold = true;
     retryTimer->SetTimeouts(seconds * 1000, 0);
     retryTimer->Start([this] { retryHold = false; });
@@ -233,6 +229,8 @@ void UEIInterface::ResetBrands()
     brandName.fill('\0');
     brandsTotal = 0;
     brandIndex = -1;
+    // The library empties the lists below one that is retrieved anew, so each reset includes those
+    // below it.
     ResetModels();
 }
 

@@ -31,6 +31,7 @@ void Call(const UEIInterface::OSMCallback& callback, const OSMControlResp_t& res
 void UEIInterface::OSMUserResponse(bool worked, const OSMCallback& callback)
 {
     OSMControlResp_t response;
+    // Without it the code set to delete from the blaster is not known.
     if (osmCodeset == nullptr) {
         kUEILog.Put(1, "Sending a user response with no previous codeset, should not be here");
         FillOSMControlResp(response);
@@ -38,7 +39,7 @@ void UEIInterface::OSMUserResponse(bool worked, const OSMCallback& callback)
         Call(callback, response);
         return;
     }
-    // The blaster must delete this code set if the library goes on to another.
+    // A copy: the next key may bring another code set into the same member.
     const std::string previous = osmCodeset;
     FillOSMControlResp(response);
     std::int32_t status = 0;
@@ -54,6 +55,7 @@ void UEIInterface::OSMUserResponse(bool worked, const OSMCallback& callback)
             EndTest(kError, nullptr, callback);
             return;
         case kFound:
+            // The code set that was found need not be the one that was tried last.
             GetCurrentCodesetName();
             kUEILog.Log(3, "OSM done: {}", OrEmpty(osmCodeset));
             EndTest(kSuccess, osmCodeset, callback);
@@ -72,10 +74,13 @@ void UEIInterface::OSMUserResponse(bool worked, const OSMCallback& callback)
     NextTestKey(previous, response, callback);
 }
 
-/// Tells the library, and asks how far the test is. False, with a log line, if that fails.
+/// Reports the answer to the library and asks for the progress of the test. False, with a log line,
+/// if that fails.
 bool UEIInterface::ReportTestResult(bool worked, std::int32_t& status)
 {
     int code = QSP_osm_report_test_result(session, worked ? 0 : 1, &status);
+    // A "no" to the last code set gives code 4 and the status "none left": that is an end, not an
+    // error.
     if (code != 0 && !(code == kLastSetFailed && status == kNoneLeft)) {
         kUEILog.Log(3, "OSM error in reporting test result {}", code);
         return false;
@@ -112,7 +117,7 @@ void UEIInterface::FailTest(const OSMCallback& callback)
     Call(callback, response);
 }
 
-/// Behind a report that leads on; `reported` is the state at the report.
+/// Continues the test after a report. `reported` is the state at the report.
 void UEIInterface::NextTestKey(const std::string& previous, OSMControlResp_t& reported,
                                const OSMCallback& callback)
 {
@@ -140,6 +145,7 @@ void UEIInterface::NextTestKey(const std::string& previous, OSMControlResp_t& re
         return;
     }
     kUEILog.Log(3, "OSM codeset: {}", osmCodeset);
+    // The code set is in the blaster already, so there is no load whose answer could be waited for.
     if (osmCodeset == previous) {
         kUEILog.Put(3, "Sending response for next key to try");
         OSMControlResp_t response;
@@ -150,7 +156,8 @@ void UEIInterface::NextTestKey(const std::string& previous, OSMControlResp_t& re
     ChangeCodeset(previous, callback);
 }
 
-/// The next one is loaded even if the deletion of the one before failed.
+/// Deletes the old code set and then loads the next one, whether or not the deletion succeeded: a
+/// refusal must not end the test.
 void UEIInterface::ChangeCodeset(const std::string& previous, const OSMCallback& callback)
 {
     const AsyncCallback<std::string> deleted(
