@@ -18,7 +18,7 @@ namespace {
 
 constexpr DPrint kLog("CLIClient");
 
-/// The words from the first on, with one blank between.
+/// The first `words` words, joined by blanks.
 std::string Join(const Line& line, int words)
 {
     std::string text;
@@ -28,7 +28,7 @@ std::string Join(const Line& line, int words)
     return text;
 }
 
-/// Why a line is not looked at; empty if it is.
+/// The reason to refuse a line; empty if it is accepted.
 const char* RefusalOf(const Line& line)
 {
     if (line.word_size() == 0) {
@@ -44,7 +44,8 @@ const char* RefusalOf(const Line& line)
     return size > Orlu::Limits::kConsoleLineBytes ? "Line too long" : "";
 }
 
-/// Cuts an answer that no frame takes, and says so behind the last whole line.
+/// Cuts an answer that is too long for a frame, after its last whole line if it has one, and says
+/// so at its end.
 void Fit(std::string& answer)
 {
     if (answer.size() <= Orlu::Limits::kConsoleAnswerBytes) {
@@ -80,6 +81,7 @@ private:
     {
         const std::uint64_t console = ++m_lastConsole;
         const auto router = IPCMessageRouterFactory::CreateRouter(m_name, m_task, nullptr);
+        // The map holds the router: nothing else keeps it while the console is connected.
         m_consoles[console] = router;
         router->AddHandler<Describe>(
             CONSOLE_DESCRIBE, [this, asker = router.get()](const Describe&, std::uint32_t token) {
@@ -88,6 +90,8 @@ private:
         router->AddHandler<Line>(
             CONSOLE_LINE, [this, asker = router.get()](const Line& line, std::uint32_t token) {
                 Answer answer = Execute(line);
+                // An answer that is too long could not be sent at all, and the console would wait
+                // for ever.
                 Fit(*answer.mutable_response());
                 asker->ReplyMessage(CONSOLE_LINE, answer, token);
             });
@@ -96,7 +100,7 @@ private:
 
     void Leave(std::uint64_t console)
     {
-        // The router is still at work: it is the one that calls.
+        // Destroyed later: the router is the caller of this function.
         m_task->QueueNotificationNonBlocking([router = m_consoles.extract(console).mapped()] {});
     }
 
@@ -127,7 +131,7 @@ private:
         return answer;
     }
 
-    /// How many of the words are the command.
+    /// The number of words that form the command; the longest match counts.
     int CommandWords(const Line& line) const
     {
         for (int words = line.word_size(); words > 0; --words) {

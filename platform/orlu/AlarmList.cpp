@@ -13,12 +13,14 @@ AlarmList::Key AlarmList::Add(MonotonicMs due, Work work)
 
 void AlarmList::Remove(const Key& key)
 {
-    // Out of the map before it is destroyed: what the work holds may remove alarms of its own.
+    // Taken out of the map before it is destroyed, because what the work holds may remove alarms in
+    // its destructor.
     const auto node = m_entries.extract(key);
 }
 
 void AlarmList::Clear()
 {
+    // Moved out first, for the same reason.
     const auto entries = std::exchange(m_entries, {});
 }
 
@@ -37,6 +39,7 @@ std::optional<Work> AlarmList::TakeDue(MonotonicMs now, std::uint64_t mark)
         return std::nullopt;
     }
     Work work = std::move(first->second);
+    // Erased before it runs: the work may arm the same alarm again.
     m_entries.erase(first);
     return work;
 }

@@ -12,8 +12,8 @@
 
 namespace Orlu {
 
-/// Works that wait for their time, ordered by (due, sequence): of two that are due at the same
-/// time, the one that was added first goes first, in whichever list. One thread.
+/// Work that waits for its time, ordered by (due, sequence). Of two entries that are due at the
+/// same time, the one that was added first runs first, over all lists. Used on one thread.
 class AlarmList {
 public:
     using Key = std::pair<MonotonicMs, std::uint64_t>;
@@ -21,14 +21,15 @@ public:
     Key Add(MonotonicMs due, Work work);
     void Remove(const Key& key);
 
-    /// Nothing if none waits.
+    /// The key of the first entry; nothing if the list is empty.
     std::optional<Key> First() const;
 
-    /// A mark between what has been added and what comes.
+    /// A mark between the entries added so far and later ones.
     static std::uint64_t Mark() { return s_nextSequence; }
 
-    /// Takes out the first, if it is due by `now` and was added before `mark`. With a mark from the
-    /// start of a round, work that arms itself for a time gone by waits for the next round.
+    /// Removes and returns the first entry if it is due by `now` and was added before `mark`. With
+    /// a mark from the start of a round, work that is armed in the round for a time in the past
+    /// waits for the next round.
     std::optional<Work> TakeDue(MonotonicMs now, std::uint64_t mark);
 
     void Clear();

@@ -19,13 +19,13 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// The deadline's millisecond has to be over before it counts: an alarm may come late, never early.
+/// An alarm runs only when the millisecond of its deadline is over: it may be late, never early.
 constexpr MonotonicMs kResolution{1};
 
-/// What the system keeps of a thread's name.
+/// Linux keeps at most this many characters of a thread name.
 constexpr std::size_t kThreadNameChars = 15;
 
-/// Works may post works; after this many rounds sockets and timers have their turn between.
+/// Work may post more work. After this many rounds sockets and timers get their turn in between.
 constexpr int kRounds = 64;
 
 MonotonicMs DueBy()
@@ -66,7 +66,7 @@ AsioTaskQueue::AsioTaskQueue(std::string name) : m_name(std::move(name)) {}
 
 AsioTaskQueue::~AsioTaskQueue()
 {
-    // The last reference may go with a piece of work on the queue's own thread.
+    // Work on the queue's own thread may drop the last reference; a thread cannot join itself.
     if (IsCurrent() && m_thread.joinable()) {
         m_thread.detach();
     } else {
@@ -85,6 +85,7 @@ bool AsioTaskQueue::Post(Work work)
         if (m_stopped) {
             return false;
         }
+        // What other threads posted before this must also run before it.
         TakeForeign();
         m_work.push_back(std::move(work));
         return true;
@@ -96,9 +97,11 @@ bool AsioTaskQueue::Post(Work work)
             return false;
         }
         m_foreign.push_back(std::move(work));
+        // Only the first post since the last `TakeForeign` wakes the loop; it finds the later ones
+        // too.
         wake = !m_hasForeign.exchange(true);
     }
-    // Without the lock: the thread that wakes takes it first of all.
+    // After the lock is released, because the woken thread needs it at once.
     if (wake) {
         boost::asio::post(m_context, [] {});
     }
@@ -118,9 +121,12 @@ void AsioTaskQueue::Start(Work entry)
 
 void AsioTaskQueue::Stop()
 {
+    // Declared before the lock, so destroyed after its release: destructors of the work may call
+    // this queue.
     std::deque<Work> dropped;
     const std::lock_guard lock(m_mutex);
     m_stopped = true;
+    // A started queue drops its work on its own thread, in `DropAll`.
     if (!m_started) {
         m_foreign.swap(dropped);
     }
@@ -135,6 +141,7 @@ void AsioTaskQueue::Join()
     std::thread thread;
     {
         const std::lock_guard lock(m_mutex);
+        // Joined outside of the lock, which the thread may still need.
         thread.swap(m_thread);
     }
     if (thread.joinable()) {
@@ -163,9 +170,10 @@ std::span<std::uint8_t> AsioTaskQueue::ReadBuffer()
 void AsioTaskQueue::Run(const Work& entry)
 {
     const CurrentQueueScope scope(this);
-    // By the thread itself: another one has to go through a file of /proc.
+    // Called by the thread itself: for another thread the name goes through a file of /proc.
     pthread_setname_np(pthread_self(), m_name.substr(0, kThreadNameChars).c_str());
     GiveThreadFaultStack();
+    // Without a guard `run_one` returns at once if no wait is pending, and stops the context.
     const auto keepWaiting = boost::asio::make_work_guard(m_context);
     if (entry) {
         entry();
@@ -182,6 +190,8 @@ void AsioTaskQueue::WorkOff()
 {
     TakeForeign();
     for (int round = 0; round < kRounds && !m_work.empty(); ++round) {
+        // The size is taken once a round, so that work posted in this round belongs to the next
+        // one.
         for (auto rest = m_work.size(); rest > 0 && !m_stopped; --rest) {
             const Work work = std::move(m_work.front());
             m_work.pop_front();
@@ -204,6 +214,7 @@ void AsioTaskQueue::TakeForeign()
 void AsioTaskQueue::EndWakeUp()
 {
     while (!m_endOfWakeUp.empty() && !m_stopped) {
+        // Swapped, because the work may add to the list; the two vectors keep their memory.
         m_ending.swap(m_endOfWakeUp);
         for (const auto& work : m_ending) {
             work();
@@ -218,14 +229,15 @@ void AsioTaskQueue::Sleep()
     if (m_work.empty() && m_endOfWakeUp.empty()) {
         m_context.run_one();
     } else {
+        // Work is left: sockets and timers get one turn without waiting.
         m_context.poll_one();
     }
 }
 
 void AsioTaskQueue::SetTimer()
 {
-    // A timer that is set too early costs one idle wake-up; setting it back costs a system call for
-    // every alarm that is cancelled, and most are.
+    // A timer that is set too early costs one idle wake-up. Setting it back would cost a system
+    // call for each cancelled alarm, and most alarms are cancelled.
     const auto first = m_alarms.First();
     if (!first || first->first >= m_timerDue) {
         return;
@@ -243,6 +255,7 @@ void AsioTaskQueue::SetTimer()
 void AsioTaskQueue::RunDue()
 {
     const auto now = DueBy();
+    // Alarms that are armed from here on wait for the next wake-up, so this loop ends.
     const auto mark = AlarmList::Mark();
     while (!m_stopped) {
         const auto work = m_alarms.TakeDue(now, mark);
@@ -260,6 +273,7 @@ void AsioTaskQueue::DropAll()
         const std::lock_guard lock(m_mutex);
         foreign.swap(m_foreign);
     }
+    // Moved out before they are destroyed: their destructors may post or cancel.
     const auto work = std::exchange(m_work, {});
     const auto endOfWakeUp = std::exchange(m_endOfWakeUp, {});
     m_alarms.Clear();

@@ -20,11 +20,11 @@
 
 namespace Orlu {
 
-/// A task's queue on a thread and a Boost.Asio loop of its own.
+/// A task's queue with a thread and a Boost.Asio loop of its own.
 ///
-/// A wake-up is one event of the loop and all work that follows from it; then the works of
-/// `AtEndOfWakeUp` run, and the thread sleeps. Work that is posted from the queue's own thread
-/// costs no system call; work from another thread wakes the loop once, however much is posted
+/// A wake-up is one event of the loop and all work that follows from it. Then the work of
+/// `AtEndOfWakeUp` runs, and the thread sleeps. Work that is posted from the queue's own thread
+/// costs no system call. Work from another thread wakes the loop once, however much is posted
 /// meanwhile.
 class AsioTaskQueue final : public TaskQueueIF, public std::enable_shared_from_this<AsioTaskQueue> {
 public:
@@ -44,11 +44,11 @@ public:
     boost::asio::io_context& Context() { return m_context; }
     bool IsStopped() const { return m_stopped; }
 
-    /// For what waits over and over on this queue.
+    /// For waits that are repeated on this queue.
     WaitAllocator<void> ForWaits() { return WaitAllocator<void>(m_waitMemory); }
 
-    /// Where a socket of this queue reads to, `Limits::kReadBytes` long: one for all of them, as no
-    /// two read at the same time.
+    /// The buffer into which the sockets of this queue read, `Limits::kReadBytes` long. One for all
+    /// of them, as no two read at the same time.
     std::span<std::uint8_t> ReadBuffer();
 
 private:
@@ -71,7 +71,7 @@ private:
 
     std::deque<Work> m_work;
     std::vector<Work> m_endOfWakeUp;
-    std::vector<Work> m_ending;  ///< Those of them that run now; empty else, with its memory.
+    std::vector<Work> m_ending;  ///< Those that run now; otherwise empty, with its memory.
     AlarmList m_alarms;
     std::unique_ptr<std::uint8_t[]> m_readBuffer;
 

@@ -24,7 +24,7 @@ namespace {
 constexpr unsigned kEndAfterSeconds = 2;
 constexpr int kMostFrames = 64;
 
-/// Space for reading symbols and names; only touched pages cost memory.
+/// Enough for reading symbols and names; only touched pages cost memory.
 constexpr std::size_t kStackBytes = 256 * 1024;
 
 void (*g_handler)(int) = nullptr;
@@ -32,7 +32,7 @@ void (*g_handler)(int) = nullptr;
 /// The mangled name of a frame's function; null if it has none.
 const char* NameOf(const Orlu::ExecutableSymbols& symbols, std::uintptr_t frame)
 {
-    // Behind the call, which may be the last instruction of its function.
+    // A return address is behind its call, which may be the last instruction of the function.
     const std::uintptr_t call = frame - 1;
     if (const char* name = symbols.Find(call)) {
         return name;
@@ -55,10 +55,11 @@ bool IsDigit(char c)
     return c >= '0' && c <= '9';
 }
 
-/// Takes the next identifier, which stands behind its length, from a mangled name.
+/// Takes the next identifier from a mangled name, in which its length is written before it.
 std::string_view TakeIdentifier(std::string_view& mangled)
 {
     std::size_t length = 0;
+    // Ends once the length is above what is left, so that it cannot overflow.
     while (!mangled.empty() && IsDigit(mangled[0]) && length < mangled.size()) {
         length = length * 10 + static_cast<std::size_t>(mangled[0] - '0');
         mangled.remove_prefix(1);
@@ -78,6 +79,7 @@ _Unwind_Reason_Code AddFrame(_Unwind_Context* context, void* into)
     auto& frames = *static_cast<Frames*>(into);
     const std::uintptr_t frame = _Unwind_GetIP(context);
     if (frame == 0 || frames.count == kMostFrames) {
+        // A damaged stack may have no end.
         return _URC_END_OF_STACK;
     }
     frames.at[frames.count++] = frame;
@@ -89,6 +91,7 @@ void WriteAll(const char* text, std::size_t size)
     while (size > 0) {
         const ssize_t count = ::write(STDERR_FILENO, text, size);
         if (count <= 0) {
+            // Any other error ends the attempt: there is nowhere to report it.
             if (count < 0 && errno == EINTR) {
                 continue;
             }
@@ -121,8 +124,8 @@ public:
         m_size += size;
     }
 
-    /// The library's way to read a mangled name takes memory: this one gives scopes and function,
-    /// without parameters, and any other name as it stands.
+    /// `__cxa_demangle` allocates memory, so this gives scopes and function, without parameters,
+    /// and any other name unchanged.
     void AppendName(std::string_view symbol)
     {
         std::string_view rest = symbol;
@@ -150,7 +153,8 @@ private:
 
 void HandleFault(int signal)
 {
-    // Before anything that could wait: nothing that the handler does keeps the process alive.
+    // First, before anything that could wait: whatever the handler does, the process ends in two
+    // seconds. The thread may have blocked the signal.
     std::signal(SIGALRM, SIG_DFL);
     sigset_t alarms;
     sigemptyset(&alarms);
@@ -158,12 +162,13 @@ void HandleFault(int signal)
     pthread_sigmask(SIG_UNBLOCK, &alarms, nullptr);
     ::alarm(kEndAfterSeconds);
     g_handler(signal);
-    // Last, as it is the one thing here that the fault may have damaged.
+    // Last, because this memory may be what the fault damaged.
     const std::string_view lines = Orlu::PendingLogLines();
     WriteAll(lines.data(), lines.size());
 }
 
-/// The handler's stack of one thread; leaves with the thread.
+/// The handler's stack for one thread, freed with the thread. A thread whose own stack overflowed
+/// has no space for the handler on it.
 class FaultStack {
 public:
     FaultStack()

@@ -10,8 +10,8 @@
 
 #include "orlu/Task.h"
 
-/// A call on the caller's own thread. `Callback<void>` takes no argument. May be empty: test it
-/// before the call.
+/// A callback that runs on the caller's thread. `Callback<void>` takes no argument. It may be
+/// empty: test it before the call.
 template <class... Args>
 class Callback {
 public:
@@ -38,9 +38,9 @@ public:
     using Callback<>::Callback;
 };
 
-/// A call from any thread that copies its arguments and queues the call on a task. After the task
-/// has stopped the call is dropped; the task object itself need not live any more.
-/// An empty one ignores the call.
+/// A callback for calls from any thread: copies its arguments and queues the call on a task. After
+/// the task has stopped, the call is dropped; the task object itself need not exist any more. An
+/// empty one ignores the call.
 template <class... Args>
 class AsyncCallback {
 public:
@@ -75,7 +75,7 @@ public:
     }
 
 private:
-    /// The callable in one piece with its count of holders.
+    /// The callable and its reference count in one allocation.
     struct FunctionIF {
         virtual ~FunctionIF() = default;
         virtual void Call(const Args&... args) = 0;
@@ -92,7 +92,7 @@ private:
     Orlu::TaskQueuePtr m_queue;
 };
 
-/// Handle of a registration or a request, for one owner. Dropping it leaves the registration in
+/// Handle of a registration or a request, for one owner. Destroying it leaves the registration in
 /// force.
 class CallbackConnection {
 public:
@@ -101,7 +101,8 @@ public:
 
     explicit operator bool() const { return static_cast<bool>(m_disconnect); }
 
-    /// On the task of what was registered: from here on the callback is not called. Once is enough.
+    /// To be called on the task of the callback: from here on the callback is not called. A second
+    /// call does nothing.
     void Disconnect()
     {
         if (auto disconnect = std::exchange(m_disconnect, nullptr)) {

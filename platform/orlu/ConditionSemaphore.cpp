@@ -13,6 +13,7 @@ ConditionSemaphore::~ConditionSemaphore() = default;
 
 int ConditionSemaphore::Wait()
 {
+    // The lines that this task has gathered would otherwise appear only after the wait.
     DPrint::Flush();
     m_semaphore->Wait();
     return 0;

@@ -6,7 +6,7 @@
 
 namespace Orlu {
 
-/// Makes `queue` this thread's `CurrentTaskQueue` while it lives. For runtimes.
+/// Makes `queue` this thread's `CurrentTaskQueue` during its lifetime. For runtimes.
 class CurrentQueueScope {
 public:
     explicit CurrentQueueScope(TaskQueueIF* queue);

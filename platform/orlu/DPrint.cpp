@@ -16,13 +16,13 @@ DPrint::Sink g_sink = nullptr;
 
 constexpr std::string_view kLevels[] = {"1", "2", "3", "4", "6"};
 
-// The service reads nothing of its environment itself: its level stands before `main`.
+// The service does not call `ReadLevel`, so the level is read before `main`.
 [[maybe_unused]] const bool kLevelRead = [] {
     DPrint::ReadLevel();
     return true;
 }();
 
-/// As much as gathers before it is written although the wake-up goes on.
+/// More text than this is written although the wake-up goes on.
 constexpr std::size_t kPendingBytes = 16 * 1024;
 
 /// The lines of this thread that have not been written yet.
@@ -34,6 +34,7 @@ struct PendingLines {
 
     void Flush()
     {
+        // Reset here, so that the next line asks for a new call at the end of the wake-up.
         promisedBy = nullptr;
         if (!lines.empty()) {
             Orlu::LogOutput::Get().Write(lines);
@@ -55,6 +56,8 @@ PendingLines& Lines()
 void FlushOrPromise(PendingLines& lines, int level)
 {
     Orlu::TaskQueueIF* queue = Orlu::CurrentTaskQueue();
+    // A thread without a queue has no end of wake-up. A failure may be the last thing that the
+    // process writes.
     if (!queue || level <= 1 || lines.lines.size() >= kPendingBytes) {
         lines.Flush();
     } else if (lines.promisedBy != queue) {

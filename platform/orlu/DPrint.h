@@ -8,12 +8,13 @@
 #include <fmt/format.h>
 
 /// A named logger of one source unit. Any thread. A line is `<UTC time> <level> <logger>: <text>`
-/// on standard error, with systemd's `<priority>` in place of the time where systemd reads it.
+/// on standard error; where systemd reads it, `<priority>` takes the place of the time.
 ///
 /// Levels: 1 failure, 2 warning, 3 information, 4 trace, 6 signatures. `ORLU_LOG_LEVEL` (default 3)
-/// is the highest that is written; one that is off costs a comparison. Control characters in a text
-/// come out escaped, so that no text can forge a line. Lines of a task leave together at the end of
-/// its wake-up, lines of level 1 at once with all before them.
+/// is the highest level that is written; a line above it costs one comparison. Control characters
+/// in a text are escaped, so that a text cannot forge a line. The lines of a task are written
+/// together at the end of its wake-up; a line of level 1 is written at once with all lines before
+/// it.
 class DPrint {
 public:
     /// Cheap enough for a static object; `name` and `prefix` must live as long as the logger.
@@ -39,7 +40,7 @@ public:
     /// Writes a finished text, if the level is on.
     void Put(int level, std::string_view text) const;
 
-    /// Writes what this thread has gathered: before a wait in the middle of a wake-up.
+    /// Writes the lines that this thread has gathered. For a wait in the middle of a wake-up.
     static void Flush();
 
     /// Reads `ORLU_LOG_LEVEL`; a value that is none of the levels leaves the default.

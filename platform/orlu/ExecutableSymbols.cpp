@@ -9,7 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-/// Of the linker: the start of this program in memory.
+/// Defined by the linker: the start of this program in memory.
 // NOLINTNEXTLINE(bugprone-reserved-identifier): the linker's name for it
 extern "C" const ElfW(Ehdr) __ehdr_start;
 
@@ -39,7 +39,7 @@ ExecutableSymbols::~ExecutableSymbols()
     }
 }
 
-/// So many objects at an offset of the file; null if they are not all inside it.
+/// `count` objects at an offset of the file; null if they are not all inside it.
 template <class T>
 const T* ExecutableSymbols::At(std::uint64_t offset, std::uint64_t count) const
 {
@@ -53,7 +53,7 @@ bool ExecutableSymbols::ReadSections()
     if (!header) {
         return false;
     }
-    // A program of fixed address lies where its file says, others were moved by as much.
+    // The addresses of the file are relative to the place where the program was loaded.
     const auto* programs = At<ElfW(Phdr)>(header->e_phoff, header->e_phnum);
     for (int i = 0; programs && i < header->e_phnum; ++i) {
         if (programs[i].p_type == PT_LOAD && programs[i].p_offset == 0) {
@@ -63,6 +63,7 @@ bool ExecutableSymbols::ReadSections()
     const auto* sections = At<ElfW(Shdr)>(header->e_shoff, header->e_shnum);
     const ElfW(Shdr)* table = nullptr;
     for (int i = 0; sections && i < header->e_shnum; ++i) {
+        // The full table is preferred: the dynamic one holds only exported functions.
         const bool full = sections[i].sh_type == SHT_SYMTAB;
         if (full || (sections[i].sh_type == SHT_DYNSYM && !table)) {
             table = &sections[i];
@@ -76,6 +77,7 @@ bool ExecutableSymbols::ReadSections()
     m_symbols = At<ElfW(Sym)>(table->sh_offset, m_symbolCount);
     m_namesSize = names.sh_size;
     m_names = At<char>(names.sh_offset, m_namesSize);
+    // The zero at the end makes every name inside the table end inside it.
     return m_symbols && m_names && m_namesSize > 0 && m_names[m_namesSize - 1] == '\0';
 }
 
@@ -83,6 +85,7 @@ const char* ExecutableSymbols::Find(std::uintptr_t address) const
 {
     const std::uintptr_t place = address - m_bias;
     const auto* symbols = static_cast<const ElfW(Sym)*>(m_symbols);
+    // Linear, because sorting would need memory, which a fault may not take.
     for (std::size_t i = 0; i < m_symbolCount; ++i) {
         const ElfW(Sym)& symbol = symbols[i];
         if (ELF64_ST_TYPE(symbol.st_info) == STT_FUNC && symbol.st_shndx != SHN_UNDEF &&

@@ -7,9 +7,9 @@
 
 namespace Orlu {
 
-/// The names of this program's own functions, from the symbol table of its file. Takes nothing from
-/// the heap and no lock: it may be used in a fault. A stripped program has names for what it
-/// exports only.
+/// The names of this program's own functions, from the symbol table of its file. Allocates nothing
+/// and takes no lock, so it may be used in a fault handler. A stripped program has only the names
+/// of exported functions.
 class ExecutableSymbols {
 public:
     ExecutableSymbols();
@@ -17,8 +17,8 @@ public:
     ExecutableSymbols(const ExecutableSymbols&) = delete;
     ExecutableSymbols& operator=(const ExecutableSymbols&) = delete;
 
-    /// The mangled name of the function that holds the address; null for any other address. Valid
-    /// while this lives.
+    /// The mangled name of the function that contains the address; null for any other address.
+    /// Valid during the lifetime of this object.
     const char* Find(std::uintptr_t address) const;
 
 private:

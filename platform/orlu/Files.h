@@ -9,8 +9,8 @@
 
 namespace Orlu {
 
-/// The system calls behind reading and writing files, one for one: results and `errno` as the
-/// system gives them. A test puts one that fails in its place.
+/// The system calls for reading and writing files; results and `errno` as the system gives them. A
+/// test installs one that fails.
 class FileSystemIF {
 public:
     virtual ~FileSystemIF() = default;

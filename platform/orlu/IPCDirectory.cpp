@@ -11,6 +11,7 @@ IPCDirectory& IPCDirectory::Get()
 
 Network::Address IPCDirectory::Lookup(const std::string& serviceName) const
 {
+    // A slash could lead out of the directory of the sockets.
     if (serviceName.empty() || serviceName.find('/') != std::string::npos) {
         return Network::Address();
     }

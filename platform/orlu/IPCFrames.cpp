@@ -44,7 +44,7 @@ std::size_t SizeOf(int field, std::uint32_t value)
            WireFormatLite::UInt32Size(value);
 }
 
-/// Of a field of that many bytes.
+/// The size of a field that holds so many bytes.
 std::size_t SizeOfBytes(int field, std::size_t size)
 {
     return WireFormatLite::TagSize(field, WireFormatLite::TYPE_BYTES) +
@@ -58,7 +58,7 @@ std::uint8_t* PutBytesHead(int field, std::size_t size, std::uint8_t* to)
         static_cast<std::uint32_t>(size), to);
 }
 
-/// As protobuf writes an envelope: fields in order of their numbers.
+/// Writes the fields before the payload in the order of their numbers, as protobuf does.
 std::uint8_t* PutHead(const Head& head, const std::string& type, std::uint8_t* to)
 {
     using Envelope = IPCMessageEnvelope;
@@ -101,7 +101,7 @@ bool Write(const Head& head, const google::protobuf::Message& message,
     const auto payload = message.ByteSizeLong();
     const auto size =
         SizeOf(head, type) + SizeOfBytes(IPCMessageEnvelope::kPayloadFieldNumber, payload);
-    // The payload's own size first: the sum of a huge one could wrap.
+    // The payload's own size is checked first: the sum could wrap for a huge one.
     const bool fits = payload <= kFrameBytes && size <= kFrameBytes;
     auto* to = fits ? socket.Extend(kHeaderBytes + size) : nullptr;
     if (to == nullptr) {
@@ -124,6 +124,7 @@ std::string Encode(const IPCMessageEnvelope& envelope)
 
 void Reader::Feed(std::span<const std::uint8_t> bytes)
 {
+    // Without the beginning of a frame in store, frames are read where they are, without a copy.
     if (m_kept.empty()) {
         m_input = bytes;
         return;
@@ -138,6 +139,7 @@ Reader::Status Reader::Next(IPCMessageEnvelope& envelope)
         return KeepRest();
     }
     const auto size = GetSize(m_input);
+    // Refused by its header: no memory is taken for what a peer announces.
     if (size > kFrameBytes) {
         return Status::kTooLong;
     }
@@ -159,8 +161,10 @@ Reader::Status Reader::KeepRest()
             m_kept.assign(m_input.begin(), m_input.end());
         }
     } else {
+        // `m_input` is the end of `m_kept` here; what is before it was read.
         m_kept.erase(0, m_kept.size() - m_input.size());
     }
+    // One large frame must not hold its memory for the life of the connection.
     if (m_kept.empty() && m_kept.capacity() > Orlu::Limits::kReadBytes) {
         m_kept.shrink_to_fit();
     }

@@ -30,37 +30,37 @@ inline constexpr std::size_t kHeaderBytes = 4;
 
 enum Kind : std::uint32_t { kEvent = 0, kRequest = 1, kReply = 2 };
 
-/// Writes a frame to the end of the socket's send queue. False, and nothing is sent, if the socket
-/// is closed or the frame would be too long.
+/// Appends a frame to the socket's send queue. False, and nothing is sent, if the socket is closed
+/// or the frame would be too long.
 bool Write(const IPCMessageEnvelope& envelope, Network::ConnectorSocket& socket);
 
-/// What an envelope says of its payload.
+/// The fields of an envelope other than its payload.
 struct Head {
     std::uint32_t id;
     std::uint32_t kind;
     std::uint32_t token;  // 0: none
 };
 
-/// Writes the frame of an envelope that holds `message`, without making one.
+/// Writes the frame of an envelope with `message`, without building the envelope.
 bool Write(const Head& head, const google::protobuf::Message& message,
            Network::ConnectorSocket& socket);
 
 /// The frame as text.
 std::string Encode(const IPCMessageEnvelope& envelope);
 
-/// Takes the frames out of a byte stream that comes in pieces of any size.
+/// Reads frames from a byte stream that arrives in pieces of any size.
 class Reader {
 public:
     enum class Status {
         kFrame,        // one more frame was read
         kMore,         // the rest is the beginning of a frame; it is kept
-        kTooLong,      // a size above the limit: nothing behind it can be read
+        kTooLong,      // a size above the limit: nothing after it can be read
         kDamaged,      // no envelope
         kUnknownKind,  // neither event nor request nor reply
     };
 
-    /// The next piece. Frames are read where they lie: `bytes` must stay until `Next` has given
-    /// something else than `kFrame`.
+    /// Takes the next piece. Frames are read in place: `bytes` must stay valid until `Next` returns
+    /// anything but `kFrame`.
     void Feed(std::span<const std::uint8_t> bytes);
 
     /// Fills `envelope` with the next frame.

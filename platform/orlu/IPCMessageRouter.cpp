@@ -67,8 +67,8 @@ private:
         EnvelopeHandler reply;
     };
 
-    /// What reads one connection. The socket holds it, so it outlives a router that goes, or takes
-    /// another socket, in one of its handlers.
+    /// The reader of one connection. The socket holds it, so it outlives a router that is
+    /// destroyed, or gets another socket, in one of its own handlers.
     struct Link {
         std::weak_ptr<Router> router;
         IPCFrames::Reader reader;
@@ -107,6 +107,7 @@ void Router::Connect(Orlu::SocketPtr socket, std::function<void()> disconnected)
     m_link->router = weak_from_this();
     m_socket->Receive(
         [link = m_link](std::span<const std::uint8_t> bytes) { TakeBytes(*link, bytes); },
+        // Compared with the current link: the router may have another socket by now.
         [link = std::weak_ptr<Link>(m_link)] {
             const auto current = link.lock();
             const auto router = current ? current->router.lock() : nullptr;
@@ -118,7 +119,8 @@ void Router::Connect(Orlu::SocketPtr socket, std::function<void()> disconnected)
 
 void Router::Disconnect()
 {
-    // Moved out of the members first: each of them may hold the last reference to this router.
+    // Moved out of the members first, because each of them may hold the last reference to this
+    // router.
     const auto self = weak_from_this().lock();
     const auto disconnected = std::exchange(m_disconnected, nullptr);
     const auto pending = std::exchange(m_pending, {});
@@ -130,6 +132,7 @@ void Router::Disconnect()
 
 void Router::End()
 {
+    // Held, because the callback may drop the last reference.
     const auto self = shared_from_this();
     const auto disconnected = std::exchange(m_disconnected, nullptr);
     Disconnect();
@@ -143,6 +146,8 @@ void Router::TakeBytes(Link& link, std::span<const std::uint8_t> bytes)
     using Status = IPCFrames::Reader::Status;
     link.reader.Feed(bytes);
     while (true) {
+        // Looked up for each frame: a handler may have disconnected or destroyed the router, and
+        // the rest of the bytes then has no receiver.
         const auto router = link.router.lock();
         if (!router || router->m_link.get() != &link) {
             return;
@@ -158,6 +163,7 @@ void Router::TakeBytes(Link& link, std::span<const std::uint8_t> bytes)
             return;
         }
         router->Dispatch(link.envelope);
+        // One large message must not hold its memory for the life of the connection.
         if (link.envelope.payload().capacity() > Orlu::Limits::kReadBytes) {
             link.envelope = IPCMessageEnvelope();
         }
@@ -175,6 +181,7 @@ void Router::Dispatch(const IPCMessageEnvelope& envelope)
         Unexpected(envelope);
         return;
     }
+    // A copy of the pointer, because the handler may remove or replace itself.
     const auto handler = found->second;
     (*handler)(envelope);
 }
@@ -182,10 +189,12 @@ void Router::Dispatch(const IPCMessageEnvelope& envelope)
 void Router::TakeReply(const IPCMessageEnvelope& envelope)
 {
     const auto found = m_pending.find(envelope.token());
+    // A reply with the wrong id does not end the request.
     if (found == m_pending.end() || found->second.id != envelope.id()) {
         Unexpected(envelope);
         return;
     }
+    // Removed before the call, which may send the next request.
     const auto reply = std::move(found->second.reply);
     m_pending.erase(found);
     reply(envelope);
@@ -232,7 +241,7 @@ bool Router::ReplyMessage(std::uint32_t id, const google::protobuf::Message& mes
     return Put({id, IPCFrames::kReply, token}, message) || LoseReply(id);
 }
 
-/// Its asker waits for ever, so it is told here at least. False.
+/// Logs a reply that could not be sent: the peer waits for it without limit. Returns false.
 bool Router::LoseReply(std::uint32_t id) const
 {
     if (m_socket) {
@@ -267,6 +276,7 @@ CallbackConnection Router::SendRequest(std::uint32_t id, const google::protobuf:
 
 CallbackConnection Router::AwaitReply(std::uint32_t id, std::uint32_t token, EnvelopeHandler reply)
 {
+    // Giving up the oldest keeps a peer that never replies from blocking all later requests.
     if (m_pending.size() == Orlu::Limits::kPendingRequests) {
         s_log.Log(2, "{}: request {} is given up, {} wait for their reply", m_name,
                   m_pending.begin()->second.id, m_pending.size());
@@ -275,6 +285,7 @@ CallbackConnection Router::AwaitReply(std::uint32_t id, std::uint32_t token, Env
     m_pending.emplace(token, Pending{id, std::move(reply)});
     return CallbackConnection([weak = weak_from_this(), token] {
         if (const auto self = weak.lock()) {
+            // Out of the map before it is destroyed: what the reply holds may disconnect others.
             const auto given = self->m_pending.extract(token);
         }
     });
@@ -284,6 +295,7 @@ std::uint32_t Router::NewToken()
 {
     do {
         ++m_lastToken;
+        // Token 0 means that there is none. After a wrap an old request may still hold its token.
     } while (m_lastToken == 0 || m_pending.contains(m_lastToken));
     return m_lastToken;
 }
@@ -296,6 +308,7 @@ CallbackConnection Router::AddHandler(std::uint32_t id, EnvelopeHandler handler)
         [weak = weak_from_this(), id, mine = std::weak_ptr<const EnvelopeHandler>(added)] {
             const auto self = weak.lock();
             const auto found = self ? self->m_handlers.find(id) : decltype(m_handlers)::iterator();
+            // Only the handler of this connection: a later one may have replaced it.
             if (self && found != self->m_handlers.end() && found->second == mine.lock()) {
                 self->m_handlers.erase(found);
             }

@@ -21,7 +21,7 @@ bool GetPayload(const IPCMessageEnvelope& envelope, google::protobuf::Message& m
 /// Whether the envelope may hold a message of that type, given without its package.
 bool NamesType(const IPCMessageEnvelope& envelope, const std::string& typeName);
 
-/// Sends and receives messages by id on one connection. Bound to one task and used there; usable
+/// Sends and receives messages by id on one connection. Bound to one task and used there. Usable
 /// before it has a socket and between sockets: what is sent then is dropped.
 ///
 /// On the socket: 4 bytes length, big-endian, then an `IPCMessageEnvelope` of that many bytes.
@@ -31,8 +31,9 @@ public:
 
     virtual ~IPCMessageRouterIF() = default;
 
-    /// Takes the socket into use, in place of one before. `disconnected` is called once when the
-    /// peer goes or sends what is no frame; requests that wait then are dropped, uncalled.
+    /// Uses this socket from now on, in place of the one before. `disconnected` is called once if
+    /// the peer closes the connection or sends something that is not a frame. Requests that wait
+    /// then are dropped; their replies are never called.
     virtual void Connect(Orlu::SocketPtr socket, std::function<void()> disconnected) = 0;
 
     /// Closes the socket; `disconnected` is not called.
@@ -40,33 +41,33 @@ public:
 
     virtual bool IsConnected() const = 0;
 
-    /// An event. False without a socket.
+    /// Sends an event. False without a socket, or for a message that is too large.
     virtual bool Send(std::uint32_t id, IPCMessageEnvelope envelope) = 0;
     /// The same with the message that the envelope would hold.
     virtual bool SendMessage(std::uint32_t id, const google::protobuf::Message& message) = 0;
 
-    /// A request with a token of its own; `reply` gets the envelope that answers it, once, or
-    /// never. Without a socket an empty connection is returned and `reply` is never called.
+    /// Sends a request with a new token. `reply` gets the envelope that answers it, at most once.
+    /// If the request cannot be sent, an empty connection is returned and `reply` is never called.
     virtual CallbackConnection SendRequest(std::uint32_t id, IPCMessageEnvelope envelope,
                                            EnvelopeHandler reply) = 0;
     virtual CallbackConnection SendRequest(std::uint32_t id,
                                            const google::protobuf::Message& message,
                                            EnvelopeHandler reply) = 0;
 
-    /// The answer to the request with that id and token. False without a socket.
+    /// Sends the answer to the request with that id and token. False if it cannot be sent.
     virtual bool Reply(std::uint32_t id, IPCMessageEnvelope envelope, std::uint32_t token) = 0;
     virtual bool ReplyMessage(std::uint32_t id, const google::protobuf::Message& message,
                               std::uint32_t token) = 0;
 
-    /// Writes the messages sent so far at once, for a task that is about to wait; else it
-    /// leaves at the end of the wake-up.
+    /// Writes at once what was sent up to now, for a task that is about to block; otherwise it is
+    /// written at the end of the wake-up.
     virtual void Flush() = 0;
 
-    /// `handler` gets each event and request of that id; a second one replaces the first.
+    /// `handler` gets each event and request of that id. A second handler replaces the first.
     virtual CallbackConnection AddHandler(std::uint32_t id, EnvelopeHandler handler) = 0;
 
-    /// Takes messages that have no taker: an id without a handler, a payload of another type or one
-    /// that does not parse, a reply without a request. Logs it at level 2.
+    /// Takes each message without a receiver: an id without a handler, a payload of another type or
+    /// one that does not parse, a reply without its request. Logs it at level 2.
     virtual void Unexpected(const IPCMessageEnvelope& envelope) = 0;
 
     /// The same with messages: the handler gets the parsed message and the envelope's token.

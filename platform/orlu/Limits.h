@@ -5,11 +5,11 @@
 #include <cstddef>
 #include <cstdint>
 
-/// The limit of every reader of outside bytes, with the reason for each. What is over a limit is
-/// refused with a log line; it never costs memory first.
+/// The limits of all readers of bytes from outside, each with its reason. What is over a limit is
+/// refused with a log line, before memory is taken for it.
 namespace Orlu::Limits {
 
-/// One IPC frame behind its length word. The largest lawful message, a code set of 1199 bytes in
+/// One IPC frame after its length word. The largest lawful message, a code set of 1199 bytes in
 /// two envelopes, needs 2 KiB; a megabyte leaves space for what a product may add.
 inline constexpr std::size_t kFrameBytes = std::size_t{1024} * 1024;
 
@@ -19,7 +19,8 @@ inline constexpr std::size_t kSendQueueBytes = std::size_t{4} * 1024 * 1024;
 /// Requests of one router that wait for their reply; more means that the peer never answers.
 inline constexpr std::size_t kPendingRequests = 1024;
 
-/// Entries on a task's queue that come from one socket are bounded by this many bytes a read.
+/// Bytes that one read takes from a socket. This bounds the work that one socket can queue at a
+/// time.
 inline constexpr std::size_t kReadBytes = std::size_t{64} * 1024;
 
 /// Connections that one listener serves at a time; the product has fewer than ten local peers.
@@ -43,7 +44,7 @@ inline constexpr std::size_t kPathBytes = 256;
 /// The head of an HTTP request: browsers send about 1 KiB.
 inline constexpr std::size_t kHeadBytes = std::size_t{16} * 1024;
 
-/// What one link to the local API may register, and the paths in one message; the service has ten.
+/// Registrations of one link to the local API, and paths in one message; the service has ten.
 inline constexpr std::size_t kLinkPaths = 256;
 
 /// Files that are published at a time and the size of each, as they are held in memory. A list of
@@ -54,7 +55,7 @@ inline constexpr std::size_t kPublishedBytes = std::size_t{4} * 1024 * 1024;
 /// Events that wait for one consumer to read them; the product has a few of 100 bytes an hour.
 inline constexpr std::size_t kEventQueueBytes = std::size_t{256} * 1024;
 
-/// Paths of resources that the local API remembers of services that have left.
+/// Paths that the local API remembers of services whose link has ended.
 inline constexpr std::size_t kKnownPaths = 1024;
 
 /// The text of an answer to a console; a longer one is cut. It fits a frame with its envelope.

@@ -19,8 +19,8 @@ namespace Orlu {
 
 namespace {
 
-/// systemd says in the environment which device and inode its log reads; a standard error that was
-/// sent elsewhere afterwards is none of it.
+/// systemd names the device and inode of its log stream in the environment. If standard error was
+/// redirected afterwards, they do not match.
 bool IsReadBySystemd()
 {
     const char* stream = std::getenv("JOURNAL_STREAM");
@@ -31,8 +31,8 @@ bool IsReadBySystemd()
 
 const bool g_readBySystemd = IsReadBySystemd();
 
-/// Puts texts and numbers of fixed width into a buffer; what does not fit is cut. Two thirds of a
-/// line's cost would be a general formatter's work on its seven small numbers.
+/// Puts texts and numbers of fixed width into a buffer; what does not fit is cut. A general
+/// formatter would spend two thirds of a line's time on its seven small numbers.
 class Head {
 public:
     Head(char* buffer, std::size_t capacity)
@@ -96,7 +96,7 @@ void PutSecond(Head& head, Seconds second)
     head.Put(static_cast<unsigned>(time.seconds().count()), 2).Put(".");
 }
 
-/// The same from memory while the second lasts.
+/// The same; the text is kept for as long as the second stays the same.
 void PutKnownSecond(Head& head, Seconds second)
 {
     thread_local Seconds known = Seconds::min();
@@ -130,9 +130,10 @@ bool IsPlain(char c)
     return c >= 0x20 && c < 0x7F;
 }
 
-/// Where the first character is that is not plain, or the end of `text`. Eight at a time: a byte's
-/// highest bit is set, or comes to be by one more at 0x7F and by a borrow below 0x20; what is
-/// carried into the next byte comes from one that is not plain itself.
+/// The length of the plain text at the beginning. Eight bytes at a time: the highest bit of a byte
+/// is set in the word if the byte is above 0x7F, in the sum if it is 0x7F, and in the difference,
+/// by a borrow, if it is below 0x20. A carry or borrow into the next byte comes only from a byte
+/// that is not plain itself, so the test is exact.
 std::size_t PlainLength(std::string_view text)
 {
     constexpr std::uint64_t kOnes = 0x0101'0101'0101'0101;
@@ -166,7 +167,7 @@ void AppendEscape(std::string& line, char c)
     }
 }
 
-/// The control characters of the upper half, which a terminal obeys as well.
+/// U+0080 to U+009F: control characters, which a terminal obeys too.
 bool IsUpperControl(std::string_view sequence)
 {
     return sequence.size() == 2 && sequence[0] == '\xC2' &&

@@ -47,8 +47,9 @@ LogOutput::~LogOutput()
     }
 }
 
-// Not O_NONBLOCK on the descriptor itself: it would hit everybody who shares the description, the
-// shell included. A pipe or a terminal can be opened anew for us alone, a socket has a flag for it.
+// O_NONBLOCK is not set on the descriptor itself: it would apply to every process that shares the
+// open file, the shell included. A pipe or a terminal can be opened again for this process alone, a
+// socket has a flag for each call.
 void LogOutput::Open()
 {
     m_fd = m_stderr;
@@ -69,6 +70,7 @@ void LogOutput::Open()
 void LogOutput::Write(std::string_view lines)
 {
     const std::lock_guard lock(m_mutex);
+    // The reader may have gone on since the last call, so space is made before lines are dropped.
     if (m_rest.size() + lines.size() > kRestBytes && !m_rest.empty()) {
         Flush();
     }
@@ -77,6 +79,7 @@ void LogOutput::Write(std::string_view lines)
         return;
     }
     m_rest.append(lines);
+    // Reported only once all is written, so that the line comes where the lines are missing.
     if (Flush() && m_dropped > 0) {
         AppendLogHead(m_rest, 2, "DPrint");
         fmt::format_to(std::back_inserter(m_rest), "{} lines dropped\n",
@@ -97,7 +100,7 @@ bool LogOutput::Flush()
                 return false;
             }
         } else if (errno != EINTR) {
-            // The reader is gone, so the failure cannot be reported.
+            // There is nowhere to report this error, so the lines are dropped.
             m_rest.clear();
         }
     }
@@ -121,7 +124,7 @@ long LogOutput::WriteSome()
         errno = EAGAIN;
         return -1;
     }
-    // What a pipe that has space is sure to take at once.
+    // A pipe that is writable takes this many bytes without blocking.
     return ::write(m_fd, m_rest.data(), std::min<std::size_t>(m_rest.size(), PIPE_BUF));
 }
 

@@ -9,21 +9,22 @@
 
 namespace Orlu {
 
-/// Standard error as the log uses it: a reader that does not read never blocks a task. Any thread.
+/// The log's output on standard error: a reader that stops reading never blocks a task for long.
+/// Any thread.
 class LogOutput {
 public:
-    /// The process's own, on descriptor 2.
+    /// The output of the process, on descriptor 2.
     static LogOutput& Get();
 
-    /// Writes to `fd`, which stays the caller's.
+    /// Writes to `fd`, which stays the caller's property.
     explicit LogOutput(int fd);
     ~LogOutput();
     LogOutput(const LogOutput&) = delete;
     LogOutput& operator=(const LogOutput&) = delete;
 
-    /// Whole lines, each with its line feed. What cannot be written now waits for the next call, up
-    /// to 64 KiB; further lines are dropped, and one line says how many once the reader reads
-    /// again.
+    /// Writes whole lines, each with its line feed. What cannot be written now waits for the next
+    /// call, up to 64 KiB. Lines beyond that are dropped; one line reports their number once the
+    /// reader goes on.
     void Write(std::string_view lines);
 
 private:

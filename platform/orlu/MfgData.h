@@ -11,6 +11,6 @@ class MfgData {
 public:
     static std::optional<std::string> Get(const std::string& key);
 
-    /// For tests: forget what was read.
+    /// For tests: the next `Get` reads the file again.
     static void Reload();
 };

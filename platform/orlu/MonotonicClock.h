@@ -6,6 +6,6 @@
 
 class MonotonicClock {
 public:
-    /// Milliseconds since some fixed point; never goes back.
+    /// Milliseconds since a fixed point in time; never goes back.
     static std::uint64_t NowMs();
 };

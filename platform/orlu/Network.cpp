@@ -38,6 +38,7 @@ public:
             return Network::Address();
         }
         m_accepted = accepted;
+        // The earlier listener must free its path before the new one takes it.
         m_handle.reset();
         m_handle = Orlu::Runtime().Transport().Listen(
             address.Path(), accepted.Queue(), [weak = weak_from_this()](const SocketPtr& socket) {
@@ -58,7 +59,7 @@ private:
             return;
         }
         ++m_connections;
-        // Queued, because a socket may go where its last holder does.
+        // Queued, because the socket may be destroyed in the middle of other work.
         socket->NotifyGone([weak = weak_from_this(), queue = m_accepted.Queue()] {
             queue->Post([weak] {
                 if (const auto self = weak.lock()) {
@@ -121,6 +122,7 @@ private:
     void Finish(const Orlu::SocketPtr& socket)
     {
         if (!socket) {
+            // Logged once: a peer that is not there yet is a normal state.
             if (!std::exchange(m_failing, true)) {
                 s_log.Log(3, "{}: nobody serves {} yet, trying every {} ms", m_name,
                           m_address.Path(), m_retry.count());
@@ -129,7 +131,7 @@ private:
             return;
         }
         m_failing = false;
-        // Queued, because a socket may go where its last holder does.
+        // Queued, because the socket may be destroyed in the middle of other work.
         socket->NotifyGone([weak = weak_from_this(), queue = m_connected.Queue()] {
             queue->Post([weak] {
                 if (const auto self = weak.lock()) {
@@ -140,7 +142,8 @@ private:
         m_connected(socket);
     }
 
-    /// At once after a connection that has lasted; never more often than the interval.
+    /// Tries at once after a connection that lasted longer than the interval, but never more often
+    /// than once an interval.
     void TryLater()
     {
         const auto due = std::max(Orlu::Runtime().Now(), m_lastTry + m_retry);

@@ -15,7 +15,7 @@
 
 namespace Network {
 
-/// Who is at the other end, in words: "uid 0 pid 4711" for a local socket.
+/// A description of the peer: "uid 0 pid 4711" for a local socket.
 class AddrInfo {
 public:
     explicit AddrInfo(std::string text) : m_text(std::move(text)) {}
@@ -25,7 +25,7 @@ private:
     std::string m_text;
 };
 
-/// The place of a service: the path of its socket under `ORLU_ROOT`. False if there is none.
+/// The address of a service: the path of its socket under `ORLU_ROOT`. False if it is empty.
 class Address {
 public:
     Address() = default;
@@ -47,26 +47,28 @@ public:
 
     virtual AddrInfo GetPeer() const = 0;
 
-    /// Begins to read. `bytes` gets what arrives, in pieces of any size; `closed` is called once,
-    /// when the peer has gone or the socket failed, and not after `Close`.
+    /// Starts reading. `bytes` gets what arrives, in pieces of any size. `closed` is called once,
+    /// when the peer has closed the connection or the socket failed; not after `Close`.
     virtual void Receive(OnBytes bytes, OnClosed closed) = 0;
 
-    /// Adds `size` bytes to the output and returns their place; the caller fills them at once. They
-    /// leave together at the end of the wake-up. Null if the socket is closed. A peer that leaves
-    /// more than `Limits::kSendQueueBytes` unread is cut off: null, and `closed` follows.
+    /// Reserves `size` bytes at the end of the send queue and gives their address; the caller fills
+    /// them at once. They are written at the end of the wake-up. Null if the socket is closed. A
+    /// peer that leaves more than `Limits::kSendQueueBytes` unread is disconnected: null, and
+    /// `closed` follows.
     virtual std::uint8_t* Extend(std::size_t size) = 0;
 
-    /// The same with bytes that are there. False if the socket is closed or is cut off now.
+    /// The same with the bytes given. False if the socket is closed or is disconnected by this
+    /// call.
     bool Send(std::string_view bytes);
 
-    /// Writes the output now, as far as the peer takes it, for a task that is about to wait.
+    /// Writes the send queue now, as far as the peer takes it: for a task that is about to block.
     virtual void Flush() = 0;
 
-    /// Drops the connection, with what was queued and not yet written.
+    /// Closes the connection and drops what was queued and not yet written.
     virtual void Close() = 0;
 
-    /// `gone` is called once, however the connection ends, `Close` and destruction included. For
-    /// the listener that handed the socket over.
+    /// `gone` is called once, however the connection ends, also by `Close` and destruction. For the
+    /// listener that created the socket.
     virtual void NotifyGone(Orlu::Work gone) = 0;
 };
 
@@ -86,7 +88,7 @@ public:
                                    const AsyncCallback<SocketPtr>& accepted) = 0;
 };
 
-/// Connects to one service, again and again until it answers, and again after a loss.
+/// Connects to one service, repeats the attempt until it succeeds, and again after a loss.
 class APClientSocketListenerIF {
 public:
     virtual ~APClientSocketListenerIF() = default;
@@ -110,7 +112,7 @@ std::shared_ptr<APClientSocketListenerIF> CreateClientListener(const std::string
 
 }  // namespace IL
 
-/// Where the services of the product listen.
+/// The addresses of the product's services.
 class IPCDirectory {
 public:
     static IPCDirectory& Get();

@@ -35,7 +35,7 @@ sigset_t EndSignals()
 /// Cuts a byte stream into lines.
 class LineCutter {
 public:
-    /// The lines that end in `bytes`.
+    /// The lines that are completed by `bytes`.
     std::vector<std::string> Take(std::string_view bytes)
     {
         std::vector<std::string> lines;
@@ -48,7 +48,7 @@ public:
         return lines;
     }
 
-    /// What stands behind the last line end.
+    /// The text after the last line end, as a line, unless it is empty.
     std::vector<std::string> Rest()
     {
         std::vector<std::string> lines;
@@ -61,6 +61,8 @@ public:
 private:
     void Append(std::string_view part)
     {
+        // The rest of a line that is too long is read and dropped, so that the next line is whole
+        // again.
         if (m_line.size() + part.size() > Limits::kFrameBytes) {
             m_tooLong = true;
         }
@@ -142,6 +144,7 @@ private:
 void PrepareProcess()
 {
     std::signal(SIGPIPE, SIG_IGN);
+    // Blocked before any thread starts, because threads inherit the mask: only `sigwait` gets them.
     const auto signals = EndSignals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     DPrint::ReadLevel();
@@ -166,6 +169,7 @@ void ReadLines(int fd, NotifyTargetTaskIF* task, std::function<void(std::string)
 {
     auto reader =
         std::make_shared<LineReader>(fd, task->Queue(), std::move(line), std::move(ended));
+    // Detached, because a read from a terminal or pipe cannot be interrupted at the end.
     std::thread([reader] { reader->Run(reader); }).detach();
 }
 

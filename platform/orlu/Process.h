@@ -8,11 +8,11 @@
 
 #include "orlu/Task.h"
 
-/// What the small programs round the service share; the service itself uses none of it.
+/// Functions shared by the programs around the service; the service itself uses none of them.
 namespace Orlu {
 
-/// First in `main`, before any thread: `SIGPIPE` is ignored, `SIGINT` and `SIGTERM` wait for
-/// `WaitForEnd`, the log level is read.
+/// To be called first in `main`, before any thread starts: ignores `SIGPIPE`, keeps `SIGINT` and
+/// `SIGTERM` for `WaitForEnd`, and reads the log level.
 void PrepareProcess();
 
 /// Blocks the calling thread until `SIGINT` or `SIGTERM`.
@@ -21,9 +21,10 @@ void WaitForEnd();
 /// Prints the line `ready` on standard output and flushes it.
 void SayReady();
 
-/// Reads lines from a descriptor of any kind on a thread of its own; each line, without its end,
-/// goes to `line` on `task`, `ended` follows the last. A line over `Limits::kFrameBytes` is dropped
-/// with a log line. Lives until the process ends.
+/// Reads lines from a descriptor of any kind on a thread of its own. Each line, without its end,
+/// goes to `line` on `task`; `ended` is called after the last one. A line over
+/// `Limits::kFrameBytes` is dropped with a log line. The thread is not stopped before the process
+/// ends.
 void ReadLines(int fd, NotifyTargetTaskIF* task, std::function<void(std::string)> line,
                std::function<void()> ended);
 

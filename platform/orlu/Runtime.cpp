@@ -21,7 +21,8 @@ public:
 
     void Signal() override
     {
-        // Notified under the lock: the waiting thread may destroy the semaphore as soon as it runs.
+        // Notified under the lock: the waiting thread may destroy the semaphore as soon as it gets
+        // the lock.
         const std::lock_guard lock(m_mutex);
         ++m_count;
         m_changed.notify_one();

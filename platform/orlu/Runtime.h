@@ -14,9 +14,9 @@ namespace Network {
 class ConnectorSocket;
 }
 
-/// The seams between the framework and the machine. A process runs on `RealRuntime`: a thread and a
-/// Boost.Asio loop for each task, Unix sockets, the system's clocks. A test installs a runtime of
-/// its own before it makes the first task, and everything above runs on that unchanged.
+/// The interfaces between the framework and the machine. A process runs on `RealRuntime`: a thread
+/// and a Boost.Asio loop for each task, Unix sockets, the system's clocks. A test installs its own
+/// runtime before it makes the first task; everything above is the same code.
 namespace Orlu {
 
 /// Milliseconds on the monotonic clock. All timed things use this clock.
@@ -44,10 +44,10 @@ public:
     /// posted before `Start` waits for it.
     virtual bool Post(Work work) = 0;
 
-    /// Begins to run: `entry` first, then what was posted.
+    /// Starts the queue: `entry` runs first, then what was posted.
     virtual void Start(Work entry) = 0;
 
-    /// Any thread. What is queued is dropped, the piece of work that is running ends.
+    /// Any thread. Queued work is dropped; the piece of work that is running is finished.
     virtual void Stop() = 0;
 
     /// Blocks until the queue has stopped.
@@ -58,15 +58,15 @@ public:
 
     virtual std::unique_ptr<AlarmIF> CreateAlarm() = 0;
 
-    /// On the queue only: runs `work` once, when all that this wake-up brought has been worked off
-    /// and before the queue sleeps. Sockets and the log write here, once for many messages.
+    /// On the queue only: runs `work` once, after all the work of this wake-up and before the queue
+    /// sleeps. Sockets and the log write here, once for many messages.
     virtual void AtEndOfWakeUp(Work work) = 0;
 };
 
 using TaskQueuePtr = std::shared_ptr<TaskQueueIF>;
 using SocketPtr = std::shared_ptr<Network::ConnectorSocket>;
 
-/// Something that listens or tries to connect; ends when it is destroyed (on its task).
+/// A listener or an attempt to connect. It ends when it is destroyed, on its task.
 class TransportHandle {
 public:
     virtual ~TransportHandle() = default;
@@ -111,7 +111,7 @@ public:
 /// The runtime in force: the real one, unless a test has installed another.
 RuntimeIF& Runtime();
 
-/// The queue whose work runs on this thread; null on a thread that is no task's.
+/// The queue whose work runs on this thread; null on a thread that belongs to no task.
 TaskQueueIF* CurrentTaskQueue();
 
 /// For tests: installs `runtime` (not owned; null: the real one again). Before any task exists.

@@ -21,7 +21,7 @@ std::unique_ptr<Json::CharReader> CreateReader()
     return std::unique_ptr<Json::CharReader>(builder.newCharReader());
 }
 
-/// The reader's words come on lines of their own: "* Line 1, Column 2\n  Syntax error: …\n".
+/// The reader's text has several lines: "* Line 1, Column 2\n  Syntax error: …\n".
 std::string OneLine(const std::string& words)
 {
     std::string line;
@@ -40,12 +40,12 @@ std::string OneLine(const std::string& words)
 
 std::optional<Json::Value> ParseStrictJson(std::string_view text, std::string& error)
 {
-    // The reader takes a zero for the end of the text.
+    // The reader would take a zero as the end of the text and accept what is before it.
     if (!StringUtils::IsUtf8(text) || text.find('\0') != std::string_view::npos) {
         error = "not UTF-8 text";
         return std::nullopt;
     }
-    // Once a thread: making a reader costs more than most texts take to read.
+    // One for each thread: making a reader costs more time than reading most texts.
     thread_local const std::unique_ptr<Json::CharReader> reader = CreateReader();
     try {
         Json::Value value;
@@ -54,7 +54,7 @@ std::optional<Json::Value> ParseStrictJson(std::string_view text, std::string& e
         }
         error = OneLine(error);
     } catch (const Json::Exception&) {
-        // The reader's own word for too much nesting.
+        // The reader throws if the nesting is too deep.
         error = "nested too deeply";
     }
     return std::nullopt;

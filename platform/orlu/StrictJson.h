@@ -10,9 +10,9 @@
 
 namespace Orlu {
 
-/// Reads an object or an array: UTF-8, at most `Limits::kJsonDepth` deep, each member once, nothing
-/// behind it, no single quotes and no bare names. Comments pass. Otherwise nothing, and the reason
-/// in `error`. Throws nothing.
+/// Reads an object or an array: UTF-8, at most `Limits::kJsonDepth` deep, each member once, no text
+/// after it, no single quotes and no names without quotes. Comments are accepted. Otherwise returns
+/// nothing, with the reason in `error`. Never throws.
 std::optional<Json::Value> ParseStrictJson(std::string_view text, std::string& error);
 
 }  // namespace Orlu

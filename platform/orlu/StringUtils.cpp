@@ -11,7 +11,8 @@ namespace Orlu {
 
 namespace {
 
-/// One row for each range of first bytes; the second byte's range shuts out the bad forms.
+/// One row for each range of first bytes. The range of the second byte excludes overlong forms,
+/// surrogates and numbers above U+10FFFF.
 struct FirstByteRow {
     unsigned char first, last, length, secondMin, secondMax;
 };

@@ -36,6 +36,7 @@ public:
     ~File()
     {
         if (m_fd >= 0) {
+            // The caller reports the reason of the failure, not that of the close.
             const int error = errno;
             Orlu::Files().Close(m_fd);
             errno = error;
@@ -69,6 +70,7 @@ public:
         while (!text.empty()) {
             const ssize_t count = Orlu::Files().Write(m_fd, text.data(), text.size());
             if (count == 0) {
+                // A write of 0 bytes sets no reason, and repeating it could loop for ever.
                 errno = EIO;
             }
             if (count == 0 || (count < 0 && errno != EINTR)) {
@@ -79,14 +81,15 @@ public:
         return true;
     }
 
-    /// Once only: after a failure the system may have thrown the pages away and call the next
-    /// attempt a success.
+    /// Not repeated: after a failure the kernel may have dropped the pages and report the next
+    /// attempt as a success.
     bool Sync() const { return Orlu::Files().Sync(m_fd) == 0; }
 
     bool Close()
     {
         const int fd = m_fd;
         m_fd = -1;
+        // Linux has closed the descriptor even if it reports EINTR.
         return Orlu::Files().Close(fd) == 0 || errno == EINTR;
     }
 
@@ -96,6 +99,7 @@ private:
 
 bool FillTemporary(const std::string& path, std::string_view text)
 {
+    // The file must be new: a link placed there would direct the write elsewhere.
     constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW;
     File file(path, kFlags, 0600);
     return file && file.WriteAll(text) && file.Sync() && file.Close();
@@ -112,7 +116,7 @@ bool SyncFolderOf(const std::string& path)
 bool Replace(const std::string& path, std::string_view text)
 {
     const std::string temporary = path + ".new";
-    // A process that was killed half-way may have left one.
+    // A process that was killed in the middle of a write may have left one.
     Orlu::Files().Unlink(temporary.c_str());
     if (!FillTemporary(temporary, text) ||
         Orlu::Files().Rename(temporary.c_str(), path.c_str()) != 0) {
@@ -121,6 +125,7 @@ bool Replace(const std::string& path, std::string_view text)
         errno = error;
         return false;
     }
+    // Without this a power loss could undo the rename.
     return SyncFolderOf(path);
 }
 
@@ -147,7 +152,7 @@ std::optional<std::string> ReadFile(const std::string& path)
         kLog.Log(2, "{} cannot be read: {}", path, reason);
         return std::nullopt;
     };
-    // Without waiting: opening a pipe for reading would wait for its writer.
+    // O_NONBLOCK, because opening a pipe for reading would wait for its writer.
     const File file(RootedPath(path), O_RDONLY | O_NONBLOCK);
     if (!file) {
         return errno == ENOENT ? std::nullopt : refuse(Reason(errno));
@@ -156,7 +161,8 @@ std::optional<std::string> ReadFile(const std::string& path)
     if (const int error = file.RegularStatus(status); error != 0) {
         return refuse(error == EINVAL ? "not a regular file" : Reason(error));
     }
-    // One byte more than the file should have: so the read that fills it also tells its end.
+    // One byte more than the file's size, so that the read which fills the text is followed by one
+    // that tells its end. The file may grow meanwhile.
     constexpr std::size_t kLimit = Orlu::Limits::kFileBytes;
     std::string text(std::min(static_cast<std::size_t>(status.st_size), kLimit) + 1, '\0');
     std::size_t size = 0;
@@ -198,7 +204,7 @@ void ThereCanBeOnlyOne()
     if (std::filesystem::create_directories(folder, error)) {
         std::filesystem::permissions(folder, std::filesystem::perms::owner_all, error);
     }
-    // Open until the process ends: the lock goes with the descriptor, even after a kill.
+    // Open until the process ends: the lock is released with the descriptor, also after a kill.
     const int fd = ::open(rooted.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (fd >= 0 && ::flock(fd, LOCK_EX | LOCK_NB) == 0) {
         return;

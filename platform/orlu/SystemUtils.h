@@ -8,19 +8,21 @@
 
 class DPrint;
 
-/// Every absolute path here and in `DirUtils` is taken under `ORLU_ROOT`, if that is set.
+/// `ORLU_ROOT`, if set, is put before every absolute path here and in `DirUtils`.
 namespace SystemUtils {
 
-/// Holds the lock `/run/orlu/<process>.lock` for the life of the process. Another process that
-/// holds it: a line at level 1, and this one exits with 1.
+/// Takes the lock `/run/orlu/<process>.lock` for the life of the process. If it cannot be taken,
+/// because another process holds it or for any other reason, logs a line at level 1 and exits with
+/// 1.
 void ThereCanBeOnlyOne();
 
-/// The whole of a regular file of at most `Limits::kFileBytes`; nothing, with a log line unless the
-/// file is simply not there, for anything else. Never waits on what is no regular file.
+/// The content of a regular file of at most `Limits::kFileBytes`. Nothing for anything else, with a
+/// log line unless the file does not exist. Never blocks on something that is not a regular file.
 std::optional<std::string> ReadFile(const std::string& path);
 
-/// Replaces the file atomically, with mode 0600. False, with a log line at level 1, on any failure:
-/// then the old file stands as it was and nothing is left beside it.
+/// Replaces the file atomically, with mode 0600. False, with a log line at level 1, on any failure;
+/// then the old file is unchanged and no other file is left, except if only the sync of the folder
+/// failed: then the new file is in place.
 bool WriteFile(const char* begin, const char* end, const std::string& path);
 
 /// `path` under `ORLU_ROOT`.

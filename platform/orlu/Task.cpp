@@ -25,6 +25,7 @@ void APTask::OnEntry() {}
 void APTask::Stop()
 {
     Queue()->Stop();
+    // Moved out, so that each is called once, also if it calls `Stop`.
     for (const auto& stopped : std::exchange(m_stopped, {})) {
         stopped();
     }

@@ -9,12 +9,12 @@
 
 #include "orlu/Runtime.h"
 
-/// Something on which calls can be queued. Whatever is bound to one task runs serially on it.
+/// A task on which calls can be queued. Everything that is bound to one task runs serially on it.
 class NotifyTargetTaskIF {
 public:
     virtual ~NotifyTargetTaskIF() = default;
 
-    /// What the task's thread begins with: calls `OnEntry`. The queue runs behind it, until `Stop`.
+    /// The start of the task's thread: calls `OnEntry`. The queue runs after it, until `Stop`.
     virtual void Entry() = 0;
 
     /// Runs once, on the task's own thread, before anything that was queued.
@@ -26,7 +26,7 @@ public:
     /// Any thread. Queues `work`; false, and nothing runs, once the task has stopped.
     virtual bool QueueNotificationNonBlocking(Orlu::Work work) = 0;
 
-    /// The queue behind the task. Outlives the task where a callback still holds it.
+    /// The queue of the task. It outlives the task if a callback still holds it.
     const Orlu::TaskQueuePtr& Queue() const { return m_queue; }
 
 protected:
@@ -36,7 +36,7 @@ private:
     Orlu::TaskQueuePtr m_queue;
 };
 
-/// Is told when a task has been stopped, on the thread that stops it.
+/// Called when a task has been stopped, on the thread that stops it.
 class TaskObserverIF {
 public:
     virtual ~TaskObserverIF() = default;
@@ -47,8 +47,8 @@ public:
 /// waits.
 class APTask : public NotifyTargetTaskIF {
 public:
-    /// The stack size, the kind of real-time scheduling and the last number are taken for the
-    /// product's sake: here every task has the system's defaults.
+    /// Stack size, real-time type and affinity are ignored: every task has the system's defaults.
+    /// They are there for the product's sources.
     APTask(std::string name, unsigned stackSize, int realTimeType, int affinity);
     ~APTask() override;
     APTask(const APTask&) = delete;

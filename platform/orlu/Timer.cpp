@@ -10,9 +10,8 @@ namespace {
 
 using Orlu::MonotonicMs;
 
-/// How late a callback may come and still be made up for by the next ones. A task that stood still
-/// for longer goes on from now: replaying each step that it missed, all at once, would take the
-/// pauses out of what the steps drive.
+/// The longest delay of a callback that the next ones make up for. A task that was blocked for
+/// longer goes on from now: running each missed step at once would remove the pauses between them.
 constexpr MonotonicMs kMaxCatchUp{100};
 
 class QueueTimer final : public APTimer, public std::enable_shared_from_this<QueueTimer> {
@@ -47,7 +46,7 @@ public:
     }
 
 private:
-    /// From when a delay counts: the deadline of the callback that is running, else now.
+    /// The start of a delay: the deadline of the callback that is running, otherwise now.
     MonotonicMs Base() const
     {
         const auto now = Orlu::Runtime().Now();
@@ -65,8 +64,10 @@ private:
 
     void Fire(MonotonicMs due)
     {
+        // Held, because the callback may stop the timer or start it with another one.
         const auto callback = m_callback;
         m_running = due;
+        // Armed before the call, so that the callback can stop the repetition.
         if (m_repeat > MonotonicMs::zero()) {
             Arm(Base() + m_repeat);
         }

@@ -17,7 +17,7 @@ namespace {
 
 const DPrint s_log("IPC");
 
-/// Enough for all that the kernel holds of a peer that has gone.
+/// Enough reads for all that the kernel may still hold of a closed connection.
 constexpr int kLastReads = 64;
 
 bool IsTemporary(int error)
@@ -66,7 +66,8 @@ void UnixSocket::ReadOnce()
         Read();
     }
     if (m_open) {
-        // Behind what the read has led to: the peer need not wait for our own preparations.
+        // At the end of the wake-up, so that the answers of this read go out before the next wait
+        // is set up.
         m_queue->AtEndOfWakeUp([weak = weak_from_this()] {
             const auto self = weak.lock();
             if (self && self->m_open) {
@@ -81,6 +82,7 @@ bool UnixSocket::Read()
     const auto buffer = m_queue->ReadBuffer();
     const auto size = ::recv(m_socket.native_handle(), buffer.data(), buffer.size(), MSG_DONTWAIT);
     if (size > 0) {
+        // Held, because the handler may close this socket, which drops the handler.
         const auto bytes = m_bytes;
         (*bytes)(buffer.first(static_cast<std::size_t>(size)));
         return m_open;
@@ -99,6 +101,7 @@ std::uint8_t* UnixSocket::Extend(std::size_t size)
     const auto end = m_out.size();
     if (end - m_sent + size > Limits::kSendQueueBytes) {
         s_log.Log(2, "{} has stopped reading and is cut off", m_peer);
+        // Not at once: the caller is in the middle of its own work and does not expect `closed`.
         PostFail();
         return nullptr;
     }
@@ -116,6 +119,7 @@ std::uint8_t* UnixSocket::Extend(std::size_t size)
 
 void UnixSocket::Flush()
 {
+    // A wait for the socket is under way and will flush.
     if (m_blocked) {
         return;
     }
@@ -143,6 +147,7 @@ void UnixSocket::Flush()
 void UnixSocket::WaitWritable()
 {
     if (m_sent > Limits::kReadBytes) {
+        // Sent bytes are removed in large pieces only, because removing them moves all that follow.
         m_out.erase(0, std::exchange(m_sent, 0));
     }
     m_blocked = true;
@@ -164,7 +169,7 @@ void UnixSocket::PostFail()
         if (!self || !self->m_bytes) {
             return;
         }
-        // What the peer sent before it went is still to be had.
+        // What the peer sent before it closed the connection is still read.
         for (int i = 0; i < kLastReads && self->m_open && self->Read(); ++i) {
         }
         self->Fail();
@@ -176,6 +181,7 @@ void UnixSocket::Fail()
     if (!m_open) {
         return;
     }
+    // Taken out first: `Release` drops the callbacks, and the call may destroy this socket.
     const auto closed = std::move(m_closed);
     Release();
     if (closed) {
@@ -201,7 +207,7 @@ void UnixSocket::Release()
     boost::system::error_code ignored;
     m_socket.close(ignored);
     std::string().swap(m_out);
-    // Out of the members first: what they hold may hold this socket.
+    // Moved out of the members first, because what they hold may hold this socket.
     const auto bytes = std::exchange(m_bytes, nullptr);
     const auto closed = std::exchange(m_closed, nullptr);
     if (const auto gone = std::exchange(m_gone, nullptr)) {

@@ -14,7 +14,7 @@ namespace Orlu {
 
 using LocalSocket = boost::asio::local::stream_protocol::socket;
 
-/// The real `ConnectorSocket`. Reads into the queue's buffer, writes once a wake-up.
+/// A `ConnectorSocket` on a Unix socket. Reads into the queue's buffer, writes once a wake-up.
 class UnixSocket final : public Network::ConnectorSocket,
                          public std::enable_shared_from_this<UnixSocket> {
 public:
@@ -33,12 +33,12 @@ public:
 private:
     void WaitReadable();
     void ReadOnce();
-    /// One read; true if it brought bytes and the socket is still open.
+    /// Reads once; true if there were bytes and the socket is still open.
     bool Read();
     void WaitWritable();
-    /// The connection is over, by the peer or by a failure: `closed` is called.
+    /// Ends the connection, which the peer closed or which failed: `closed` is called.
     void Fail();
-    /// The same from the next piece of work on; until then nothing more is sent.
+    /// Does the same in a later piece of work; until then nothing more is sent.
     void PostFail();
     void Release();
 
@@ -53,7 +53,7 @@ private:
     bool m_open = true;
     bool m_failed = false;
     bool m_flushing = false;
-    bool m_blocked = false;  ///< The peer takes no more for now; a wait goes on.
+    bool m_blocked = false;  ///< The peer takes no more for now; waiting until it does.
 };
 
 }  // namespace Orlu

@@ -26,7 +26,8 @@ const DPrint s_log("IPC");
 using Protocol = boost::asio::local::stream_protocol;
 using Queue = std::shared_ptr<AsioTaskQueue>;
 
-/// How long a listener that ran out of descriptors rests.
+/// How long a listener that cannot accept, for lack of descriptors for example, waits. Without the
+/// wait it would fail again at once, in a busy loop.
 constexpr MonotonicMs kAcceptPause{1000};
 
 std::string Reason(int error)
@@ -49,7 +50,7 @@ std::string PeerText(const std::optional<ucred>& peer)
     return peer ? fmt::format("uid {} pid {}", peer->uid, peer->pid) : "unknown peer";
 }
 
-/// Whether the peer may talk to us; says so if not.
+/// True if the peer may connect; otherwise a log line.
 bool Admit(const std::optional<ucred>& peer, const std::string& path)
 {
     if (peer && MayTalk(::geteuid(), peer->uid)) {
@@ -67,7 +68,7 @@ std::optional<Protocol::endpoint> EndpointOf(const std::string& path)
     return Protocol::endpoint(path);
 }
 
-/// The folder of the socket, for us alone.
+/// Makes the folder of the socket, accessible to this user only.
 bool MakeFolder(const std::string& path)
 {
     const auto folder = std::filesystem::path(path).parent_path();
@@ -79,7 +80,7 @@ bool MakeFolder(const std::string& path)
     return errno == EEXIST && ::chmod(folder.c_str(), S_IRWXU) == 0;
 }
 
-/// Removes a socket without a listener. Returns the reason if the path cannot be used.
+/// Removes a socket file without a listener. Gives the reason why the path cannot be used, if any.
 std::string ClearPath(const std::string& path, const Protocol::endpoint& endpoint)
 {
     struct stat status {};
@@ -93,15 +94,17 @@ std::string ClearPath(const std::string& path, const Protocol::endpoint& endpoin
     LocalSocket probe(context);
     boost::system::error_code error;
     probe.open(Protocol(), error);
+    // A listener whose queue is full would block the probe.
     probe.non_blocking(true, error);
     probe.connect(endpoint, error);
+    // Only a refusal proves that there is no listener.
     if (error != boost::asio::error::connection_refused) {
         return "another process serves it";
     }
     return ::unlink(path.c_str()) == 0 || errno == ENOENT ? "" : Reason(errno);
 }
 
-/// Accepts for one path. Held by its handle; the acceptor's handlers hold it weakly.
+/// Accepts connections at one path. Its handle owns it; the acceptor's handlers hold it weakly.
 class Listener final : public std::enable_shared_from_this<Listener> {
 public:
     Listener(Queue queue, std::string path, std::function<void(SocketPtr)> accepted)
@@ -128,7 +131,8 @@ public:
         }
         boost::system::error_code error;
         m_acceptor.open(Protocol(), error);
-        // The mode is the descriptor's before the file is there, so it never stands open to others.
+        // The mode is set on the descriptor before the file exists, so the file is never open to
+        // others.
         if (error || ::fchmod(m_acceptor.native_handle(), S_IRUSR | S_IWUSR) != 0) {
             return error ? error.message() : Reason(errno);
         }
@@ -169,6 +173,7 @@ private:
             return;
         }
         m_failing = false;
+        // Before the callback, which may close this listener.
         Accept();
         if (const auto peer = PeerOf(socket.native_handle()); Admit(peer, m_path)) {
             m_accepted(std::make_shared<UnixSocket>(m_queue, std::move(socket), PeerText(peer)));
@@ -221,6 +226,7 @@ public:
         const auto endpoint = EndpointOf(path);
         const std::weak_ptr<State> weak = m_state;
         if (!endpoint) {
+            // Posted, because `done` must not be called before the constructor returns.
             queue->Post([weak] {
                 if (const auto state = weak.lock()) {
                     state->done(nullptr);

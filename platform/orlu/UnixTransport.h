@@ -8,11 +8,11 @@
 
 namespace Orlu {
 
-/// Whether a process of user `peer` may talk to one of user `own`: the same user, and root.
+/// True if a process of user `peer` may connect to one of user `own`: the same user, or root.
 bool MayTalk(uid_t own, uid_t peer);
 
 /// Unix stream sockets on the queues of `AsioTaskQueue`. The socket's folder is made with mode
-/// 0700, the socket has 0600; a socket whose listener is gone is replaced.
+/// 0700, the socket has 0600; a socket file without a listener is replaced.
 class UnixTransport final : public TransportIF {
 public:
     std::unique_ptr<TransportHandle> Listen(const std::string& path, const TaskQueuePtr& queue,

@@ -8,9 +8,8 @@
 
 namespace Orlu {
 
-/// Memory for waits, one after the other, of one loop. Asio's own store of such memory is open
-/// inside its loop only, and a wait that begins at the end of a wake-up would take new memory each
-/// time. Must outlive the loop.
+/// Memory for repeated waits of one loop. Asio reuses such memory only inside its loop; a wait that
+/// begins at the end of a wake-up would allocate memory each time. Must outlive the loop.
 class WaitMemory {
 public:
     WaitMemory() = default;
@@ -46,13 +45,13 @@ public:
     }
 
 private:
-    /// What a wait on a socket takes, and some more.
+    /// Enough for a wait on a socket.
     static constexpr std::size_t kBlockBytes = 256;
 
     std::vector<void*> m_free;
 };
 
-/// For handlers of that loop.
+/// The allocator for handlers of that loop.
 template <class T>
 class WaitAllocator {
 public:

@@ -10,14 +10,14 @@
 
 namespace Orlu {
 
-/// What a queue runs: any callable without arguments. Moved, never copied; one that captures up to
-/// 48 bytes, as most do, takes no memory of its own. Calling an empty one does nothing.
+/// A piece of work for a queue: any callable without arguments. Moved, never copied. A callable of
+/// up to 48 bytes, as most are, needs no allocation. Calling an empty one does nothing.
 class Work {
 public:
     Work() = default;
     Work(std::nullptr_t) {}  // NOLINT(google-explicit-constructor): empty, as with std::function
 
-    /// Stands in for any callable; from an empty `std::function` an empty one.
+    /// Holds any callable; an empty `std::function` gives an empty one.
     template <class F>
     requires(!std::is_same_v<std::decay_t<F>, Work> && std::is_invocable_v<std::decay_t<F>&>)
         // NOLINTNEXTLINE(google-explicit-constructor,bugprone-forwarding-reference-overload)
@@ -35,7 +35,7 @@ public:
     Work& operator=(Work&& other) noexcept
     {
         if (this != &other) {
-            // Goes last: what it holds may come back here.
+            // Destroyed last, because its destructor may use this object.
             const Work before = std::move(*this);
             Take(other);
         }
@@ -58,10 +58,10 @@ private:
     static constexpr std::size_t kPlaceBytes = 48;
     static constexpr std::size_t kPlaceAlignment = alignof(void*);
 
-    /// The operations on the callable, whose type only they know.
+    /// The operations on the callable, whose type is known only here.
     struct Acts {
         void (*call)(void* held);
-        void (*move)(void* held, void* to);  ///< Leaves nothing behind.
+        void (*move)(void* held, void* to);  ///< Destroys `held`.
         void (*destroy)(void* held);
     };
 

@@ -19,7 +19,7 @@ namespace Limits = Orlu::Limits;
 
 enum Member : unsigned { kId = 1, kName = 2, kMethod = 4, kPath = 8, kPaths = 16, kError = 32 };
 
-/// The members of each type, in the order of `LinkMessage::Type`.
+/// The members of each type, in the order of `LinkMessage::Type`, which is the index of a row.
 struct Shape {
     const char* type;
     unsigned members;
@@ -93,6 +93,7 @@ bool ReadMember(const Json::Value& head, Member member, LinkMessage& message)
         case kPaths:
             return ReadPaths(head["paths"], message.paths);
         case kError:
+            // Without this member the answer is not an error.
             message.isError = head["error"].isBool() && head["error"].asBool();
             return head["error"].isNull() || head["error"].isBool();
     }
@@ -147,6 +148,7 @@ std::string WriteLinkMessage(const LinkMessage& message)
 {
     const Shape& shape = kShapes[static_cast<std::size_t>(message.type)];
     std::string text;
+    // Written by hand: of the members only a name can hold characters that JSON escapes.
     text.reserve(message.body.size() + message.path.size() + 128);
     text.append(R"({"type":")").append(shape.type).append(1, '"');
     if ((shape.members & kId) != 0) {
@@ -186,6 +188,7 @@ std::optional<LinkMessage> ReadLinkMessage(std::string_view text, std::string& w
     if (!why.empty()) {
         return std::nullopt;
     }
+    // The body is passed on as it is; its reader checks it.
     if (end != std::string_view::npos) {
         message.body = text.substr(end + 1);
     }

@@ -25,7 +25,7 @@ using QueuePtr = std::shared_ptr<Orlu::AsioTaskQueue>;
 constexpr const char* kBadPath =
     R"({"guid":"1","code":404,"subcode":0,"message":"no such resource","type":"NotFound"})";
 
-/// The thread of the links that have no task; ends with the last of them.
+/// The thread for links without a task, shared by them; it ends with the last of them.
 class LinkThread {
 public:
     static std::shared_ptr<LinkThread> Get()
@@ -44,7 +44,7 @@ public:
     LinkThread() { m_queue->Start({}); }
     ~LinkThread()
     {
-        // Behind the work that closes the last link.
+        // Queued, so that it runs after the work that closes the last link.
         m_queue->Post([queue = m_queue] { queue->Stop(); });
         m_queue->Join();
     }
@@ -57,7 +57,8 @@ private:
     QueuePtr m_queue = std::make_shared<Orlu::AsioTaskQueue>("PorticoClient");
 };
 
-/// The queue if it is one of a task with a thread and a loop of its own.
+/// The queue, if it belongs to a task with a thread and a loop; otherwise nothing, as on a test's
+/// runtime.
 QueuePtr LoopOf(Orlu::TaskQueueIF* queue)
 {
     auto* loop = dynamic_cast<Orlu::AsioTaskQueue*>(queue);
@@ -70,12 +71,14 @@ public:
         : m_name(std::move(name)), m_port(port), m_connected(std::move(connected))
     {
         if (m_connected) {
+            // Only a client with this callback needs the link before its first registration.
             RunOn(nullptr);
         }
     }
     ~Client() override
     {
         if (m_link) {
+            // The link is used on its own queue only, and this may be another thread.
             Post([](ServiceLink& link) { link.Close(); });
         }
     }
@@ -160,8 +163,8 @@ private:
         return false;
     }
 
-    /// Has the link run on this queue, else on the caller's, else on the thread for such, unless it
-    /// runs already.
+    /// Decides where the link runs, unless that is decided: on this queue, else on the caller's,
+    /// else on the shared thread.
     void RunOn(const Orlu::TaskQueuePtr& queue)
     {
         if (m_link) {
@@ -193,7 +196,8 @@ private:
         return Handle([id](ServiceLink& link) { link.Withdraw(id); });
     }
 
-    /// Works also when the client has gone.
+    /// Also works after the client was destroyed. Holds the link weakly, so that a handle that is
+    /// kept does not keep the link.
     template <class F>
     CallbackConnection Handle(F work) const
     {
@@ -210,9 +214,9 @@ private:
     const std::string m_name;
     const std::uint16_t m_port;
     const std::function<void()> m_connected;
-    std::shared_ptr<LinkThread> m_thread;  ///< If the link has no task.
+    std::shared_ptr<LinkThread> m_thread;  ///< Only if the link has no task.
     QueuePtr m_queue;
-    std::shared_ptr<ServiceLink> m_link;  ///< From the first call on.
+    std::shared_ptr<ServiceLink> m_link;  ///< Set from the first call on.
     std::uint64_t m_lastId = 0;
 };
 
@@ -222,6 +226,7 @@ std::uint16_t PortOr(std::uint16_t port)
     const std::string_view text = given ? given : "";
     std::uint16_t number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    // Any other text in the variable is ignored.
     const bool isPort = error == std::errc() && end == text.data() + text.size() && number > 0;
     return isPort ? number : port;
 }
@@ -235,7 +240,7 @@ std::shared_ptr<PorticoClientIF> PorticoClient::Create(const std::string& name,
                                                        const OnFailure& failure,
                                                        const Portico::CommonClientCreationInfo&)
 {
-    // The local API is local: nothing to look up, which could take its time.
+    // The local API is on this machine. A name look-up is not needed, and could block.
     if (host != "localhost" && host != "127.0.0.1") {
         kLog.Log(1, "{}: the local API is on this machine, not on {}", name, host);
         failure(host, PORTICO_CLIENT_BAD_ADDRESS);

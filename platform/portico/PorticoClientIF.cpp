@@ -29,6 +29,8 @@ void PorticoClientIF::RespondError(const Respond& respond, const Portico::Error&
     try {
         respond(true, Render(error));
     } catch (const ProtoToMarkup::MarkupError& failure) {
+        // An error whose text is not UTF-8 cannot be rendered; the consumer must get an error all
+        // the same.
         respond(true, Render(Portico::ParseError(failure.what())));
     }
 }

@@ -12,31 +12,32 @@
 
 namespace Portico {
 
-/// Who may use a resource; 0 is every consumer on this machine, and the only one in use.
+/// Who may use a resource. 0 is every consumer on this machine; no other value is in use.
 enum class EndpointScope { kLocal = 0 };
 
 enum class Method { kGet, kPut, kPost };
 
-/// The code and subcode of an error that stands for a body which can't be parsed.
+/// The code and subcode of the error for a body that cannot be parsed.
 inline constexpr int kParseCode = 0;
 inline constexpr int kParseSubcode = 2005;
 
-/// An error as the local API reports it for a text that is no such message; `what` says why.
+/// The error that the local API reports for a text that is not the expected message; `what` is the
+/// reason.
 Error ParseError(const std::string& what);
 
 }  // namespace Portico
 
-/// A service's link to the local API: registers resources, requests those of others, and gets
-/// notifications of their changes.
-/// Messages travel as JSON, with field names as in the schema and set fields only.
+/// A service's client of the local API: registers resources, sends requests to those of others, and
+/// subscribes to their notifications. Messages are sent as JSON, with field names as in the schema
+/// and set fields only.
 ///
-/// Calls are made on one task, that of the callbacks; none blocks. The link comes up in the
-/// background, whenever the local API is there, and comes up anew after a loss: registrations hold
-/// for the life of the client. A request that is made while the link is down waits for it.
+/// Calls are made on one task, that of the callbacks; none blocks. The link is established in the
+/// background, as soon as the local API is running, and again after a loss. Registrations hold for
+/// the life of the client. A request that is made while the link is down waits for it.
 class PorticoClientIF {
 public:
     using Paths = std::vector<std::string>;
-    /// Gets the request's error; the service's handlers never call it.
+    /// Takes the error to answer a request with. The service's handlers never call it.
     using OnError = Callback<Portico::Error>;
     template <class Answer>
     using GetHandler = AsyncCallback<Callback<Answer>, OnError>;
@@ -45,15 +46,16 @@ public:
 
     virtual ~PorticoClientIF() = default;
 
-    /// Answers GET on `path`. The handler gets the callback for the answer and one for an error and
-    /// calls one of them, once, at any later time. Label and number are the product's own.
+    /// Answers GET on `path`. The handler gets a callback for the answer and one for an error and
+    /// calls one of them, once, at any later time. Label and number are not used.
     template <class Answer>
     CallbackConnection RegisterGet(const std::string& path, const GetHandler<Answer>& handler,
                                    Portico::EndpointScope scope, double version,
                                    const std::string& label, int number);
 
-    /// Answers PUT or POST on `path`. The handler gets the request before the two callbacks. A body
-    /// that is no such message never reaches it: the consumer gets `ParseError` without a guid.
+    /// Answers PUT or POST on `path`. The handler gets the request and then the two callbacks. If
+    /// the body is not such a message, the handler is not called and the consumer gets `ParseError`
+    /// without a guid.
     template <class Request, class Answer>
     CallbackConnection RegisterPut(const std::string& path,
                                    const BodyHandler<Request, Answer>& handler,
@@ -74,21 +76,21 @@ public:
     }
 
     /// `ready` is called when the resources of `paths` have all become ready, now or later, and
-    /// again each time that happens; `notReady` when that ends, a loss of the link included. Both
-    /// get the paths concerned; `notReady` may be empty.
+    /// again each time that happens. `notReady` is called when that ends, also by a loss of the
+    /// link; it may be empty. Both get the paths of this registration.
     virtual CallbackConnection RegisterEndpointsOfInterest(
         const Paths& paths, const AsyncCallback<Paths>& ready,
         const AsyncCallback<Paths>& notReady) = 0;
 
-    /// The callback gets each notification of `path`; one that is no such message is dropped
+    /// The callback gets each notification of `path`. One that is not such a message is dropped
     /// with a log line.
     template <class Message>
     CallbackConnection RegisterNotification(const std::string& path,
                                             const AsyncCallback<Message>& callback,
                                             Portico::EndpointScope scope, double version);
 
-    /// One of the two callbacks is called, once: with the answer, or with the resource's error or
-    /// the `ParseError` of an answer that is no such message.
+    /// One of the two callbacks is called, once: with the answer, with the resource's error, or
+    /// with the `ParseError` of an answer that is not such a message.
     template <class Answer>
     CallbackConnection SendGet(const std::string& path, const AsyncCallback<Answer>& success,
                                const AsyncCallback<Portico::Error>& error, double version)
@@ -109,13 +111,13 @@ protected:
         Orlu::TaskQueuePtr queue = {};  ///< Where the callback runs.
     };
 
-    /// An answer on its way: JSON of the resource's message, or of a `Portico::Error`.
+    /// Takes an answer: JSON of the resource's message, or of a `Portico::Error`.
     using Respond = std::function<void(bool isError, const std::string& json)>;
-    /// Gets a request's body, empty for GET. May be called on any thread; so may the `Respond`,
-    /// later and at most once.
+    /// Takes a request's body, which is empty for GET. May be called on any thread; so may the
+    /// `Respond`, later and at most once.
     using Serve = std::function<void(const std::string& body, const Respond& respond)>;
 
-    // What a link has to carry.
+    // What an implementation of the link provides.
     virtual CallbackConnection RegisterText(Portico::Method method, const std::string& path,
                                             const Serve& serve,
                                             const RegistrationOptions& options) = 0;
@@ -135,7 +137,7 @@ private:
     static void RespondError(const Respond& respond, const Portico::Error& error);
     static void RespondWith(const Respond& respond, const google::protobuf::Message& answer);
     static void LogDropped(const std::string& path, const char* why);
-    /// The error in an error's body, or the one that says it was none.
+    /// The error in the body of an error answer, or the `ParseError` of that body.
     static Portico::Error ErrorIn(const std::string& json);
 
     template <class Request, class Answer>

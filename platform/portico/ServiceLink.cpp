@@ -15,6 +15,7 @@ namespace {
 
 constexpr DPrint kLog("PorticoClient");
 
+// The pause between attempts doubles from the first value to the longest.
 constexpr Orlu::MonotonicMs kFirstPause{100};
 constexpr Orlu::MonotonicMs kLongestPause{1000};
 
@@ -29,14 +30,15 @@ constexpr const char* kNoAnswer =
 
 bool IsSamePlace(const LinkMessage& one, const LinkMessage& other)
 {
+    // An interest never takes the place of another one.
     return one.type == other.type && one.type != LinkMessage::Type::kInterest &&
            one.method == other.method && one.path == other.path;
 }
 
 }  // namespace
 
-/// The answer to one request, from any thread: the first one counts. Whoever lets go of it without
-/// an answer has dropped it, and the consumer need not wait for its time-out.
+/// The answer to one request, given from any thread; the first one counts. If the last reference
+/// goes without an answer, the consumer gets an error at once, not only after its time-out.
 class ServiceLink::Reply {
 public:
     Reply(std::weak_ptr<ServiceLink> link, std::shared_ptr<Orlu::AsioTaskQueue> queue,
@@ -59,6 +61,7 @@ public:
             kLog.Put(2, "a second answer to one request was dropped");
             return;
         }
+        // On its own queue the answer is sent in this wake-up.
         if (m_queue->IsCurrent()) {
             Pass(m_link, m_socket, m_id, isError, json);
             return;
@@ -129,6 +132,7 @@ void ServiceLink::Close()
         m_socket.reset();
     }
     for (auto& [id, request] : m_requests) {
+        // Requests that wait for the link end as well.
         request.isSent = true;
     }
     FailSent();
@@ -142,11 +146,13 @@ void ServiceLink::OnUp()
     kLog.Log(3, "{}: link up, port {}", m_name, m_port);
     LinkMessage hello;
     hello.name = m_name;
+    // The local API accepts nothing before the hello.
     Send(hello);
     for (const auto& [id, registration] : m_registrations) {
         Send(registration.message);
     }
     for (auto& [id, request] : m_requests) {
+        // The text is freed: a request that was sent is never sent again.
         Send(std::exchange(request.message, {}));
         request.isSent = true;
     }
@@ -164,6 +170,7 @@ void ServiceLink::OnDown(const std::string& why)
         kLog.Log(3, "{}: waiting for the local API at port {}: {}", m_name, m_port, why);
     }
     m_toldOfWaiting = true;
+    // Before the callbacks: one of them may close the link, which cancels this attempt.
     RetryLater();
     for (auto& [id, registration] : m_registrations) {
         if (std::exchange(registration.isReady, false)) {
@@ -186,6 +193,7 @@ void ServiceLink::RetryLater()
 void ServiceLink::FailSent()
 {
     for (auto next = m_requests.begin(); next != m_requests.end();) {
+        // Advanced first, because the entry is erased. `respond` may add requests.
         const auto request = next++;
         if (request->second.isSent) {
             const auto respond = std::move(request->second.respond);
@@ -209,7 +217,7 @@ void ServiceLink::Add(Registration registration)
     }
     const auto id = message.id;
     m_registrations.emplace(id, std::move(registration));
-    // Behind its successor, so that the path is served all the time.
+    // Withdrawn after its successor was sent, so that the path is always served.
     if (earlier != m_registrations.end()) {
         Withdraw(earlier->first);
     }
@@ -228,6 +236,7 @@ void ServiceLink::Withdraw(std::uint64_t id)
 void ServiceLink::Request(LinkMessage request, Respond respond)
 {
     if (m_isClosed || m_requests.size() >= Orlu::Limits::kPendingRequests) {
+        // The limit also bounds the requests that wait for a link that is down.
         respond(true, m_isClosed ? kLinkLost : kTooMany);
         return;
     }
@@ -252,7 +261,8 @@ void ServiceLink::Changed(const std::string& path, const std::string& json)
 
 void ServiceLink::OnText(std::string_view text)
 {
-    // Any message shows that the local API serves the link.
+    // Any message proves that the local API works, so the first attempt after the next loss comes
+    // soon.
     m_pause = kFirstPause;
     std::string why;
     const auto message = ReadLinkMessage(text, why);
@@ -305,7 +315,8 @@ void ServiceLink::Serve(const LinkMessage& request)
 void ServiceLink::Answer(const std::weak_ptr<LinkSocketIF>& socket, std::uint64_t id, bool isError,
                          const std::string& json)
 {
-    // The consumer of a link that was lost has its error already.
+    // The consumer of a lost link got its error already. An answer on a new link could meet another
+    // request with the same id.
     if (!m_isUp || socket.lock() != m_socket) {
         return;
     }
@@ -321,6 +332,7 @@ void ServiceLink::TakeAnswer(const LinkMessage& answer)
 {
     const auto found = m_requests.find(answer.id);
     if (found == m_requests.end() || !found->second.isSent) {
+        // The service may have dropped the request meanwhile, which is not a failure.
         kLog.Log(4, "{}: an answer that nobody waits for", m_name);
         return;
     }

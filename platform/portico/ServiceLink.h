@@ -16,14 +16,14 @@
 
 namespace Portico {
 
-/// A service's side of the link: brings it up, again after each loss, and keeps what is registered
-/// and asked. Everything runs on the queue that is given.
+/// A service's side of the link: establishes it, again after each loss, and keeps registrations and
+/// requests. Everything runs on the given queue.
 class ServiceLink : public std::enable_shared_from_this<ServiceLink> {
 public:
     using Respond = std::function<void(bool isError, const std::string& json)>;
 
-    /// What the link holds for one hello, register, interest or subscribe; `message` is sent each
-    /// time that the link comes up. Which of the functions is set depends on its type.
+    /// One registration, interest or subscription. `message` is sent each time the link is up.
+    /// Which of the functions is set depends on the type of `message`.
     struct Registration {
         LinkMessage message;
         std::function<void(const std::string& body, const Respond& respond)> serve;
@@ -38,26 +38,28 @@ public:
     ServiceLink& operator=(const ServiceLink&) = delete;
 
     void Open();
-    /// For good: what is under way ends with an error.
+    /// Closes the link for ever; requests under way end with an error.
     void Close();
 
-    /// One for the same method and path, or the same subscription, takes the earlier one's place.
-    /// `id`, which is in the message too, is the caller's choice and its only one.
+    /// Adds a registration. One for the same method and path, or for the same subscription,
+    /// replaces the earlier one. The caller chooses the id, which is in `message`; it must not be
+    /// used twice.
     void Add(Registration registration);
     void Withdraw(std::uint64_t id);
 
-    /// `respond` is called once: with the answer, or with an error if the link is lost before it
-    /// comes or too many requests wait.
+    /// Sends a request, now or when the link is up. `respond` is called once: with the answer, or
+    /// with an error if the link is lost before that or too many requests wait.
     void Request(LinkMessage request, Respond respond);
-    /// Tells all who listen that the service's resource at `path` has changed. Lost without a link.
+    /// Tells all subscribers that the service's resource at `path` has changed. Lost if the link is
+    /// down.
     void Changed(const std::string& path, const std::string& json);
-    /// The answer is not wanted any more.
+    /// Drops a request: its `respond` is not called.
     void Forget(std::uint64_t id) { m_requests.erase(id); }
 
 private:
     class Reply;
     struct Pending {
-        LinkMessage message;  ///< Until it is sent.
+        LinkMessage message;  ///< Empty once it is sent.
         bool isSent = false;
         Respond respond;
     };
@@ -87,7 +89,7 @@ private:
     bool m_isUp = false;
     bool m_isClosed = false;
     bool m_toldOfWaiting = false;
-    std::map<std::uint64_t, Registration> m_registrations;  ///< By id, so in order.
+    std::map<std::uint64_t, Registration> m_registrations;  ///< By id, which is the order of `Add`.
     std::map<std::uint64_t, Pending> m_requests;
 };
 

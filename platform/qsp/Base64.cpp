@@ -53,6 +53,8 @@ std::optional<std::vector<std::uint8_t>> Decode(std::string_view text)
             bytes.push_back(static_cast<std::uint8_t>(bits >> count));
         }
     }
+    // Only one text stands for given bytes: unused bits must be zero, and the padding must fit the
+    // length.
     const bool spare = (bits & ((1U << count) - 1)) != 0;
     if (spare || count != padding * 2) {
         return std::nullopt;

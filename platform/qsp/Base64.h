@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-/// The usual alphabet with padding. Decoding is strict: no blanks, no missing padding, nothing in
-/// the bits that padding leaves over.
+/// The standard alphabet with padding. Decoding is strict: no blanks, no missing padding, and only
+/// zeros in the bits that padding leaves unused.
 namespace QSP::Base64 {
 
 std::string Encode(std::span<const std::uint8_t> bytes);

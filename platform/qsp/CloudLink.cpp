@@ -18,7 +18,8 @@ namespace QSP {
 namespace {
 
 constexpr std::size_t kRequestBytes = 64 * 1024;
-/// The guided test of a type with some thousand code sets is well below it.
+/// The largest answer is a guided test; one of a type with some thousand code sets is well below
+/// this.
 constexpr std::size_t kAnswerBytes = 4 * 1024 * 1024;
 
 std::string Write(const Json::Value& value)
@@ -31,6 +32,7 @@ std::string Write(const Json::Value& value)
 
 bool IsText(const Json::Value& value)
 {
+    // Texts are handed out as C strings, which a zero would cut.
     return value.isString() && value.asString().find('\0') == std::string::npos;
 }
 
@@ -52,6 +54,7 @@ int CloudLink::Ask(const char* operation, Json::Value request, Json::Value& answ
     std::uint32_t length = 0;
     const int code = m_post(body.c_str(), static_cast<std::uint32_t>(body.size()), &response,
                             &length, m_url.c_str());
+    // Taken over before the code is looked at, so that no path leaks the response.
     const std::unique_ptr<char, decltype(&std::free)> owner(response, &std::free);
     if (code != Reason::kSuccess) {
         return code;

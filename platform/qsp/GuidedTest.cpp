@@ -11,10 +11,10 @@ namespace QSP {
 namespace {
 
 constexpr unsigned kAnswersAgainst = 2;
-/// Keeps sums of masses below 64 bits for any answer of the cloud.
+/// Keeps the sums of masses within 64 bits for any answer of the cloud.
 constexpr std::uint32_t kMaximumWeight = 10000;
 
-/// The first of several signals of one key counts.
+/// Keeps the first of several signals of one key.
 std::vector<GuidedTest::Signal> OneForEachKey(const std::vector<GuidedTest::Signal>& signals)
 {
     std::vector<GuidedTest::Signal> kept;
@@ -52,11 +52,14 @@ GuidedTest::GuidedTest(const std::vector<Candidate>& candidates)
             }
             questions.push_back(found->second);
         }
+        // No question could ever tell whether it is the right one.
         if (questions.empty()) {
             continue;
         }
         const std::uint32_t weight = std::clamp(candidate.weight, 1U, kMaximumWeight);
         m_totalWeight += weight;
+        // The class is known by its set of signals; the order of questions is that of its commonest
+        // member.
         std::vector<std::size_t> sorted = questions;
         std::sort(sorted.begin(), sorted.end());
         const auto [found, isNew] = classOf.try_emplace(std::move(sorted), m_classes.size());
@@ -91,7 +94,8 @@ GuidedTest::Status GuidedTest::Report(bool worked)
         const bool sends = one.Sends(*m_question);
         one.tested = one.tested || sends;
         one.worked = one.worked || (sends && worked);
-        // A device that reacts to one signal does not react to another for the same key.
+        // A device that reacts to one signal does not react to another one for the same key. So
+        // "yes" counts against each class without this signal, "no" against each class with it.
         one.against += sends != worked ? 1 : 0;
     }
     Choose();
@@ -114,13 +118,19 @@ void GuidedTest::Choose()
         m_codeset.reset();
         return;
     }
+    // The last class counts as found only if one of its keys worked: all other answers may have
+    // been "no".
     if (left.size() == 1 && m_classes[left[0]].worked) {
         m_codeset = left[0];
         return;
     }
+    // There is always a question: two classes differ in at least one signal, so some signal splits
+    // them.
     m_question = left.size() == 1 ? NextOf(m_classes[left[0]]) : BestSplit(left);
     if (!m_codeset || !m_classes[*m_codeset].IsLeft() ||
         !m_classes[*m_codeset].Sends(*m_question)) {
+        // The loaded code set is kept if it can send the question: loading another takes longer
+        // than a key.
         m_codeset = Heaviest(left, *m_question);
     }
 }
@@ -132,6 +142,7 @@ std::optional<std::size_t> GuidedTest::NextOf(const Class& one) const
             return question;
         }
     }
+    // A class with a single signal can get its second answer only by the same question again.
     return one.questions.front();
 }
 
@@ -145,7 +156,8 @@ std::optional<std::size_t> GuidedTest::BestSplit(const std::vector<std::size_t>&
     }
     const auto rank = [this, &splits, mass](std::size_t question) {
         const Split& split = splits[question];
-        // A code set comes again by another key as long as it has one.
+        // A question that was asked counts for a class only if the class has no other question
+        // left.
         const std::uint64_t counted = m_questions[question].asked ? split.exhausted : split.share;
         return std::tuple(std::min(counted, mass - split.share), split.share, split.loaded,
                           SIZE_MAX - split.place);
@@ -180,7 +192,7 @@ bool GuidedTest::IsExhausted(const Class& one) const
                        [this](std::size_t question) { return m_questions[question].asked; });
 }
 
-/// All code sets with an answer against them together weigh less than one without.
+/// A class without an answer against it weighs more than all others with one together.
 std::uint64_t GuidedTest::Mass(const Class& one) const
 {
     return one.weight * (one.against == 0 ? m_totalWeight + 1 : 1);

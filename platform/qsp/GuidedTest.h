@@ -13,47 +13,48 @@
 namespace QSP {
 
 /// The order of questions of one guided test: which key of which code set the user tries next, so
-/// that the right code set is found by few answers, and for sure even if one of them was wrong.
+/// that the right code set is found with few answers, and is found even if one answer was wrong.
 ///
-/// A question is a signal: a key with a signal number. An answer counts against the code sets that
-/// contradict it; two such answers drop a code set, one only puts it behind the others. The test is
-/// over when those left send the same signal for every key. Does no input or output.
+/// A question is a signal: a key and a signal number. An answer counts against the code sets that
+/// contradict it. Two such answers drop a code set, one only puts it behind the others. The test is
+/// over when the code sets that are left send the same signal for every key. Does no input or
+/// output.
 class GuidedTest {
 public:
-    /// A UEI key number, and the number of the signal it sends; equal numbers, equal signals.
+    /// A UEI key number and the number of the signal that it sends; equal numbers, equal signals.
     using Signal = std::pair<std::uint32_t, std::uint32_t>;
 
     struct Candidate {
         std::string name;
         /// Number of models that use it.
         std::uint32_t weight;
-        /// In the order in which a user would be asked.
+        /// In the order in which the user is asked.
         std::vector<Signal> signals;
     };
 
     enum class Status { Error = -1, GoOn = 1, Found = 2, NoneLeft = 3 };
 
-    /// Commonest first. Candidates without a signal take no part; of equal ones the first stands
-    /// for all.
+    /// `candidates` are ordered, commonest first. Candidates without a signal are left out; of
+    /// several that are equal the first one stands for all.
     explicit GuidedTest(const std::vector<Candidate>& candidates);
 
-    /// Takes back all answers.
+    /// Drops all answers and starts over.
     void Restart();
-    /// To the question that stands. Error if there is none; then nothing changes.
+    /// Answers the current question. `Error` if there is none; then nothing changes.
     Status Report(bool worked);
 
-    /// Of the question that stands, or nothing.
+    /// The key of the current question, or nothing.
     std::optional<std::uint32_t> Key() const;
-    /// The one to load for the question, or the one found; empty if none is left.
+    /// The code set to load for the question, or the one found; empty if none is left.
     const std::string& CodesetName() const;
 
-    /// Distinct keys of all candidates.
+    /// The number of distinct keys of all candidates.
     std::uint32_t KeysTotal() const;
-    /// Code sets that differ in a signal.
+    /// The number of code sets that differ in a signal.
     std::uint32_t CodesetsTotal() const { return static_cast<std::uint32_t>(m_classes.size()); }
-    /// Those of them that a question so far was about.
+    /// The number of those that a question so far was about.
     std::uint32_t CodesetsTested() const;
-    /// No course of answers needs more questions than this.
+    /// The upper limit of questions for any answers.
     std::uint32_t QuestionsAtMost() const { return 2 * CodesetsTotal(); }
 
 private:
@@ -73,13 +74,13 @@ private:
         Signal signal;
         bool asked = false;
     };
-    /// How a question would split what is left; masses are those of Mass.
+    /// How a question would split the classes that are left; masses are those of `Mass`.
     struct Split {
         std::uint64_t share = 0;
-        /// That part of `share` that was asked about by all of its keys before.
+        /// The part of `share` whose classes were asked about by all of their keys.
         std::uint64_t exhausted = 0;
         std::size_t senders = 0;
-        /// Of the key in a code set's order; the first of those that share it.
+        /// The position of the key in a class's order; the smallest of the classes that share it.
         std::size_t place = SIZE_MAX;
         bool loaded = false;
     };
@@ -96,7 +97,7 @@ private:
     std::vector<Question> m_questions;
     std::uint64_t m_totalWeight = 0;
     std::optional<std::size_t> m_question;
-    /// Of m_classes: in the blaster, or found.
+    /// Index of m_classes: the code set in the blaster, or the one found.
     std::optional<std::size_t> m_codeset;
 };
 

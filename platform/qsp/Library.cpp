@@ -16,7 +16,7 @@ namespace QSP {
 namespace {
 
 constexpr std::size_t kUrlBytes = 2048;
-/// A host keeps one or two; more means that it never releases them.
+/// A host keeps one or two; more means that it never releases any.
 constexpr std::size_t kSessions = 64;
 
 bool IsUrl(const std::string& text)
@@ -54,6 +54,7 @@ int Library::OpenSession(QSP_SESSION& handle)
         return Reason::kBadSession;
     }
     auto session = std::make_unique<QSP_session_s>(m_cloud);
+    // The request proves that the cloud can be reached; its answer is not needed.
     const char* version = nullptr;
     if (const int code = session->session.Version(version); code != Reason::kSuccess) {
         return code;
@@ -79,6 +80,7 @@ void Library::LogFailure(const char* call, int code) const noexcept
     if (m_log == nullptr || m_logLevel == 0) {
         return;
     }
+    // A fixed buffer, because the failure may be a lack of memory.
     std::array<char, 128> line{};
     std::snprintf(line.data(), line.size(), "%s failed, reason code %d", call, code);
     m_log(line.data());

@@ -15,8 +15,8 @@ namespace QSP {
 
 using LogFunction = int (*)(const char* text);
 
-/// What the library keeps between calls: whether it runs, its settings and callbacks, and the live
-/// sessions, by which a handle is known before it is touched. All on one thread.
+/// The state of the library between calls: whether it was started, its settings and callbacks, and
+/// the open sessions, against which each handle is checked before it is used. All on one thread.
 class Library {
 public:
     CloudLink& Cloud() { return m_cloud; }
@@ -25,20 +25,21 @@ public:
     void SetCodesetFunction(CodesetFunction deliver) { m_deliver = deliver; }
     CodesetFunction DeliverCodeset() const { return m_deliver; }
 
-    /// Reads the configuration, an object with the text `cloudUrl`; posts nothing. The path is
-    /// taken under `ORLU_ROOT`.
+    /// Reads the configuration, an object with the text `cloudUrl`, from the path under
+    /// `ORLU_ROOT`. Sends no request.
     int Start(const std::string& configFile);
-    /// Ends all sessions; the settings stay.
+    /// Ends all sessions. The settings are kept.
     void Stop();
     bool IsStarted() const { return m_started; }
 
-    /// Asks the cloud for its version, so that a session is open only if the cloud was in reach.
+    /// Opens a session. It asks the cloud for its version first, so that a session is open only if
+    /// the cloud could be reached.
     int OpenSession(QSP_SESSION& handle);
     int ReleaseSession(QSP_SESSION handle);
-    /// Null for a handle that is none of the live sessions.
+    /// Null for a handle that is not one of an open session.
     Session* Find(QSP_SESSION handle) const;
 
-    /// A line for a call that failed, unless the level is 0.
+    /// Logs a call that failed, unless the level is 0.
     void LogFailure(const char* call, int code) const noexcept;
 
 private:

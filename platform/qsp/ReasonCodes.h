@@ -2,8 +2,8 @@
 
 #pragma once
 
-/// What a call of the library comes back with. Other codes are those of the post function and the
-/// cloud, as they stand.
+/// The results of the library's calls. Other codes come unchanged from the post function and the
+/// cloud.
 namespace QSP::Reason {
 
 inline constexpr int kSuccess = 0;
@@ -14,7 +14,7 @@ inline constexpr int kBadSession = 201;
 inline constexpr int kBadIndex = 202;
 inline constexpr int kBadConfiguration = 203;
 inline constexpr int kNoCallback = 204;
-/// The cloud's answer is no JSON or lacks what the call asked for.
+/// The cloud's answer is not JSON or lacks what the call asked for.
 inline constexpr int kBadAnswer = 205;
 inline constexpr int kInternal = 206;
 

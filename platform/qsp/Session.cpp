@@ -20,7 +20,7 @@ int NameAt(const std::vector<std::string>& list, std::uint32_t index, const char
     return Reason::kSuccess;
 }
 
-/// The list is empty unless this returns 0.
+/// Retrieves a list of names. If the result is not 0, the list is empty.
 int RetrieveNames(const CloudLink& cloud, const char* operation, const Json::Value& request,
                   const char* member, std::vector<std::string>& list)
 {
@@ -76,7 +76,7 @@ int Session::RetrieveBrands(const char* type, const char* prefix, std::uint32_t&
     Json::Value request;
     request["type"] = m_brandsType = type;
     request["prefix"] = prefix;
-    // A list goes with the one that it hangs on, so that no index reads what another look-up left.
+    // The lists below this one are emptied, so that an index never reads what another look-up left.
     m_models.clear();
     m_codesets.clear();
     const int code = RetrieveNames(m_cloud, "brands", request, "brands", m_brands);
@@ -117,6 +117,7 @@ int Session::RetrieveModels(std::uint32_t brand, const char* hint, std::uint32_t
     if (!list.isArray()) {
         return Reason::kBadAnswer;
     }
+    // Filled apart from `m_models`, which must stay empty if one element is wrong.
     std::vector<Model> models(list.size());
     for (Json::ArrayIndex i = 0; i < list.size(); ++i) {
         if (!ReadText(list[i], "name", models[i].name) ||

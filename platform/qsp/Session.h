@@ -13,14 +13,14 @@
 
 namespace QSP {
 
-/// As table[5] of `UEI_register_ir_callbacks`.
+/// The code set callback, table[5] of `UEI_register_ir_callbacks`.
 using CodesetFunction = int (*)(const char* name, const std::uint8_t* data, std::uint32_t size);
 
 /// One look-up session: the lists retrieved last, one guided test, one discovered device.
 ///
-/// Every call returns 0 or a reason code. A retrieval that fails leaves its list empty. Texts given
-/// out stay valid until the next call. The guided test's code set name stays until the next call of
-/// the guided test.
+/// Every call returns 0 or a reason code. A retrieval that fails leaves its list empty. Texts that
+/// are handed out are valid until the next call; the code set name of the guided test until the
+/// next call of the guided test.
 class Session {
 public:
     explicit Session(const CloudLink& cloud) : m_cloud(cloud) {}
@@ -33,7 +33,7 @@ public:
     int DeviceTypeName(std::uint32_t index, const char*& name) const;
     int RetrieveBrands(const char* type, const char* prefix, std::uint32_t& total);
     int BrandName(std::uint32_t index, const char*& name) const;
-    /// Percent; one outside of 0 to 100 counts as the nearer end.
+    /// In percent; a value outside of 0 to 100 counts as the nearer limit.
     int SetThreshold(std::int32_t threshold);
     int RetrieveModels(std::uint32_t brand, const char* hint, std::uint32_t& total);
     int ModelName(std::uint32_t index, const char*& name) const;
@@ -50,11 +50,11 @@ public:
     int CodesetsInTest(std::uint32_t& total) const;
     int CodesetsTested(std::uint32_t& tested) const;
 
-    /// Runs `deliver` with the binary; its code is the result.
+    /// Calls `deliver` with the binary; its result is the result of this call.
     int SendCodeset(const char* name, CodesetFunction deliver) const;
 
     int DiscoverCEC(std::uint32_t vendorId, std::uint16_t logicalAddr, const char* osd);
-    /// A shorter EDID than 256 bytes is filled up with zeros.
+    /// An EDID of less than 256 bytes is filled with zeros; an empty or longer one is refused.
     int DiscoverEDID(std::span<const std::uint8_t> edid);
     int DiscoveredDevice(const char*& type, const char*& brand, const char*& codeset,
                          std::uint8_t& flag) const;
@@ -77,7 +77,7 @@ private:
     const CloudLink& m_cloud;
     std::string m_version;
     std::vector<std::string> m_types;
-    /// What m_brands and m_models were retrieved for.
+    /// The request that m_brands or m_models came from.
     std::string m_brandsType;
     std::vector<std::string> m_brands;
     std::string m_modelsType;

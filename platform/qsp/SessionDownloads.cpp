@@ -21,6 +21,7 @@ bool ReadSignals(const Json::Value& object, std::vector<GuidedTest::Signal>& sig
         return false;
     }
     for (const Json::Value& pair : list) {
+        // The interface hands out keys as signed numbers, in which -1 means that there is none.
         if (!pair.isArray() || pair.size() != 2 || !pair[0].isUInt() || !pair[1].isUInt() ||
             pair[0].asUInt() > INT32_MAX) {
             return false;
@@ -58,6 +59,7 @@ std::int32_t KeyOf(const GuidedTest& test)
 int Session::RetrieveTestKeys(const char* type, const char* brand, std::uint32_t& total)
 {
     total = 0;
+    // A retrieval that fails must not leave the test of another device.
     m_test.reset();
     m_answered = false;
     Json::Value request;
@@ -86,6 +88,7 @@ int Session::FirstTestKey(std::int32_t& key)
     if (!m_test) {
         return Reason::kNothingFound;
     }
+    // Asking for the first key again starts the test over.
     if (m_answered) {
         m_test->Restart();
         m_answered = false;
@@ -118,6 +121,7 @@ int Session::ReportTestResult(std::int32_t failed, std::int32_t& status)
     if (failed != 0 && failed != 1) {
         return Reason::kBadArgument;
     }
+    // Without a test the call succeeds with status -1.
     if (m_test) {
         m_answered = true;
         status = static_cast<std::int32_t>(m_test->Report(failed == 0));

@@ -18,7 +18,7 @@ QSP::Library& TheLibrary()
     return library;
 }
 
-/// Every call runs in here, so that nothing throws into the host.
+/// Runs every call, so that no exception leaves the C interface.
 template <typename Call>
 int Guarded(const char* name, Call call) noexcept
 {
@@ -40,7 +40,7 @@ bool AnyNull(Pointers... pointers)
     return (... || (pointers == nullptr));
 }
 
-/// A call on a session; `given` are the pointers that must not be null.
+/// Runs a call on a session; `given` are the pointers that must not be null.
 template <typename Call, typename... Pointers>
 int OnSession(const char* name, QSP_SESSION handle, Call call, Pointers... given) noexcept
 {
@@ -113,7 +113,7 @@ int QSP_set_online_unique_id(const char* identity)
 
 int QSP_set_host_callback_function(int (*callback)(uint32_t event, void* data))
 {
-    // There is no event that this library has to tell.
+    // This library has no events to report.
     return callback == nullptr ? Reason::kBadArgument : Reason::kSuccess;
 }
 
@@ -132,6 +132,7 @@ int QSP_get_lookup_session(const char* configFile, uint32_t kind, QSP_SESSION* s
         if (!TheLibrary().IsStarted()) {
             return Reason::kNotStarted;
         }
+        // `QSP_start` has read the configuration; the path is only checked.
         if (AnyNull(configFile, session) || kind == 0) {
             return Reason::kBadArgument;
         }
@@ -167,6 +168,7 @@ int QSP_get_device_type_name(QSP_SESSION session, uint32_t index, const char** n
 int QSP_retrieve_brands_total(QSP_SESSION session, const char* type, const char* prefix,
                               uint32_t one, uint32_t* total)
 {
+    // The host always passes 1; this library has no use for it.
     static_cast<void>(one);
     return OnSession(
         __func__, session,
@@ -292,6 +294,7 @@ int UEI_register_ir_callbacks(void* const table[14])
 
 int QSP_send_codeset_by_name(QSP_SESSION session, const char* name, uint32_t two)
 {
+    // The host always passes 2; this library has no use for it.
     static_cast<void>(two);
     return OnSession(
         __func__, session,

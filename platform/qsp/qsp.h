@@ -25,7 +25,7 @@ typedef struct QSP_session_s* QSP_SESSION;
 /* --- Start and stop --- */
 
 int QSP_stop(void);
-/* configFile: path of the library's own configuration, as it stands. */
+/* configFile: path of the library's own configuration, without ORLU_ROOT. */
 int QSP_start(const char* configFile);
 int QSP_set_host_log_function(int (*log)(const char* text));
 int QSP_set_log_level(uint32_t level);
@@ -73,7 +73,7 @@ int QSP_osm_report_test_result(QSP_SESSION session, int32_t failed, int32_t* sta
 int QSP_osm_retrieve_codesets_total(QSP_SESSION session, uint32_t* total);
 int QSP_osm_get_codesets_tested(QSP_SESSION session, uint32_t* tested);
 
-/* --- Code set binaries; 227 and 15 mean that the download quota is used up --- */
+/* --- Code set binaries; 227: the download quota is used up, 15: the request was not sent --- */
 
 /* table[5] is the code set callback, int (*)(const char *name, const uint8_t *data, uint32_t size),
    which returns 0 or 4; the other places are null. */

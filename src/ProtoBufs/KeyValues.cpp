@@ -14,7 +14,7 @@ struct Row {
     std::string_view name;
 };
 
-// In the order of the numbers.
+// In ascending order of the keys.
 constexpr Row kNames[] = {
     {ORLU_MUTE, "ORLU_MUTE"},
     {ORLU_VOLUME_DOWN, "ORLU_VOLUME_DOWN"},

@@ -9,8 +9,8 @@
 
 namespace IpcProtocol {
 
-/// The keys of the product, of the LPM catalogue: all numbers from 0 to 255 are values. Those
-/// without a name here are free and go by `KEY_VAL_AVAIL_00`, `KEY_VAL_AVAIL_01` and so on, in
+/// The keys of the product, from the LPM catalogue. All numbers from 0 to 255 are values. Those
+/// without a name here are free and are named `KEY_VAL_AVAIL_00`, `KEY_VAL_AVAIL_01` and so on, in
 /// order. Mute (1) and volume down (2) are this project's own numbers, for CEC.
 enum KEY_VALUE : std::uint8_t {
     ORLU_MUTE = 1,

@@ -9,17 +9,17 @@
 #include <string_view>
 #include <vector>
 
-/// The blaster's byte protocol, held in strings of raw bytes in which zeros occur.
+/// The blaster's byte protocol. Frames and replies are strings of raw bytes, zeros included.
 ///
 /// A frame towards the blaster:
 ///
-///     0, 1   number of bytes behind these two, high byte first
+///     0, 1   number of bytes after these two, high byte first
 ///     2      command
 ///     3 …    arguments; a device number takes two bytes, high byte first
 ///
 /// A reply:
 ///
-///     0      number of bytes behind this one
+///     0      number of bytes after this one
 ///     1      status, 0 for success
 ///     2 …    payload
 namespace TrellanService::BlasterFrames {

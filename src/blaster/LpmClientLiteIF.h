@@ -20,9 +20,6 @@ using LpmTimedOut = std::function<void(std::uint32_t id)>;
 ///
 /// Callbacks run on the client's task. Without a link nothing is sent and no callback is called;
 /// only the timed requests end, by their time-out.
-///
-/// Callbacks run on the client's task. Without a link nothing is sent and nothing is called; only
-/// the timed forms end such a request.
 class LpmClientLiteIF {
 public:
     virtual ~LpmClientLiteIF() = default;

@@ -22,10 +22,6 @@ namespace TrellanService {
 /// returns a bool returns true if the frame was handed to the client; that does not mean that it
 /// was sent. Answers to loads and key maps do not name their request: they are matched by order
 /// alone.
-///
-/// A `BlasterReply` goes to the caller as it came, as raw bytes in a string. Where a bool is given,
-/// true means that the frame was handed to the client, no more. Answers to loads and key maps carry
-/// no sign of their request: they are matched by order alone.
 class Trellan_ServiceBlasterProxy {
 public:
     using StringCallback = AsyncCallback<std::string>;

@@ -10,7 +10,7 @@ namespace TrellanService {
 
 std::optional<std::uint32_t> ReadKey(const std::string& text)
 {
-    // No sign and no blank, which the library's function would take.
+    // `strtoull` would accept a sign and leading blanks.
     if (text.empty() || std::isdigit(static_cast<unsigned char>(text.front())) == 0) {
         return std::nullopt;
     }

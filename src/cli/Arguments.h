@@ -8,15 +8,15 @@
 
 namespace TrellanService {
 
-/// The whole text as a number: decimal, hexadecimal behind 0x, octal behind a leading zero.
-/// Nothing for any other text and for a number that 32 bits can't hold.
+/// Reads the whole text as a number: decimal, hexadecimal after 0x, octal after a leading zero.
+/// Nothing for any other text and for a number of more than 32 bits.
 std::optional<std::uint32_t> ReadKey(const std::string& text);
 
-/// The decimal number that the text begins with; 0 for one without. What 64 bits can't hold
-/// becomes the nearest that they can.
+/// The decimal number at the beginning of the text; 0 if there is none. A number of more than 64
+/// bits becomes the nearest 64-bit number.
 std::int64_t ReadNumber(const std::string& text);
 
-/// The same within 32 bits: 0 for a negative one.
+/// The same, limited to 32 bits; a negative number becomes 0.
 std::uint32_t ReadUnsigned(const std::string& text);
 
 }  // namespace TrellanService

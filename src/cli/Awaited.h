@@ -10,7 +10,7 @@
 
 namespace TrellanService {
 
-/// What another task is to bring, and this task's wait for it.
+/// A value that another task gives, and this task's wait for it.
 template <class Value>
 class Awaited {
     struct State {
@@ -19,11 +19,12 @@ class Awaited {
     };
 
 public:
-    /// For the other task: the callbacks that may bring the value share one.
+    /// For the other task. The callbacks that may give the value share one sender.
     class Sender {
     public:
         explicit Sender(std::shared_ptr<State> state) : m_state(std::move(state)) {}
-        /// Ends the wait, if `Give` has not: a callback that was dropped can't leave it for ever.
+        /// Ends the wait if `Give` was not called, so that a dropped callback cannot block the
+        /// waiting task for ever.
         ~Sender() { m_state->semaphore.Signal(); }
         Sender(const Sender&) = delete;
         Sender& operator=(const Sender&) = delete;
@@ -41,13 +42,13 @@ public:
         std::shared_ptr<State> m_state;
     };
 
-    /// Once. The waiting task keeps no holder of it.
+    /// To be called once. The waiting task must not keep a reference to the sender.
     std::shared_ptr<const Sender> MakeSender() const
     {
         return std::make_shared<const Sender>(m_state);
     }
 
-    /// Blocks until there is a value, or until the last holder of the sender has let it go.
+    /// Blocks until there is a value, or until the last reference to the sender is gone.
     std::optional<Value> Wait() const
     {
         m_state->semaphore.Wait();

@@ -52,7 +52,7 @@ std::string Trellan_ServiceCommandLine::CodesetName(const Arguments& arguments,
         const std::string valid =
             m_neighbours.Engine().ValidateCodesetName(arguments.front().c_str());
         if (!valid.empty()) {
-            // A short one is filled with zeros.
+            // A short name is filled with zeros, which `c_str` drops.
             return valid.c_str();  // NOLINT(readability-redundant-string-cstr)
         }
         complaint = "INVALID CODESET NAME";

@@ -36,6 +36,7 @@ int Trellan_ServiceCommandLine::HandleStoreCodeset(const Arguments& arguments, c
                            ? "Codeset successfully loaded in blaster"
                            : "Error loading codeset in blaster");
             });
+        // Queued before the transfer begins, as the proxy requires.
         proxy.QueueCallback(loaded);
         proxy.StoreCodesetInBlaster(kTestCodesetName, kTestCodeset.data(),
                                     static_cast<std::uint32_t>(kTestCodeset.size()));

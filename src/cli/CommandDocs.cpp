@@ -24,7 +24,7 @@ constexpr const char* kHead =
     "come any more, because the link to the LPM service is down or was lost. A load\n"
     "and `trs get_keymap` learn of it after 30 s.\n";
 
-/// The help text as it stands, without the tabs that place it under its heading.
+/// The help text, indented, without the tabs that place it under its heading.
 std::string Indented(std::string text)
 {
     std::erase(text, '\t');

@@ -17,7 +17,8 @@ constexpr std::uint32_t kMinimumKeyDelay = 25;
 constexpr std::uint32_t kSafeKeyDelay = 200;
 constexpr std::uint32_t kDefaultMaxBlastTime = 120;
 
-/// A callback that turns the blaster's answer into a command's.
+/// A callback that turns the blaster's reply into the answer of a command. Without a status byte it
+/// answers 0: the state machine calls it with an empty text.
 AsyncCallback<std::string> StatusCallback(const char* text,
                                           const AsyncCallback<std::string>& answer,
                                           NotifyTargetTaskIF& task)
@@ -58,6 +59,8 @@ int Trellan_ServiceCommandLine::HandleSendKey(const Arguments& arguments, const 
                 StatusCallback("Send key status ", answer, m_neighbours.ServerTask()));
             return;
         }
+        // Forced: the command must reach the blaster even if that is not in step with the source
+        // list.
         keyHandler.sendContinuousKey(codeset, *key, Answer(), true);
         answer("Key sent.");
     });
@@ -105,6 +108,7 @@ int Trellan_ServiceCommandLine::HandleKeyDelay(const Arguments& arguments, const
         constexpr const char* kWarning =
             "msec (!!!WARNING!!! DELAY < 200MSEC MAY RESULT IN HARDWARE DAMAGE)";
         std::string text;
+        // A long duty cycle can burn out the diode. The maximum blast time has no limit here.
         if (keyDelay < kMinimumKeyDelay) {
             keyDelay = kMinimumKeyDelay;
             text = fmt::format("Enforcing minimum key delay of {}{}", keyDelay, kWarning);

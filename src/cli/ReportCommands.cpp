@@ -89,6 +89,7 @@ int Trellan_ServiceCommandLine::HandleWhitelistVer(const Arguments& /*arguments*
 int Trellan_ServiceCommandLine::HandleGetSrcCfg(const Arguments& /*arguments*/,
                                                 const Answer& answer, std::string& /*response*/)
 {
+    // A copy, because the map belongs to the server task.
     CodesetMap codesets;
     if (OnServerTask(
             [this, &codesets] { codesets = m_neighbours.CodesetHandler().GetCodesets(); }) == 0) {
@@ -101,6 +102,7 @@ int Trellan_ServiceCommandLine::HandleGetSrcCfg(const Arguments& /*arguments*/,
 int Trellan_ServiceCommandLine::HandleGetSrcList(const Arguments& /*arguments*/,
                                                  const Answer& answer, std::string& /*response*/)
 {
+    // Both callbacks share one sender: the wait also ends if the client drops both.
     const Awaited<std::string> list;
     const int asked = OnServerTask([this, sender = list.MakeSender()] {
         NotifyTargetTaskIF* task = &m_neighbours.ServerTask();

@@ -16,7 +16,7 @@ Trellan_ServiceCommandLine::Trellan_ServiceCommandLine(CommandLineNeighboursIF& 
 
 Trellan_ServiceCommandLine::~Trellan_ServiceCommandLine()
 {
-    // What the task uses goes behind it.
+    // A command in progress uses the members, so it must end before they are destroyed.
     if (m_task) {
         m_task->Stop();
         m_task->Queue()->Join();
@@ -34,6 +34,7 @@ void Trellan_ServiceCommandLine::Initialize(Trellan_Server* server)
     kCommandLog.Put(4, __PRETTY_FUNCTION__);
     m_server = server;
     m_cliClient = std::make_unique<CLIClient>("TrellanServiceCommandLineClient");
+    // A task of its own: a command waits for its answer, which must not hold up the server task.
     m_task = IL::CreateTask("TrellanServiceCommandLineTask", "");
     InitializeCommandList();
     m_cliClient->Initialize(
@@ -79,7 +80,8 @@ int Trellan_ServiceCommandLine::HandleCommand(const std::string& command,
         }
         handled = handler->second(arguments, answer, response);
     }
-    // From here on only those that are still to answer hold the callback.
+    // Only those that may still answer hold the callback now. If the last of them drops it, the
+    // wait ends and the command has failed.
     const auto text = handled == 0 ? std::nullopt : awaited.Wait();
     response = text.value_or("Command failed");
     kCommandLog.Log(3, "Response: {}", response);
@@ -88,6 +90,7 @@ int Trellan_ServiceCommandLine::HandleCommand(const std::string& command,
 
 int Trellan_ServiceCommandLine::OnServerTask(std::function<void()> work)
 {
+    // `work` may refer to local variables of its caller, which waits here until it is done.
     const Awaited<bool> done;
     m_neighbours.ServerTask().QueueNotificationNonBlocking(
         [work = std::move(work), sender = done.MakeSender()] {

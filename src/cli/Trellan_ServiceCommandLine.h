@@ -24,7 +24,7 @@ class Trellan_ServiceKeyHandler;
 class Trellan_ServiceManager;
 class UEIInterface;
 
-/// Whom the commands look into. All but `ServerTask` are used on the server task only.
+/// What the commands call. All but `ServerTask` are used on the server task only.
 class CommandLineNeighboursIF {
 public:
     virtual ~CommandLineNeighboursIF() = default;
@@ -36,9 +36,9 @@ public:
     virtual Trellan_ServiceManager& Manager() = 0;
 };
 
-/// The engineers' commands, docs/commands.md. A task of its own takes them from the consoles, one
-/// at a time, and waits for each answer without limit; what a command does is done on the server
-/// task. Single instance, built on the first thread and started on the server task.
+/// The engineers' commands, docs/commands.md. They arrive on a task of its own, one at a time,
+/// which waits for each answer without limit. What a command does runs on the server task. Single
+/// instance, built on the first thread and started on the server task.
 class Trellan_ServiceCommandLine {
 public:
     using Arguments = std::list<std::string>;  ///< Without the command. Any bytes.
@@ -49,8 +49,9 @@ public:
     /// What `GetInstance` logs before it returns this instance.
     void LogReturned() const;
 
-    /// `neighbours` must outlive this object, and all that keeps callbacks of theirs must go before
-    /// it: its end waits for the command in progress, which ends when its callback is dropped.
+    /// `neighbours` must outlive this object, and everything that holds its callbacks must be
+    /// destroyed before it: its destructor waits for the command in progress, which ends when its
+    /// callback is dropped.
     explicit Trellan_ServiceCommandLine(CommandLineNeighboursIF& neighbours);
     virtual ~Trellan_ServiceCommandLine();
     Trellan_ServiceCommandLine(const Trellan_ServiceCommandLine&) = delete;
@@ -59,12 +60,12 @@ public:
     /// All commands, in the order in which consoles show them.
     static CLIClient::Descriptors DescribeCommands();
 
-    /// Starts the command line. Once. The server is not owned.
+    /// Starts the command line. To be called once. The server is not owned.
     void Initialize(Trellan_Server* server);
 
 private:
-    /// Sees to it that the callback is called once, and returns 1. Returns 0, with no call to
-    /// come, where the server task has stopped. The response is left alone.
+    /// A handler arranges that the callback is called once, and returns 1. It returns 0 if the
+    /// server task has stopped; then no call comes. `response` is not touched.
     using Handler =
         std::function<int(const Arguments& arguments, const Answer& answer, std::string& response)>;
 
@@ -83,7 +84,7 @@ private:
     int HandleCommand(const std::string& command, const Arguments& arguments,
                       std::string& response);
 
-    /// Runs `work` on the server task and waits for its end. Gives what a handler returns.
+    /// Runs `work` on the server task and waits for its end. Returns what a handler returns.
     int OnServerTask(std::function<void()> work);
 
     int HandleSendKey(const Arguments& arguments, const Answer& answer, std::string& response);
@@ -111,7 +112,8 @@ private:
     int HandleFindCECDev(const Arguments& arguments, const Answer& answer, std::string& response);
     int HandleFindEDIDDev(const Arguments& arguments, const Answer& answer, std::string& response);
 
-    /// The name of a code set in the first argument; without one answers and gives an empty name.
+    /// The code set name in the first argument. If there is none, answers and returns an empty
+    /// name.
     std::string CodesetName(const Arguments& arguments, const Answer& answer);
 
     [[maybe_unused]] Trellan_Server* m_server = nullptr;

@@ -73,7 +73,7 @@ public:
     /// Fills the map from the file; one that is missing or damaged gives an empty map.
     void InitCodesetMap();
 
-    /// Writes the map to the file. A failure is logged, and the old file stands.
+    /// Writes the map to the file. A failure is logged, and the old file is kept.
     void StoreCodesetConfig();
 
     /// Sets `safeToBlast` of every entry from the whitelist file. A file that is not a whitelist
@@ -87,8 +87,8 @@ public:
     /// capital letter of a known class, followed by decimal digits only.
     static bool devStringTodevNum(const std::string& name, std::uint16_t& devNum);
 
-    /// Fills the entry at the position from the blaster's answer to a key map query; nothing if
-    /// that entry has gone.
+    /// Fills the entry at the position from the blaster's answer to a key map query. Does nothing
+    /// if a source list removed that entry.
     void CalculateAmbiguousKeyMap(std::string_view answer);
 
     /// Puts the position at the first entry.

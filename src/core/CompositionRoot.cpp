@@ -24,6 +24,8 @@ Trellan_ServiceManager& CompositionRoot::Manager()
 Trellan_Server& CompositionRoot::Server()
 {
     if (!m_server) {
+        // Its constructor asks for the CEC interface and the command line. Neither may ask for the
+        // server in its own constructor, as `m_server` is still empty.
         m_server = std::make_unique<Trellan_Server>(*this);
     }
     return *m_server;
@@ -40,6 +42,7 @@ Trellan_ServiceCodesetHandler& CompositionRoot::CodesetHandler()
 Trellan_ServiceKeyHandler& CompositionRoot::KeyHandler()
 {
     if (!m_keyHandler) {
+        // The proxy has its task by now: the server task builds it before it serves requests.
         m_keyHandler = std::make_unique<Trellan_ServiceKeyHandler>(&BlasterProxy(),
                                                                    CodesetHandler(), &Server());
     }
@@ -48,6 +51,7 @@ Trellan_ServiceKeyHandler& CompositionRoot::KeyHandler()
 
 Trellan_ServiceBlasterProxy& CompositionRoot::BlasterProxy(NotifyTargetTaskIF* task)
 {
+    // Logged at each call, also when the instance exists.
     Trellan_ServiceBlasterProxy::LogGetInstance();
     if (!m_blasterProxy) {
         m_blasterProxy = std::make_unique<Trellan_ServiceBlasterProxy>(task, *this);
@@ -81,6 +85,7 @@ void CompositionRoot::NotifyBlasterSyncComplete(bool done)
 
 void CompositionRoot::EndBurst()
 {
+    // Not built here: without a key handler no key is held.
     if (m_keyHandler) {
         m_keyHandler->EndBurst();
     }

@@ -15,10 +15,10 @@
 
 namespace TrellanService {
 
-/// Owns the service's single instances, builds each at its first use and gives each what it calls.
-/// So it answers for the server task and for the engine, whose bases are fixed, wherever a lower
-/// module declares an interface for what it asks of them. The process has one root, which lives
-/// until it ends; a test builds as many as it likes.
+/// Owns the service's single instances, builds each at its first use and gives each its neighbours.
+/// It implements the interfaces of the lower modules on behalf of the server task and of the
+/// engine, whose base classes are fixed. The process has one root, which lives until it ends; a
+/// test builds as many as it needs.
 class CompositionRoot final : public ServerNeighboursIF,
                               public ManagerNeighboursIF,
                               public CommandLineNeighboursIF,
@@ -45,7 +45,7 @@ public:
     Trellan_ServiceCommandLine& CommandLine() override;
 
 private:
-    // Of the server task.
+    // On behalf of the server task.
     NotifyTargetTaskIF& ServerTask() override { return Server(); }
     APTask& GetServerTask(const std::string& /*address*/) override { return Server(); }
     bool IsCloudConnected() override { return Server().IsCloudConnected(); }
@@ -53,14 +53,14 @@ private:
     void NotifyState(std::uint32_t state) override { Server().NotifyState(state); }
     void NotifyBlasterSyncComplete(bool done) override;
 
-    // Of the manager.
+    // On behalf of the manager.
     std::string StagingDirectory() override { return Manager().StagingDirectory(); }
     std::string BrandListFileName() override { return Manager().BrandListFileName(); }
 
-    // Of the key handler, if there has been a key at all.
+    // On behalf of the key handler; nothing if it was not built yet.
     void EndBurst() override;
 
-    // Of the engine.
+    // On behalf of the engine.
     bool TestConnection() override { return m_engine->TestConnection(); }
     void LoadCodeset(const std::string& name,
                      const Callback<LpmServiceMessages::BulkTransferResponse>& callback,
@@ -68,15 +68,17 @@ private:
     void FillOSMControlResp(TrellanServiceMessages::OSMControlResp_t& response) override;
     void FillDirectEntryResp(TrellanServiceMessages::DirectEntryResp_t& response) override;
 
-    // Of the blaster's proxy.
+    // On behalf of the blaster proxy.
     void ResetBlaster(const AsyncCallback<std::string>& callback) override;
     void GetBlasterKeyMap(const std::string& name,
                           const AsyncCallback<std::string>& callback) override;
     NotifyTargetTaskIF* BlasterTask() override;
 
-    // Its end waits for callbacks that any of the others may hold, so they go first.
+    // First, so destroyed last: its destructor waits for a command whose callback any of the others
+    // may hold.
     std::unique_ptr<Trellan_ServiceCommandLine> m_commandLine;
-    // Built in the order of the process start, so the ones behind may use the ones before.
+    // In the order in which the process builds them, so that a later one may use an earlier one
+    // until its end.
     std::unique_ptr<UEIInterface> m_engine;
     std::unique_ptr<Trellan_ServiceManager> m_manager;
     std::unique_ptr<Trellan_ServiceCecIF> m_cecIF;

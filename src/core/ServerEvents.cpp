@@ -18,7 +18,8 @@ void Trellan_Server::setCloudConnected(bool connected)
 {
     if (connected) {
         kServerLog.Put(3, "Wait for UEI cloud to resolve host names");
-        // The network is up before names can be resolved, so the first attempt waits a second.
+        // Host names may not resolve as soon as the network is up, so the first try comes a second
+        // later.
         m_cloudConnectTimer->SetTimeouts(kCloudConnectPeriodMs, kCloudConnectPeriodMs);
         m_cloudConnectTimer->Start([this] { TickCloudConnect(); });
         return;
@@ -32,8 +33,9 @@ void Trellan_Server::setCloudConnected(bool connected)
 void Trellan_Server::TickCloudConnect()
 {
     Trellan_ServiceCodesetHandler& codesets = m_neighbours.CodesetHandler();
+    // Beginning the sync tests the connection; if that fails, the next tick tries again. Without a
+    // sync to begin, the cloud counts as connected without a test.
     if (codesets.GetSendKeyState() == SendKeySyncPending && !codesets.syncCodesets()) {
-        // No sync could start, so the cloud is not reachable yet. The next tick tries again.
         return;
     }
     kServerLog.Put(3, "UEI cloud is connected");
@@ -45,6 +47,7 @@ void Trellan_Server::TickCloudConnect()
 void Trellan_Server::NotifyCloudConnection()
 {
     if (!m_router) {
+        // Not kept for the next client, which can ask for the state.
         kServerLog.Put(2, "Trellan_Server is not connected ");
         return;
     }

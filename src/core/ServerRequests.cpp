@@ -15,8 +15,8 @@ namespace {
 /// The longest code set name that a key request may have, in bytes; real ones have 5 to 11.
 constexpr std::size_t kNameBytes = 64;
 
-/// A code set name as log and history may keep it. What is too long for a name is no name any more,
-/// so that no cut makes it one.
+/// The code set name as log and history keep it. A name that is too long is cut and gets an ending
+/// that makes it invalid, so that the cut cannot give the name of another code set.
 std::string BoundedName(const std::string& name)
 {
     if (name.size() <= kNameBytes) {
@@ -76,6 +76,8 @@ void Trellan_Server::AddHandlers(const IPCMessageRouterPtr& router)
 void Trellan_Server::Reply(const IPCMessageRouterPtr& router, std::uint32_t id,
                            const google::protobuf::Message& message, std::uint32_t token)
 {
+    // A token is valid on the connection of its request only; another client may use the same
+    // number.
     if (!router || router != m_router) {
         kServerLog.Put(2, "Trellan_Server is not connected");
         return;
@@ -98,6 +100,7 @@ void Trellan_Server::RequestHandler_OrluKeyReq(const OrluKeyReqMessage_t& messag
     const std::string codeset = BoundedName(message.codeset());
     OrluKeyReqMessage_t answer = message;
     answer.set_response("PASS");
+    // The client learns only that the request was handled: the blaster's reply is not passed on.
     const AsyncCallback<std::string> callback(
         [this, router = m_router, answer = std::move(answer), token](const std::string&) {
             Reply(router, TrellanService_MESSAGE_ID_ORLU_KEY_REQ, answer, token);
@@ -145,6 +148,7 @@ void Trellan_Server::RequestHandler_FindCECDeviceReq(const FindCECDevice_t& mess
     if (!m_cloudConnected) {
         FindCECDevice_t answer;
         answer.set_result("RESULT_ERROR");
+        // Refused at once: opening a session would block the task for a cloud that is out of reach.
         kServerLog.Put(2, "Unable to get codeset for CEC device, cloud not connected");
         Reply(m_router, id, answer, token);
         return;

@@ -35,11 +35,12 @@ void Trellan_Server::OnEntry()
     const AsyncCallback<APServerSocketListenerIF::SocketPtr> accept(
         [this](const APServerSocketListenerIF::SocketPtr& socket) { AcceptClient(socket); }, this);
     InitializeTRS();
-    // None of these waits for its peer. The client comes last, so that it finds a complete service.
     m_commandLine->Initialize(this);
     m_cecIF->Initialize();
     m_neighbours.BlasterProxy(this).Initialize();
     const Network::Address address = IPCDirectory::Get().Lookup("TrellanService");
+    // Last: the first request already needs the proxy with its task. A failure is only logged,
+    // because local API and console work without a client.
     if (!m_listener->Serve(address, accept)) {
         kServerLog.Put(1, "TrellanServer serve failed.");
     }
@@ -56,12 +57,12 @@ void Trellan_Server::AcceptClient(const APServerSocketListenerIF::SocketPtr& soc
     kServerLog.Put(4, __PRETTY_FUNCTION__);
     const std::string peer = socket->GetPeer().ToString();
     kServerLog.Log(3, "Connection from |{}|", peer);
+    // One client at a time: the controller that connects last replaces the one before.
     if (m_router) {
-        // One client at a time. The replaced one gets no more events, and its requests no answers.
         m_router->Disconnect();
     }
     m_router = IPCMessageRouterFactory::CreateRouter("TrellanServerRouter_" + peer, this, nullptr);
-    // A loss that was already queued when another client took this one's place is not the other's.
+    // A loss of the earlier connection may still be queued here; it must not end this one.
     const AsyncCallback<> disconnected(
         [this, router = m_router] {
             if (router == m_router) {
@@ -70,12 +71,14 @@ void Trellan_Server::AcceptClient(const APServerSocketListenerIF::SocketPtr& soc
         },
         this);
     m_router->Connect(socket, disconnected);
+    // Nothing is read before this function returns, so no message misses its handler.
     AddHandlers(m_router);
 }
 
 void Trellan_Server::HandleDisconnect()
 {
     kServerLog.Put(3, "the client connection has been disconnected.");
+    // A key that the client held stays held until a client sends the end press.
     m_router.reset();
 }
 

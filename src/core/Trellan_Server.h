@@ -23,7 +23,7 @@ class Trellan_ServiceCommandLine;
 class Trellan_ServiceKeyHandler;
 class UEIInterface;
 
-/// The neighbours of the server task, each built at its first use.
+/// What the server task calls; each is built at its first use.
 class ServerNeighboursIF {
 public:
     virtual ~ServerNeighboursIF() = default;
@@ -35,12 +35,12 @@ public:
     virtual UEIInterface& Engine() = 0;
 };
 
-/// The one task of the service, and the side that the product controller talks to. Serves one
-/// client, the last one to connect: another connection closes the one before it. Single instance,
+/// The server task of the service and the side that the product controller talks to. Serves one
+/// client, the one that connected last: a new connection closes the earlier one. Single instance,
 /// built on the first thread; everything else runs on its own thread.
 class Trellan_Server : public APTask {
 public:
-    /// The instance; built at the first call. The address is not kept: the IPC directory has it.
+    /// The instance, built at the first call. The address is ignored: the IPC directory has it.
     static Trellan_Server& GetInstance(const std::string& address);
     static Trellan_Server& GetInstance();
 
@@ -51,11 +51,11 @@ public:
 
     bool IsCloudConnected() const { return m_cloudConnected; }
 
-    /// True: the flag follows once a tick of the cloud timer finds the cloud in reach, after a
-    /// second at the soonest. False: at once. Either change is told to the client.
+    /// True starts the cloud timer: the flag is set once a tick finds the cloud in reach, after a
+    /// second at the soonest. False clears the flag at once. The client is told of either change.
     void setCloudConnected(bool connected);
 
-    /// Tells the client which step of a guided test went through, a `TrellanService_State`.
+    /// Tells the client which step of a guided test was requested, a `TrellanService_State`.
     void NotifyState(std::uint32_t state);
 
     /// Tells the client that a sync of the blaster has begun (false) or ended (true).
@@ -82,10 +82,10 @@ private:
     void RequestHandler_DirectEntryReq(const TrellanServiceMessages::DirectEntryResp_t& message,
                                        std::uint32_t token);
 
-    /// Answers by the router that the request came by, if that still is the client's.
+    /// Answers on the router of the request, if that is still the client's. Otherwise a log line.
     void Reply(const IPCMessageRouterPtr& router, std::uint32_t id,
                const google::protobuf::Message& message, std::uint32_t token);
-    /// A callback on this task that answers the request with what it is called with.
+    /// A callback on this task that answers the request with its argument.
     template <class Message>
     AsyncCallback<Message> ReplyLater(std::uint32_t id, std::uint32_t token);
 

@@ -14,13 +14,13 @@ constexpr const char* kLogger = "TrellanService Start";
 
 void HandleSegmentationFault(int)
 {
-    // First of all: a second fault in this handler must end the process.
     std::signal(SIGSEGV, SIG_DFL);
     Orlu::FaultLog(kLogger, "------- TrellanService Segmentation Fault Start --------");
     Orlu::FaultBacktrace(kLogger);
     Orlu::FaultLog(kLogger, "-------- TrellanService Segmentation Fault End ---------");
-    // A fault meets the default action when its instruction runs again; a signal that another
-    // process sent would be forgotten, so it is raised once more for the return from here.
+    // A fault of this process meets the default action when its instruction runs again. A signal
+    // from another process would be lost, so it is raised once more; it is delivered on the return
+    // from here.
     std::raise(SIGSEGV);
 }
 
@@ -28,16 +28,16 @@ void HandleSegmentationFault(int)
 
 int main()
 {
-    // One heap for the few threads: each thread's own costs its pages at the start.
+    // One malloc arena for all threads: an arena for each thread costs several pages at the start.
     ::mallopt(M_ARENA_MAX, 1);
-    // A client that closes its socket must not end the service; the write fails instead.
+    // A reader of the log that goes away must not end the process.
     std::signal(SIGPIPE, SIG_IGN);
     Orlu::InstallFaultHandler(HandleSegmentationFault);
+    // Before anything is built: a second instance must not touch the files of the first.
     SystemUtils::ThereCanBeOnlyOne();
     auto& manager = TrellanService::Trellan_ServiceManager::GetInstance();
     manager.CreateAllTasks();
     manager.StartAllTasks();
-    // Reads the symbols now, since the handler cannot allocate.
     Orlu::WarmFaultHandler();
     manager.JoinAllTasks();
     return 0;

@@ -21,7 +21,8 @@ namespace {
 constexpr DPrint kLog("DataCollectionClient");
 constexpr const char* kConfigFile = "/opt/Orlu/etc/DataCollection.json";
 
-/// What was read of the file, and whether it was.
+/// The content of the file, and whether it was read. A `once_flag` cannot be reset, so `Reload`
+/// builds a new object.
 struct Config {
     std::once_flag isRead;
     std::unordered_map<std::string, DataType> dataTypeMap;
@@ -60,12 +61,12 @@ DataCollectionClient::DataCollectionClient()
 
 void DataCollectionClient::Reload()
 {
-    // A new flag too, so that the next client reads the file again.
     TheConfig().emplace();
 }
 
 void DataCollectionClient::ReadConfigFileOnce()
 {
+    // A product without the file collects nothing; that is not an error.
     if (!DirUtils::DoesFileExist(kConfigFile)) {
         return;
     }
@@ -106,7 +107,6 @@ void DataCollectionClient::DataCollectionStateCb(const State& state)
              "DataCollectionStateCb, DataCollectionService State CallBack State = ({}), cached "
              "state({})",
              static_cast<int>(state.servicestatus()), static_cast<int>(m_state.servicestatus()));
-    // The service repeats its state; only a change is worth a notification.
     if (state.servicestatus() == m_state.servicestatus()) {
         return;
     }
@@ -119,7 +119,7 @@ void DataCollectionClient::SendEnabledNotification()
     kLog.Put(3, "(SendEnabledNotification)");
     const bool isEnabled = m_state.servicestatus() == State::DATACOLLECTION_ENABLE;
     kLog.Put(4, isEnabled ? "calling cb(true)" : "calling cb(false)");
-    // By a copy: a callback may add another.
+    // A copy, because a callback may add another one.
     for (const auto& callback : std::vector(m_callbacks)) {
         if (callback) {
             callback(isEnabled);
@@ -132,13 +132,13 @@ Event DataCollectionClient::BuildData(const MessagePtr& message, const std::stri
     kLog.Log(4, "DataCollectionClient:BuildData sending event: {}", type);
     Event event;
     if (!message) {
-        // Without data, time and type the event counts as incomplete and is not sent.
         return event;
     }
     try {
         event.set_data(ProtoToMarkup::ToJson(*message, true, false, false));
     } catch (const ProtoToMarkup::MarkupError& error) {
         kLog.Log(1, "Exception ProtoToMarkup::MarkupError: {}", error.what());
+        // The caller recognises the failure by the missing fields, see `IsComplete`.
         return event;
     }
     event.set_monotime(MonotonicClock::NowMs());
@@ -155,7 +155,7 @@ bool DataCollectionClient::IsComplete(const Event& event)
 std::string DataCollectionClient::GetIso8601FormattedTime()
 {
     const char* const unknown = "unknown";
-    // Only for the zone: the time itself comes by the runtime's clock.
+    // `gettimeofday` is called for the zone only. The time comes from the runtime's clock.
     timeval ignored{};
     struct timezone zone {};
     if (const int result = gettimeofday(&ignored, &zone); result != 0) {

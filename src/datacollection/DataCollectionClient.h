@@ -19,9 +19,9 @@ struct DataType {
     std::string ipcAddress;
 };
 
-/// What the two transports have in common: the service's state with those who want to hear of it,
-/// and the event itself. The first one reads `/opt/Orlu/etc/DataCollection.json` for all of the
-/// process; a file that is missing or damaged leaves every data type unknown.
+/// The common part of the two transports: the service's state, the callbacks that are told of it,
+/// and the event itself. The first instance reads `/opt/Orlu/etc/DataCollection.json` for the whole
+/// process; without a readable file every data type is unknown.
 class DataCollectionClient : public DataCollectionClientIF {
 public:
     DataCollectionClient();
@@ -38,9 +38,9 @@ protected:
     /// Nothing for a type that the file does not name.
     static std::optional<DataType> FindDataType(const std::string& name);
 
-    /// A state from the transport; one that differs from the one held is told.
+    /// Takes a state from the transport; the callbacks are told if it differs from the state held.
     void DataCollectionStateCb(const State& state);
-    /// Takes a state without telling.
+    /// Takes a state without telling the callbacks.
     void SetState(State::Values state) { m_state.set_servicestatus(state); }
     void SendEnabledNotification();
 
@@ -51,7 +51,7 @@ protected:
     /// "2026-05-04T03:02:01.000009+00:00"; "unknown" if the clock fails.
     static std::string GetIso8601FormattedTime();
 
-    /// What hears of the delivery where the caller does not want to.
+    /// The callback for a caller that passed none: logs the delivery.
     static Callback<bool> LogDelivery(const DPrint& log, const std::string& type);
 
 private:

@@ -11,9 +11,9 @@ namespace google::protobuf {
 class Message;
 }
 
-/// Sends usage events to the product's data collection service, while that says that it takes any.
-/// Best effort: nothing is queued, nothing is tried again, no caller is held up. Used on the task
-/// that the client was made for; callbacks come there too.
+/// Sends usage events to the product's data collection service while it takes events. Best effort:
+/// nothing is queued or tried again, and no call blocks. Used on the task that the client was made
+/// for; callbacks run there too.
 class DataCollectionClientIF {
 public:
     using MessagePtr = std::shared_ptr<google::protobuf::Message>;
@@ -22,7 +22,7 @@ public:
     /// longer does.
     virtual void AddEnabledCallback(const Callback<bool>& callback) = 0;
 
-    /// True if the event went out. Whether it was delivered goes to the log.
+    /// True if the event was sent. Whether it was delivered is logged.
     virtual bool SendData(const MessagePtr& message, const std::string& type) = 0;
 
     /// The same; `callback` is called once, later, with whether the service has taken an event that

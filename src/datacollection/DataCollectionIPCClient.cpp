@@ -65,7 +65,8 @@ void DataCollectionIPCClient::Connected(const Orlu::SocketPtr& socket)
 void DataCollectionIPCClient::HandleDisconnect()
 {
     kLog.Put(4, "DataCollectionIPCClient::HandleDisconnect");
-    // The one that lost its socket: by then another may have taken its place.
+    // Queued, because the router itself is the caller. Bound to this router: until the work runs,
+    // `m_router` may be the one of a new connection.
     IL::BreakThread(
         [router = m_router] {
             kLog.Put(4, "Disconnecting...");
@@ -100,6 +101,7 @@ bool DataCollectionIPCClient::SendData(const MessagePtr& message, const std::str
                 callback(status.delivered());
             }
         });
+    // The state may be left from a connection that was lost.
     if (!request) {
         kLog.Put(4, "SendData is not connected, event not sent.");
         return false;

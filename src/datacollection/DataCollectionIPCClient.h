@@ -15,8 +15,8 @@ namespace DataCollection {
 /// the first `State` no event goes out. Lives as long as its task.
 class DataCollectionIPCClient final : public DataCollectionClient {
 public:
-    /// Makes a task of its own if that is null. A data type that the configuration does not name
-    /// is logged; then no event ever goes out.
+    /// A null task is replaced by one of its own. A data type that the configuration does not name
+    /// is logged; then no event is ever sent.
     DataCollectionIPCClient(std::string dataType, NotifyTargetTaskIF* task);
 
     bool SendData(const MessagePtr& message, const std::string& type) override;

@@ -20,6 +20,7 @@ constexpr std::uint16_t kPort = 8084;
 
 DataCollectionPTClient::ClientPtr CreateClient()
 {
+    // Each client has its own name at the local API; clients may be made on several threads.
     static std::atomic<unsigned> counter = 0;
     return PorticoClient::Create(fmt::format("datacollection{}-{}", getpid(), counter++),
                                  "localhost", kPort, "meridia", "", {}, {}, {});
@@ -63,6 +64,8 @@ void DataCollectionPTClient::RegisterEndPointofService()
 {
     kLog.Log(3, "RegisterEndPointofService({})", m_dataType);
     using Paths = PorticoClientIF::Paths;
+    // Notifications tell only changes, so the state is asked for each time the resource becomes
+    // ready.
     m_client->RegisterEndpointsOfInterest(
         {m_stateEndpoint},
         AsyncCallback<Paths>([this](const Paths&) { HandleDataCollectionServiceAvailable(); },
@@ -94,6 +97,7 @@ void DataCollectionPTClient::HandleDataCollectionServiceUnavailable()
 
 void DataCollectionPTClient::HandleStateFailure(const std::string& why)
 {
+    // A state that cannot be read must not lose events: each one still reports its own failure.
     SetState(State::DATACOLLECTION_ENABLE);
     kLog.Log(1, "Get State Failure: ({}), Setting DataCollectionService State to Enable", why);
     SendEnabledNotification();

@@ -12,15 +12,14 @@ class PorticoClientIF;
 
 namespace DataCollection {
 
-/// Posts events to a resource of the local API. The resource's state, "/state" behind its path,
-/// says whether events are taken; while that can't be asked they are. Lives as long as its task.
+/// Posts events to a resource of the local API. The resource's state, at its path and "/state",
+/// says whether events are taken; if it cannot be read, they are sent. Lives as long as its task.
 class DataCollectionPTClient final : public DataCollectionClient {
 public:
     using ClientPtr = std::shared_ptr<PorticoClientIF>;
 
-    /// Makes what is null: a task of its own, a client of the local API of its own. What stays
-    /// missing, the data type in the configuration included, is logged; then no event ever goes
-    /// out.
+    /// A null argument is replaced by a task or a client of its own. What cannot be made, and a
+    /// data type that the configuration does not name, is logged; then no event is ever sent.
     DataCollectionPTClient(std::string dataType, NotifyTargetTaskIF* task, ClientPtr client);
 
     bool SendData(const MessagePtr& message, const std::string& type) override;

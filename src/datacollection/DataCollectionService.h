@@ -11,13 +11,13 @@ class PorticoClientIF;
 
 namespace DataCollection {
 
-/// Clients for the two data types of the product, bound to `task`. By the local API, with a client
-/// of its own if `client` is null:
+/// Clients for the two data types of the product, bound to `task`. Over the local API; if `client`
+/// is null, each makes its own:
 std::shared_ptr<DataCollectionClientIF> CreateUDCService(NotifyTargetTaskIF* task,
                                                          std::shared_ptr<PorticoClientIF> client);
 std::shared_ptr<DataCollectionClientIF> CreateNDCService(NotifyTargetTaskIF* task,
                                                          std::shared_ptr<PorticoClientIF> client);
-/// By an IPC socket:
+/// Over an IPC socket:
 std::shared_ptr<DataCollectionClientIF> CreateUDCIPCClient(NotifyTargetTaskIF* task);
 std::shared_ptr<DataCollectionClientIF> CreateNDCIPCClient(NotifyTargetTaskIF* task);
 

@@ -45,9 +45,9 @@ void Trellan_ServiceManager::HandleBrandListPost(const BrandListReq_t& request,
         Refuse(answer);
         return;
     }
-    // A user who looks at brands is still setting up: the guided test must not time out.
     ResetInactivityTimer();
-    // A new name each time: the local API may still serve the last list.
+    // A new name each time: publishing the same name again replaces a file that a consumer may
+    // still fetch.
     m_brandListFileName = "brandList" + std::to_string(m_brandLists++);
     if (!m_neighbours.Engine().GetBrandList(request)) {
         Refuse(answer);
@@ -65,7 +65,7 @@ void Trellan_ServiceManager::Publish(const PublishAnswer& answer)
         kPublishResource, request,
         {[this, answer](const Portico::PayloadPublishResponse& response) {
              kManagerLog.Put(3, "PayloadPublish response received");
-             // The local API has taken the file into its own store, or has refused it.
+             // The local API has read the file by now and serves its own copy.
              DeleteStagingFile();
              Answer(answer, response);
          },
@@ -82,6 +82,7 @@ void Trellan_ServiceManager::Publish(const PublishAnswer& answer)
 void Trellan_ServiceManager::DeleteStagingFile()
 {
     const std::string path = m_stagingDirectory + "/" + m_brandListFileName;
+    // The product may have emptied the folder meanwhile; that is no reason for a warning.
     if (DirUtils::DoesFileExist(path)) {
         kManagerLog.Log(3, "Deleting payload staging file, {}", path);
         DirUtils::Delete(path, kManagerLog);

@@ -34,6 +34,7 @@ void Trellan_ServiceManager::HandleDirectEntryPut(const DirectEntryReq_t& reques
         Refuse(answer);
         return;
     }
+    // The load makes a test active, which the time-out ends if nothing else does.
     ResetInactivityTimer();
     kManagerLog.Put(3, "Received direct entry request");
     m_neighbours.Engine().DirectEntryBrandModel(request, true, answer);

@@ -32,7 +32,7 @@ void Refuse(const Trellan_ServiceManager::OSMAnswer& answer, OSMControlResp_t re
     Answer(answer, response);
 }
 
-/// The version is the cloud's text, and need not be one that JSON can hold.
+/// The version is text from the cloud and need not be UTF-8, which JSON requires.
 void LogRecord(const DataCollection::ciStart& record)
 {
     if (!DPrint::IsLog(4)) {
@@ -72,6 +72,7 @@ void Trellan_ServiceManager::HandleTRPut(const OSMControlMsg_t& message, const O
         return;
     }
     ResetInactivityTimer();
+    // The client is told of start, cancel and complete whether or not they succeed.
     const std::string& action = message.action();
     kManagerLog.Log(3, "remote integration PUT {}", action);
     if (action == "ACTION_START") {
@@ -94,6 +95,7 @@ void Trellan_ServiceManager::HandleTRPut(const OSMControlMsg_t& message, const O
 
 void Trellan_ServiceManager::OSMStart(const OSMControlMsg_t& message, const OSMAnswer& answer)
 {
+    // Filled before the cancel, so that the answer reports how far the test was.
     const OSMControlResp_t response = FilledResponse();
     if (!message.has_devicetype() || !message.has_devicebrand()) {
         kManagerLog.Put(3, "OSM: no device type and/or brand specified");
@@ -101,14 +103,15 @@ void Trellan_ServiceManager::OSMStart(const OSMControlMsg_t& message, const OSMA
         return;
     }
     RecordStart(message);
-    // From here on product keys go by CEC: the blaster is about to hold the code sets of the test.
+    // The test changes the code sets in the blaster, so product keys go by CEC until the sync after
+    // the test. This holds for a start that fails, too.
     m_neighbours.CodesetHandler().SetSendKeyState(SendKeyOSM);
     m_neighbours.Engine().OSMStart(message, answer);
 }
 
 void Trellan_ServiceManager::RecordStart(const OSMControlMsg_t& message)
 {
-    // Without a version the start is worth a record all the same.
+    // If the version cannot be read, the start is recorded without it.
     Json::Value version;
     m_neighbours.Engine().GetVersion(version, kOnlineKind);
     const auto record = std::make_shared<DataCollection::ciStart>();
@@ -124,7 +127,6 @@ void Trellan_ServiceManager::RecordStart(const OSMControlMsg_t& message)
 void Trellan_ServiceManager::CancelTest(const OSMAnswer& answer)
 {
     OSMControlResp_t response = FilledResponse();
-    // After the answer is filled, which names the code set that this forgets.
     m_neighbours.Engine().OSMCancel();
     response.set_sessionactive(false);
     response.set_lastresult(kNone);
@@ -135,7 +137,7 @@ void Trellan_ServiceManager::TakeUserResponse(const OSMControlMsg_t& message,
                                               const OSMAnswer& answer)
 {
     const OSMControlResp_t response = FilledResponse();
-    // During a test an absent response counts as "did not work".
+    // While a test is active, a missing response counts as "did not work".
     if (!message.has_response() && !response.sessionactive()) {
         Refuse(answer, response);
         return;
@@ -146,12 +148,11 @@ void Trellan_ServiceManager::TakeUserResponse(const OSMControlMsg_t& message,
 void Trellan_ServiceManager::OSMComplete(const OSMAnswer& answer)
 {
     kManagerLog.Put(3, "OSM complete received");
-    // The test is over, so no inactivity can end it.
     m_osmTimer->Stop();
     if (m_neighbours.Engine().IsOSMActive()) {
         m_neighbours.Engine().OSMComplete(answer);
-        // The test has replaced code sets in the blaster. The sync brings those of the sources
-        // back.
+        // Set first: if the sync cannot begin now, it is begun in this state when the cloud is
+        // found again.
         m_neighbours.CodesetHandler().SetSendKeyState(SendKeySyncPending);
         m_neighbours.CodesetHandler().syncCodesets();
         return;
@@ -175,8 +176,9 @@ void Trellan_ServiceManager::ResetInactivityTimer()
 void Trellan_ServiceManager::HandleTimeOut()
 {
     kManagerLog.Put(3, "A time out during OSM has occurred.");
+    // A user who left must not keep the product keys on CEC: the blaster goes back to the source
+    // list.
     m_neighbours.CodesetHandler().SetSendKeyState(SendKeySyncPending);
-    // The user has left the test without an end; the same as a cancel and a complete.
     m_neighbours.Engine().OSMCancel();
     m_neighbours.CodesetHandler().syncCodesets();
 }

@@ -31,6 +31,7 @@ void Trellan_ServiceManager::RegisterForProduct()
 
 void Trellan_ServiceManager::RequestSystemInfo(const Paths& paths)
 {
+    // Asked at each readiness: a product that restarts may have other values.
     if (paths.empty()) {
         kManagerLog.Put(1, "Endpoint not ready");
         return;
@@ -100,6 +101,8 @@ void Trellan_ServiceManager::HandleNetworkModuleReady(bool ready)
                             error.message());
         },
         m_serverTask);
+    // Registered at each readiness; a later registration replaces the earlier one. Notifications
+    // tell only changes, so the current status is asked for as well.
     m_porticoClient->RegisterNotification(kNetworkResource, statusArrived,
                                           Portico::EndpointScope::kLocal, kVersion);
     m_networkStatusRequest =
@@ -110,6 +113,8 @@ void Trellan_ServiceManager::HandleSysInfo(const DeviceInfo& information)
 {
     kManagerLog.Put(3, "HandleSysInfo");
     m_deviceInfo = information;
+    // Engine start needs product and network. What is missing here starts the engine when it
+    // arrives.
     if (!m_networkStatus || !m_networkStatus->isprimaryup() || m_neighbours.IsCloudConnected()) {
         return;
     }
@@ -119,6 +124,7 @@ void Trellan_ServiceManager::HandleSysInfo(const DeviceInfo& information)
 void Trellan_ServiceManager::HandleNetworkStatus(const NetworkStatus& status)
 {
     kManagerLog.Log(3, "HandleNetworkStatus: N/w status- ({})", status.DebugString());
+    // A repeated status must not start the engine again, which would end its session.
     if (status.has_isprimaryup() && m_networkStatus &&
         m_networkStatus->isprimaryup() == status.isprimaryup()) {
         return;
@@ -137,7 +143,7 @@ void Trellan_ServiceManager::HandleNetworkStatus(const NetworkStatus& status)
 
 void Trellan_ServiceManager::StartEngine()
 {
-    // A start that failed shows in what is asked of the engine later.
+    // A failed start is not handled here: every later call to the engine fails with a log line.
     m_neighbours.Engine().Init(m_serverTask, m_deviceInfo);
     m_neighbours.setCloudConnected(true);
 }

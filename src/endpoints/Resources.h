@@ -4,13 +4,13 @@
 
 namespace TrellanService {
 
-/// The resources that the service registers at the local API.
+/// The service's own resources at the local API.
 inline constexpr const char* kControlResource = "/remote/integration";
 inline constexpr const char* kBrandListResource = "/remote/integration/brandList";
 inline constexpr const char* kDirectEntryResource = "/remote/integration/directEntry";
 inline constexpr const char* kResourceLabel = "trellan";
 
-/// What the product has there.
+/// The product's resources that the service uses.
 inline constexpr const char* kSystemInfoResource = "/system/info";
 inline constexpr const char* kStagingResource = "/payload/cfg";
 inline constexpr const char* kPublishResource = "/payload/publish";

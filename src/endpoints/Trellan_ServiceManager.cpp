@@ -39,8 +39,11 @@ bool Trellan_ServiceManager::CreateAllTasks(const std::string& address)
 {
     m_serverTask = &m_neighbours.GetServerTask(address);
     AddTask(m_serverTask);
+    // The first registration decides where the link to the local API runs: on the server task, so
+    // that a request needs no change of thread.
     RegisterResources();
     RegisterForProduct();
+    // On the first thread, but before the task starts, so nothing runs at the same time.
     m_osmTimer = APTimer::Create(m_serverTask, "OSMTimer");
     m_dataCollection = DataCollection::CreateUDCService(m_serverTask, nullptr);
     RegisterForNetworkServiceReadiness();

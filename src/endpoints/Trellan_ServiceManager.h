@@ -22,7 +22,7 @@ namespace TrellanService {
 class Trellan_ServiceCodesetHandler;
 class UEIInterface;
 
-/// The manager's neighbours, each built at its first use, and the server task as it sees it.
+/// What the manager calls, each built at its first use, and what it needs of the server task.
 class ManagerNeighboursIF {
 public:
     virtual ~ManagerNeighboursIF() = default;
@@ -37,13 +37,13 @@ public:
     virtual void NotifyState(std::uint32_t state) = 0;
 };
 
-/// The service's own task manager, and its face towards the product's local API: makes the one task
-/// that everything runs on, registers the service's resources, and starts the engine once the
-/// product is known and its network is up. Single instance; built and asked for its tasks on the
-/// first thread, on the server task from then on.
+/// The service's task manager and its side of the product's local API: makes the server task,
+/// registers the service's resources, and starts the engine once the product is known and its
+/// network is up. Single instance. Built and asked for its tasks on the first thread; used on the
+/// server task from then on.
 ///
-/// A resource's handler refuses by an ordinary answer, never by the API's error, and calls the
-/// answer once, now or when the blaster has answered.
+/// A resource handler refuses by an ordinary answer, never by an error of the API. It calls the
+/// answer once, at once or when the blaster has answered.
 class Trellan_ServiceManager : public APTaskManager {
 public:
     using OSMAnswer = Callback<TrellanServiceMessages::OSMControlResp_t>;
@@ -52,17 +52,18 @@ public:
 
     static Trellan_ServiceManager& GetInstance();
 
-    /// Makes the client of the local API; the neighbours are left alone until they are needed.
+    /// Makes the client of the local API. Calls no neighbour.
     explicit Trellan_ServiceManager(ManagerNeighboursIF& neighbours);
 
-    /// To be called once. True.
+    /// To be called once. Returns true.
     bool CreateAllTasks() override;
 
-    /// Where brand lists are written, empty until the local API has told; and the name of the last.
+    /// The folder for brand list files, empty until the local API has told it; and the name of the
+    /// last file.
     const std::string& StagingDirectory() const { return m_stagingDirectory; }
     const std::string& BrandListFileName() const { return m_brandListFileName; }
 
-    /// The manager's own; on the server task.
+    /// The manager's own client; use it on the server task.
     const std::shared_ptr<PorticoClientIF>& GetPorticoClient() const { return m_porticoClient; }
 
     void HandleSysInfo(const DeviceManagerPb::DeviceInfo& information);
@@ -73,13 +74,13 @@ public:
     /// The version of the engine's database, or "Get version error". On the server task.
     void GetTRDatabaseVer(const AsyncCallback<std::string>& callback);
 
-    /// The guided test: its state, and the step that `message` asks for.
+    /// The guided test: GET answers its state, PUT runs the step that `message` names.
     void HandleTRGet(const OSMAnswer& answer);
     void HandleTRPut(const TrellanServiceMessages::OSMControlMsg_t& message,
                      const OSMAnswer& answer);
 
-    /// Writes a list of brands, has the local API publish it and answers with the place it names;
-    /// with empty texts if any of that fails.
+    /// Writes a list of brands, has the local API publish it and answers with the URL that it
+    /// gives; with empty texts if any of that fails.
     void HandleBrandListPost(const TrellanServiceMessages::BrandListReq_t& request,
                              const PublishAnswer& answer);
 
@@ -102,7 +103,7 @@ private:
     void TakeUserResponse(const TrellanServiceMessages::OSMControlMsg_t& message,
                           const OSMAnswer& answer);
     void OSMComplete(const OSMAnswer& answer);
-    /// Waits five minutes from now for the next request.
+    /// Arms the inactivity timer: 300 s from now.
     void ResetInactivityTimer();
     void HandleTimeOut();
 
@@ -120,7 +121,7 @@ private:
     std::shared_ptr<APTimer> m_osmTimer;
     std::uint32_t m_osmTimeOutMs = 300000;
     std::shared_ptr<DataCollectionClientIF> m_dataCollection;
-    std::int32_t m_brandLists = 0;  ///< How many file names were used up.
+    std::int32_t m_brandLists = 0;  ///< Number of file names used so far.
     ManagerNeighboursIF& m_neighbours;
 };
 

@@ -11,7 +11,7 @@
 
 namespace TrellanService {
 
-/// No key, as it stands in a key frame. Not a value of `ueikey`.
+/// The value for no key in a key frame. Not a value of `ueikey`.
 inline constexpr std::uint8_t kInvalidUEIKey = 255;
 
 struct OrluKeyRow {

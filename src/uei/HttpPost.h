@@ -25,9 +25,6 @@ void Begin();
 ///
 /// https goes anywhere, plain http to this machine only and never by a redirect; no proxy of the
 /// environment is used; a response of more than 4 MiB fails.
-///
-/// https goes anywhere, plain http to this machine only and never by a redirect; no proxy of the
-/// environment is used; a response of more than 4 MiB fails.
 int Post(const char* body, std::uint32_t bodyLength, char** response, std::uint32_t* responseLength,
          const char* url, bool held, bool& transferFailed);
 

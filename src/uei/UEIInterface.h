@@ -129,7 +129,8 @@ public:
     bool GetBrandList(const TrellanServiceMessages::BrandListReq_t& request);
 
     // --- The guided test. Each step calls its callback once, if it is set: at once, or with the
-    // blaster's answer. Steps may come in any order; one that can't be done answers so. ---
+    // blaster's answer. Steps may come in any order; one that is not possible is
+    // answered with an error. ---
 
     void OSMStart(const TrellanServiceMessages::OSMControlMsg_t& request,
                   const OSMCallback& callback);
